@@ -1,0 +1,40 @@
+# GoogleTest built for the target, and test programs that CTest starts under Wine.
+if(NOT CMAKE_HOST_WIN32)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/cmake/wine-run.sh ${PROJECT_BINARY_DIR})
+endif()
+
+if(TERRASCOPE_BUILD_TESTS)
+    set(TERRASCOPE_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "GoogleTest's sources")
+    set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+    set(gtest_disable_pthreads ON CACHE BOOL "" FORCE)
+    set(BUILD_SHARED_LIBS OFF)
+    add_subdirectory(${TERRASCOPE_GOOGLETEST_DIR} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    include(GoogleTest)
+endif()
+
+# terrascope_test(NAME SOURCES ... LIBRARIES ... [LOCALES ...] [TIMEOUT seconds])
+#
+# One test program in a folder of its own (build/<preset>/tests/NAME), so that a test may put
+# plug-ins and an ini file beside it. LOCALES runs the whole program once more under each named
+# locale (zh_CN.UTF-8 makes the active code page 936).
+function(terrascope_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LOCALES" ${ARGN})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
+    target_link_libraries(${name} PRIVATE
+        ${arg_LIBRARIES} terrascope_paths terrascope_warnings gtest gmock gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
+        WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
+        PROPERTIES TIMEOUT ${arg_TIMEOUT})
+    foreach(locale ${arg_LOCALES})
+        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
+            TEST_SUFFIX ".${locale}"
+            TEST_LIST ${name}_${locale}
+            WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
+            PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT LC_ALL=${locale})
+    endforeach()
+endfunction()
