@@ -79,12 +79,12 @@ Size JpegSize(const Bytes& file) {
 }
 
 Size PngSize(const Bytes& file) {
-    constexpr std::uint32_t LIMIT = 0x7FFFFFFF;
+    constexpr std::uint32_t kLimit = 0x7FFFFFFF;
     if (!file.Matches(12, "IHDR") || !file.Has(16, 8)) {
         return {};
     }
     const Size size{file.Big32(16), file.Big32(20)};
-    return size.width > LIMIT || size.height > LIMIT ? Size{} : size;
+    return size.width > kLimit || size.height > kLimit ? Size{} : size;
 }
 
 /// Skips a chain of counted sub-blocks; the offset after its terminator or the file's end.
@@ -131,20 +131,20 @@ Size GifSize(const Bytes& file) {
 }
 
 Size BmpSize(const Bytes& file) {
-    constexpr std::uint32_t CORE_HEADER = 12;
-    constexpr std::uint32_t SIGN = 0x80000000U;
+    constexpr std::uint32_t kCoreHeader = 12;
+    constexpr std::uint32_t kSign = 0x80000000U;
     const std::uint32_t header = file.Little32(14);
-    if (header == CORE_HEADER) {
+    if (header == kCoreHeader) {
         return file.Has(18, 4) ? Size{file.Little16(18), file.Little16(20)} : Size{};
     }
-    if (header < CORE_HEADER || !file.Has(18, 8)) {
+    if (header < kCoreHeader || !file.Has(18, 8)) {
         return {};
     }
     Size size{file.Little32(18), file.Little32(22)};
-    if ((size.height & SIGN) != 0) {
+    if ((size.height & kSign) != 0) {
         size.height = 0U - size.height;  // rows from the top down
     }
-    return size.width >= SIGN || size.height >= SIGN ? Size{} : size;
+    return size.width >= kSign || size.height >= kSign ? Size{} : size;
 }
 
 Size TiffSize(const Bytes& file, bool bigEndian) {
@@ -154,11 +154,11 @@ Size TiffSize(const Bytes& file, bool bigEndian) {
     const auto dword = [&](std::size_t at) {
         return bigEndian ? file.Big32(at) : file.Little32(at);
     };
-    constexpr std::uint32_t WIDTH_TAG = 256;
-    constexpr std::uint32_t HEIGHT_TAG = 257;
-    constexpr std::uint32_t SHORT_TYPE = 3;
-    constexpr std::uint32_t LONG_TYPE = 4;
-    constexpr std::size_t ENTRY = 12;
+    constexpr std::uint32_t kWidthTag = 256;
+    constexpr std::uint32_t kHeightTag = 257;
+    constexpr std::uint32_t kShortType = 3;
+    constexpr std::uint32_t kLongType = 4;
+    constexpr std::size_t kEntryBytes = 12;
 
     const std::size_t directory = dword(4);
     if (!file.Has(directory, 2)) {
@@ -167,18 +167,18 @@ Size TiffSize(const Bytes& file, bool bigEndian) {
     Size size;
     const std::uint32_t count = word(directory);
     for (std::uint32_t i = 0; i < count; ++i) {
-        const std::size_t at = directory + 2 + i * ENTRY;
-        if (!file.Has(at, ENTRY)) {
+        const std::size_t at = directory + 2 + i * kEntryBytes;
+        if (!file.Has(at, kEntryBytes)) {
             break;
         }
         const std::uint32_t type = word(at + 2);
-        const std::uint32_t value = type == SHORT_TYPE  ? word(at + 8)
-                                    : type == LONG_TYPE ? dword(at + 8)
+        const std::uint32_t value = type == kShortType  ? word(at + 8)
+                                    : type == kLongType ? dword(at + 8)
                                                         : 0U;
         // A repeated tag must not hide a larger size from the check.
-        if (word(at) == WIDTH_TAG) {
+        if (word(at) == kWidthTag) {
             size.width = std::max(size.width, value);
-        } else if (word(at) == HEIGHT_TAG) {
+        } else if (word(at) == kHeightTag) {
             size.height = std::max(size.height, value);
         }
     }
@@ -197,43 +197,43 @@ bool LooksLikeMarkup(const Bytes& file) {
 ImageFormat FormatOf(const Bytes& file) {
     using namespace std::string_view_literals;
     if (file.Matches(0, "\xFF\xD8"sv)) {
-        return ImageFormat::JPEG;
+        return ImageFormat::Jpeg;
     }
     if (file.Matches(0, "\x89PNG\r\n\x1A\n"sv)) {
-        return ImageFormat::PNG;
+        return ImageFormat::Png;
     }
     if (file.Matches(0, "GIF87a"sv) || file.Matches(0, "GIF89a"sv)) {
-        return ImageFormat::GIF;
+        return ImageFormat::Gif;
     }
     if (file.Matches(0, "BM"sv)) {
-        return ImageFormat::BMP;
+        return ImageFormat::Bmp;
     }
     if (file.Matches(0, "II*\0"sv) || file.Matches(0, "MM\0*"sv)) {
-        return ImageFormat::TIFF;
+        return ImageFormat::Tiff;
     }
     if (file.Matches(0, "RIFF"sv) && file.Matches(8, "WEBP"sv)) {
-        return ImageFormat::WEBP;
+        return ImageFormat::WebP;
     }
     if (file.Matches(4, "ftyp"sv)) {
-        return ImageFormat::ISO_MEDIA;
+        return ImageFormat::IsoMedia;
     }
     if (file.Matches(0, "\x1F\x8B"sv)) {
-        return ImageFormat::GZIP;
+        return ImageFormat::Gzip;
     }
-    return LooksLikeMarkup(file) ? ImageFormat::MARKUP : ImageFormat::UNKNOWN;
+    return LooksLikeMarkup(file) ? ImageFormat::Markup : ImageFormat::Unknown;
 }
 
 Size SizeOf(const Bytes& file, ImageFormat format) {
     switch (format) {
-        case ImageFormat::JPEG:
+        case ImageFormat::Jpeg:
             return JpegSize(file);
-        case ImageFormat::PNG:
+        case ImageFormat::Png:
             return PngSize(file);
-        case ImageFormat::GIF:
+        case ImageFormat::Gif:
             return GifSize(file);
-        case ImageFormat::BMP:
+        case ImageFormat::Bmp:
             return BmpSize(file);
-        case ImageFormat::TIFF:
+        case ImageFormat::Tiff:
             return TiffSize(file, file.At(0) == 'M');
         default:
             return {};
@@ -254,17 +254,17 @@ ImageHeader ReadImageHeader(std::span<const std::uint8_t> file) {
 
 bool IsSafeToDecode(const ImageHeader& header) {
     switch (header.format) {
-        case ImageFormat::JPEG:
-        case ImageFormat::PNG:
-        case ImageFormat::GIF:
-        case ImageFormat::BMP:
-        case ImageFormat::TIFF:
+        case ImageFormat::Jpeg:
+        case ImageFormat::Png:
+        case ImageFormat::Gif:
+        case ImageFormat::Bmp:
+        case ImageFormat::Tiff:
             break;
         default:
             return false;
     }
     const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
-    return pixels > 0 && pixels <= MAX_IMAGE_PIXELS;
+    return pixels > 0 && pixels <= kMaxImagePixels;
 }
 
 }  // namespace Terrascope

@@ -7,30 +7,30 @@ namespace Terrascope {
 
 /// What the first bytes of an image file say it is.
 enum class ImageFormat {
-    UNKNOWN,
-    JPEG,
-    PNG,
-    GIF,
-    BMP,
-    TIFF,
+    Unknown,
+    Jpeg,
+    Png,
+    Gif,
+    Bmp,
+    Tiff,
     // Known by sight, but GDI+ does not decode them:
-    WEBP,
-    ISO_MEDIA,  ///< AVIF, HEIF
-    GZIP,       ///< packed vector tiles
-    MARKUP,     ///< an error page, an SVG
+    WebP,
+    IsoMedia,  ///< AVIF, HEIF
+    Gzip,      ///< packed vector tiles
+    Markup,    ///< an error page, an SVG
 };
 
 /// An image's format and size in pixels, as its header states them. The size is 0 x 0 when the
 /// header has none, is cut off, or contradicts itself. For a GIF it is large enough for each of
 /// its frames.
 struct ImageHeader {
-    ImageFormat format = ImageFormat::UNKNOWN;
+    ImageFormat format = ImageFormat::Unknown;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
 };
 
 /// The largest image that is given to a decoder: 64 megapixels (8192 x 8192).
-inline constexpr std::uint64_t MAX_IMAGE_PIXELS = 64ULL * 1024 * 1024;
+inline constexpr std::uint64_t kMaxImagePixels = 64ULL * 1024 * 1024;
 
 /// Reads the header of a whole image file in memory. Any bytes are safe, also none.
 /// Sources: the JPEG (ITU-T T.81), PNG (ISO 15948), GIF89a, Windows and OS/2 bitmap and TIFF 6.0
@@ -38,7 +38,7 @@ inline constexpr std::uint64_t MAX_IMAGE_PIXELS = 64ULL * 1024 * 1024;
 ImageHeader ReadImageHeader(std::span<const std::uint8_t> file);
 
 /// Whether a decoder may see the image: a format that GDI+ decodes, a size that is not zero and at
-/// most MAX_IMAGE_PIXELS. GDI+ decoders crash on the header of a 27000 x 27000 JPEG.
+/// most kMaxImagePixels. GDI+ decoders crash on the header of a 27000 x 27000 JPEG.
 bool IsSafeToDecode(const ImageHeader& header);
 
 }  // namespace Terrascope

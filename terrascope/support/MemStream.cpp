@@ -23,14 +23,14 @@ public:
     void MoveTo(std::uint64_t position) { m_position = position; }
 
     void MoveTo(std::int64_t offset, int origin) {
-        const std::uint64_t base = origin == FROM_BEGIN ? 0
-                                   : origin == FROM_END ? m_length
+        const std::uint64_t base = origin == kFromBegin ? 0
+                                   : origin == kFromEnd ? m_length
                                                         : m_position;
         if (offset < 0) {
             const std::uint64_t back = 0 - static_cast<std::uint64_t>(offset);
             m_position = back > base ? 0 : base - back;
         } else {
-            m_position = std::min(base + static_cast<std::uint64_t>(offset), LIMIT);
+            m_position = std::min(base + static_cast<std::uint64_t>(offset), kLimit);
         }
     }
 
@@ -64,17 +64,17 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t LIMIT = std::numeric_limits<std::uint32_t>::max();
-    static constexpr std::uint64_t STEP = 1024;
+    static constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
+    static constexpr std::uint64_t kStep = 1024;
 
     bool Reserve(std::uint64_t length) {
         if (length <= m_capacity) {
             return true;
         }
-        if (length > LIMIT) {
+        if (length > kLimit) {
             return false;
         }
-        const std::uint64_t capacity = (length + STEP - 1) / STEP * STEP;
+        const std::uint64_t capacity = (length + kStep - 1) / kStep * kStep;
         void* data = std::realloc(m_data, capacity);
         if (data == nullptr) {
             return false;
@@ -94,7 +94,7 @@ CMemStream::CMemStream() : m_pStore(std::make_unique<Store>()) {}
 
 CMemStream::CMemStream(const void* data, std::uint32_t size) : CMemStream() {
     Write(data, size);
-    SeekToBegin(BOTH_CURSORS);
+    SeekToBegin(kBothCursors);
 }
 
 CMemStream::CMemStream(const CMemStream& other) : CMemStream() {
@@ -144,26 +144,26 @@ std::uint32_t CMemStream::ReadSome(void* buffer, std::uint32_t size) {
 
 void CMemStream::Seek(std::int64_t offset, int which, int origin) {
     const auto move = [&](std::uint32_t& position) {
-        if (origin == FROM_CURRENT) {
+        if (origin == kFromCurrent) {
             m_pStore->MoveTo(position);
         }
         m_pStore->MoveTo(offset, origin);
         position = m_pStore->Position();
     };
-    if (which == READ_CURSOR || which == BOTH_CURSORS) {
+    if (which == kReadCursor || which == kBothCursors) {
         move(m_nReadPosition);
     }
-    if (which == WRITE_CURSOR || which == BOTH_CURSORS) {
+    if (which == kWriteCursor || which == kBothCursors) {
         move(m_nWritePosition);
     }
 }
 
 void CMemStream::SeekToBegin(int which) {
-    Seek(0, which, FROM_BEGIN);
+    Seek(0, which, kFromBegin);
 }
 
 void CMemStream::SeekToEnd(int which) {
-    Seek(0, which, FROM_END);
+    Seek(0, which, kFromEnd);
 }
 
 std::uint64_t CMemStream::GetLength() const {

@@ -20,9 +20,9 @@ namespace Terrascope {
 class CMemStream {
 public:
     /// What Seek moves.
-    enum Cursor { WRITE_CURSOR = 0, READ_CURSOR = 1, BOTH_CURSORS = 2 };
+    enum Cursor { kWriteCursor = 0, kReadCursor = 1, kBothCursors = 2 };
     /// Where Seek counts from.
-    enum Origin { FROM_BEGIN = 0, FROM_CURRENT = 1, FROM_END = 2 };
+    enum Origin { kFromBegin = 0, kFromCurrent = 1, kFromEnd = 2 };
 
     CMemStream();
     CMemStream(const void* data, std::uint32_t size);

@@ -1,0 +1,157 @@
+#include "terrascope/support/CustomIniFile.h"
+
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "terrascope/support/DateTimeText.h"
+#include "terrascope/support/FileHandle.h"
+#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/Paths.h"
+
+namespace Terrascope {
+
+namespace {
+
+CString FormatInteger(std::int32_t value) {
+    CString text;
+    text.Format("%d", value);
+    return text;
+}
+
+bool Contains(const std::vector<CString>& names, const CString& wanted) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](const CString& name) { return ViewOf(name) == ViewOf(wanted); });
+}
+
+}  // namespace
+
+void CCustomIniFile::Clear() {
+    if (m_strFileName.IsEmpty()) {
+        return;
+    }
+    if (::PathFileExistsA(m_strFileName)) {
+        ::DeleteFileA(m_strFileName);
+    }
+    // Not through the virtual SetFileName: what a derived class holds in memory stays.
+    CreateIfMissing();
+}
+
+void CCustomIniFile::SetFileName(const CString& path) {
+    if (path.IsEmpty()) {
+        return;
+    }
+    m_strFileName = ViewOf(path).find(':') == 1 ? path : ModuleFolder(nullptr) + "\\" + path;
+    CreateIfMissing();
+}
+
+void CCustomIniFile::CreateIfMissing() const {
+    if (!::PathFileExistsA(m_strFileName)) {
+        const CFileHandle created(::CreateFileA(m_strFileName, GENERIC_WRITE, 0, nullptr,
+                                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+}
+
+std::int32_t CCustomIniFile::ReadInteger(const CString& section, const CString& key,
+                                         std::int32_t defaultValue) {
+    const CString text = ReadString(section, key, "");
+    return text.IsEmpty() ? defaultValue : LeadingInteger(text);
+}
+
+void CCustomIniFile::WriteInteger(const CString& section, const CString& key, std::int32_t value) {
+    WriteString(section, key, FormatInteger(value));
+}
+
+std::uint32_t CCustomIniFile::ReadUInt(const CString& section, const CString& key,
+                                       std::uint32_t defaultValue) {
+    const CString text = ReadString(section, key, "");
+    if (text.IsEmpty()) {
+        return defaultValue;
+    }
+    // The last character, not the text: files in use depend on it.
+    return std::strtoul(text.GetString() + text.GetLength() - 1, nullptr, 10);
+}
+
+void CCustomIniFile::WriteUInt(const CString& section, const CString& key, std::uint32_t value) {
+    // With a sign, so that ReadInteger finds the same 32 bits.
+    WriteString(section, key, FormatInteger(static_cast<std::int32_t>(value)));
+}
+
+BYTE CCustomIniFile::ReadByte(const CString& section, const CString& key, BYTE defaultValue) {
+    return static_cast<BYTE>(ReadInteger(section, key, defaultValue));
+}
+
+void CCustomIniFile::WriteByte(const CString& section, const CString& key, BYTE value) {
+    WriteInteger(section, key, value);
+}
+
+bool CCustomIniFile::ReadBool(const CString& section, const CString& key, bool defaultValue) {
+    return ReadInteger(section, key, defaultValue ? 1 : 0) != 0;
+}
+
+void CCustomIniFile::WriteBool(const CString& section, const CString& key, bool value) {
+    WriteInteger(section, key, value ? 1 : 0);
+}
+
+float CCustomIniFile::ReadFloat(const CString& section, const CString& key, float defaultValue) {
+    return static_cast<float>(ReadDouble(section, key, defaultValue));
+}
+
+void CCustomIniFile::WriteFloat(const CString& section, const CString& key, float value) {
+    WriteDouble(section, key, value);
+}
+
+double CCustomIniFile::ReadDouble(const CString& section, const CString& key, double defaultValue) {
+    const CString text = ReadString(section, key, "");
+    return text.IsEmpty() ? defaultValue : std::atof(text);
+}
+
+void CCustomIniFile::WriteDouble(const CString& section, const CString& key, double value) {
+    CString text;
+    text.Format("%f", value);
+    WriteString(section, key, text);
+}
+
+std::int64_t CCustomIniFile::ReadDateTime(const CString& section, const CString& key,
+                                          std::int64_t defaultValue) {
+    const CString text = ReadString(section, key, "");
+    // The starts of year, month, day, hour, minute and second.
+    std::array<std::size_t, 6> starts{};
+    constexpr std::string_view kSeparators = "-- ::";
+    constexpr std::size_t kFirstColon = 3;
+    for (std::size_t i = 0; i < kSeparators.size(); ++i) {
+        const std::size_t separator = ViewOf(text).find(kSeparators[i], starts[i]);
+        if (separator == std::string_view::npos) {
+            if (i != kFirstColon) {
+                return defaultValue;
+            }
+            starts[i] = std::string_view::npos;  // a date without a time: midnight
+            break;
+        }
+        starts[i + 1] = separator + 1;
+    }
+    const auto field = [&](std::size_t i) { return LeadingInteger(text.GetString() + starts[i]); };
+    LocalDateTime local{field(0), field(1), field(2)};
+    if (starts[kFirstColon] != std::string_view::npos) {
+        local.hour = field(3);
+        local.minute = field(4);
+        local.second = field(5);
+    }
+    return SecondsFromLocal(local);
+}
+
+void CCustomIniFile::WriteDateTime(const CString& section, const CString& key, std::int64_t value) {
+    WriteString(section, key, FormatDateTime(value));
+}
+
+bool CCustomIniFile::SectionExists(const CString& section) {
+    return Contains(ReadSections(), section);
+}
+
+bool CCustomIniFile::ValueExists(const CString& section, const CString& key) {
+    return Contains(ReadSection(section), key);
+}
+
+}  // namespace Terrascope

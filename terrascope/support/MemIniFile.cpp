@@ -1,0 +1,287 @@
+#include "terrascope/support/MemIniFile.h"
+
+#include <algorithm>
+#include <new>
+#include <optional>
+
+#include "terrascope/support/FileHandle.h"
+#include "terrascope/support/MultibyteText.h"
+
+namespace Terrascope {
+
+namespace {
+
+constexpr char kEndOfText = '\x1A';  // what ends a text file for the C run-time library
+
+std::optional<std::string> ReadWholeFile(const CString& path) {
+    const CFileHandle file(::CreateFileA(path, GENERIC_READ,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    LARGE_INTEGER size{};
+    if (!file.IsOpen() || !::GetFileSizeEx(file.Get(), &size)) {
+        return std::nullopt;
+    }
+    constexpr std::size_t kChunk = 0x10000;
+    std::string text;
+    text.reserve(static_cast<std::size_t>(size.QuadPart) + kChunk);
+    for (;;) {
+        const std::size_t have = text.size();
+        text.resize(have + kChunk);
+        DWORD count = 0;
+        if (!::ReadFile(file.Get(), text.data() + have, kChunk, &count, nullptr)) {
+            return std::nullopt;
+        }
+        text.resize(have + count);
+        if (count == 0) {
+            return text;
+        }
+    }
+}
+
+void WriteWholeFile(const CString& path, const std::string& text) {
+    const CFileHandle file(::CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                         FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::size_t done = 0;
+    while (file.IsOpen() && done < text.size()) {
+        const auto wanted =
+            static_cast<DWORD>(std::min<std::size_t>(text.size() - done, 0x1000000));
+        DWORD count = 0;
+        if (!::WriteFile(file.Get(), text.data() + done, wanted, &count, nullptr) || count == 0) {
+            return;
+        }
+        done += count;
+    }
+}
+
+bool IsHeader(std::string_view line) {
+    return line.front() == '[' && EndsWithCharacter(line, ']');
+}
+
+CString MakeHeader(const CString& section) {
+    return "[" + section + "]";
+}
+
+CString MakeKeyLine(const CString& key, const CString& value) {
+    return key + "=" + value;
+}
+
+}  // namespace
+
+CMemIniFile::CMemIniFile(const CString& path, bool bCaseSensitive)
+    : CCustomIniFile(path), m_bCaseSensitive(bCaseSensitive) {
+    CMemIniFile::SetFileName(path);
+}
+
+void CMemIniFile::SetFileName(const CString& path) {
+    CCustomIniFile::SetFileName(path);
+    LoadLines();
+    RebuildIndex();
+}
+
+void CMemIniFile::Clear() {
+    CCustomIniFile::Clear();
+    m_lines.clear();
+    ClearIndex();
+}
+
+void CMemIniFile::LoadLines() {
+    m_lines.clear();
+    if (m_strFileName.IsEmpty()) {
+        return;
+    }
+    try {
+        const std::optional<std::string> file = ReadWholeFile(m_strFileName);
+        if (!file) {
+            return;
+        }
+        std::string_view rest(*file);
+        rest = rest.substr(0, rest.find(kEndOfText));
+        m_lines.reserve(static_cast<std::size_t>(std::count(rest.begin(), rest.end(), '\n')) + 1);
+        while (!rest.empty()) {
+            const std::size_t end = std::min(rest.find('\n'), rest.size());
+            std::string_view line = rest.substr(0, end);
+            rest.remove_prefix(std::min(end + 1, rest.size()));
+            line = Trimmed(line.substr(0, line.find('\0')));  // a text ends at its first zero byte
+            if (!line.empty()) {
+                m_lines.push_back(ToCString(line));
+            }
+        }
+    } catch (const std::bad_alloc&) {
+        m_lines.clear();
+    }
+}
+
+void CMemIniFile::ClearIndex() {
+    m_headers = CNameIndex();
+    m_headerLines.clear();
+    m_sectionPlaces = CNameIndex();
+    m_sections.clear();
+    m_sectionNames.clear();
+}
+
+void CMemIniFile::RebuildIndex() {
+    ClearIndex();
+    std::string_view name;
+    int current = CNameIndex::kNone;  // in m_sections; none before the section's first key
+    for (int number = 0; number < static_cast<int>(m_lines.size()); ++number) {
+        const std::string_view line = ViewOf(m_lines[static_cast<std::size_t>(number)]);
+        if (line.empty()) {
+            continue;
+        }
+        if (IsHeader(line)) {
+            name = Trimmed(line.substr(1, line.size() - 2));
+            current = m_sectionPlaces.Find(name);
+            m_headers.Set(name, number);
+            m_sectionNames.push_back(ToCString(name));
+            continue;
+        }
+        // An equals sign in the first column is no separator.
+        const std::size_t equals = line.find('=', 1);
+        if (equals == std::string_view::npos) {
+            continue;
+        }
+        if (current == CNameIndex::kNone) {
+            current = static_cast<int>(m_sections.size());
+            m_sectionPlaces.Set(name, current);
+            m_sections.emplace_back();
+        }
+        Section& section = m_sections[static_cast<std::size_t>(current)];
+        section.keysInOrder.push_back(
+            section.keys.Set(TrimmedRight(line.substr(0, equals)), number));
+    }
+    for (const CString& section : m_sectionNames) {
+        m_headerLines.push_back(m_headers.Find(ViewOf(section)));
+    }
+    std::sort(m_headerLines.begin(), m_headerLines.end());
+}
+
+int CMemIniFile::FindName(const CNameIndex& index, const CString& name) const {
+    return m_bCaseSensitive ? index.Find(ViewOf(name)) : index.FindNoCase(ViewOf(name));
+}
+
+const CMemIniFile::Section* CMemIniFile::FindSection(const CString& section) const {
+    const int place = FindName(m_sectionPlaces, section);
+    return place == CNameIndex::kNone ? nullptr : &m_sections[static_cast<std::size_t>(place)];
+}
+
+int CMemIniFile::FindLine(const CString& section, const CString& key) const {
+    const Section* found = FindSection(section);
+    return found == nullptr ? CNameIndex::kNone : FindName(found->keys, key);
+}
+
+int CMemIniFile::LineAfterSection(int header) const {
+    const auto next = std::upper_bound(m_headerLines.begin(), m_headerLines.end(), header);
+    return next == m_headerLines.end() ? static_cast<int>(m_lines.size()) : *next;
+}
+
+CString CMemIniFile::ReadString(const CString& section, const CString& key,
+                                const CString& /*defaultValue*/) {
+    // The default is not used here, unlike in CIniFile: callers test for the empty text.
+    const int number = FindLine(section, key);
+    if (number < 0 || number >= static_cast<int>(m_lines.size())) {
+        return CString();
+    }
+    const std::string_view line = ViewOf(m_lines[static_cast<std::size_t>(number)]);
+    return ToCString(line.substr(std::min(line.find('='), line.size() - 1) + 1));
+}
+
+void CMemIniFile::WriteString(const CString& section, const CString& key, const CString& value) {
+    const CString text = MakeKeyLine(key, value);
+    const int number = FindLine(section, key);
+    if (number != CNameIndex::kNone) {
+        // The new line has the key as the caller wrote it; the indexes keep the old one until the
+        // next change of structure.
+        if (number < static_cast<int>(m_lines.size())) {
+            m_lines[static_cast<std::size_t>(number)] = text;
+        }
+        return;
+    }
+    const bool known =
+        FindSection(section) != nullptr || FindName(m_headers, section) != CNameIndex::kNone;
+    if (known) {
+        // The header is looked up exactly: where the file has the name in another case only (or
+        // has no header, before the first one), the key becomes the file's second line.
+        const int header = std::max(m_headers.Find(ViewOf(section)), 0);
+        m_lines.insert(m_lines.begin() + header + 1, text);
+    } else {
+        m_lines.push_back(MakeHeader(section));
+        m_lines.push_back(text);
+    }
+    RebuildIndex();
+}
+
+bool CMemIniFile::SectionExists(const CString& section) {
+    return m_headers.Find(ViewOf(section)) != CNameIndex::kNone;
+}
+
+bool CMemIniFile::ValueExists(const CString& section, const CString& key) {
+    const int place = m_sectionPlaces.Find(ViewOf(section));
+    return SectionExists(section) && place != CNameIndex::kNone &&
+           m_sections[static_cast<std::size_t>(place)].keys.Find(ViewOf(key)) != CNameIndex::kNone;
+}
+
+void CMemIniFile::DeleteKey(const CString& section, const CString& key) {
+    const int number = FindLine(section, key);
+    if (number >= 0 && number < static_cast<int>(m_lines.size())) {
+        m_lines.erase(m_lines.begin() + number);
+        RebuildIndex();
+    }
+}
+
+void CMemIniFile::EraseSection(const CString& section) {
+    const int header = FindName(m_headers, section);
+    if (header != CNameIndex::kNone) {
+        m_lines.erase(m_lines.begin() + header, m_lines.begin() + LineAfterSection(header));
+        RebuildIndex();
+    }
+}
+
+void CMemIniFile::AddSection(const CString& section) {
+    m_lines.push_back(MakeHeader(section));
+    RebuildIndex();
+}
+
+std::vector<CString> CMemIniFile::ReadSections() {
+    return m_sectionNames;
+}
+
+std::vector<CString> CMemIniFile::ReadSection(const CString& section) {
+    std::vector<CString> names;
+    // Exact even when the file is not case-sensitive, as SectionExists is.
+    const int place = m_sectionPlaces.Find(ViewOf(section));
+    if (!SectionExists(section) || place == CNameIndex::kNone) {
+        return names;
+    }
+    const Section& found = m_sections[static_cast<std::size_t>(place)];
+    names.reserve(found.keysInOrder.size());
+    for (const std::uint32_t key : found.keysInOrder) {
+        names.push_back(ToCString(found.keys.NameAt(key)));
+    }
+    return names;
+}
+
+std::vector<CString> CMemIniFile::ReadSectionValues(const CString& section) {
+    const int header = FindName(m_headers, section);
+    if (header == CNameIndex::kNone) {
+        return {};
+    }
+    return {m_lines.begin() + header + 1, m_lines.begin() + LineAfterSection(header)};
+}
+
+void CMemIniFile::UpdateFile() {
+    if (m_strFileName.IsEmpty()) {
+        return;
+    }
+    CCustomIniFile::Clear();
+    std::string text;
+    for (const CString& line : m_lines) {
+        for (const char c : ViewOf(line)) {
+            text.append(c == '\n' ? "\r\n" : std::string_view(&c, 1));
+        }
+        // CR CR LF is what this program's files have had from the start; reading trims it.
+        text += "\r\r\n";
+    }
+    WriteWholeFile(m_strFileName, text);
+}
+
+}  // namespace Terrascope

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Terrascope {
+
+/// Makes bytes unreadable at first sight; no protection. The two numbers are the key. No inverse is
+/// kept here: the reader of such bytes undoes the two steps (exclusive or, then add 1).
+void ScrambleBytes(std::uint32_t a, std::uint32_t b, void* buffer, std::size_t length);
+
+}  // namespace Terrascope
