@@ -1,7 +1,8 @@
 #!/bin/sh
 # Makes a Wine prefix for tests and for runs without a display: wine-prefix.sh FOLDER [MODE]
 # MODE "null" (default): windows, messages and painting work, nothing needs a display.
-# MODE "x11": windows are real windows of the display that DISPLAY names.
+# MODE "display": windows are real windows of the display that DISPLAY names.
+# MODE "virtual": the same for a display without a window manager, such as Xvfb's.
 set -eu
 prefix=$1
 mode=${2:-null}
@@ -18,7 +19,7 @@ unset DISPLAY
 add() { "$WINELOADER" reg add "$1" /v "$2" /t "$3" /d "$4" /f; }
 if [ "$mode" = null ]; then
     add 'HKCU\Software\Wine\Drivers' Graphics REG_SZ null
-else
+elif [ "$mode" = virtual ]; then
     # Without a window manager Wine would wait for one at each dialog's end.
     add 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ N
 fi

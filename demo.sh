@@ -1,0 +1,136 @@
+#!/bin/bash
+# Shows the library at work on real imagery: ./demo.sh
+# With a display the viewer opens in it. Without one (or with --pictures) it runs on a virtual
+# screen, writes pictures to build/demo, and plays a tour through the map.
+. "$(dirname "${BASH_SOURCE[0]}")/tools/common.sh"
+demo="$root/build/demo"
+earth=/usr/share/marble/data/maps/earth
+
+case "${1:-}" in
+    "") pictures=false ;;
+    --pictures) pictures=true ;;
+    *) fail "unknown option $1; the only one is --pictures" ;;
+esac
+[ -n "${DISPLAY:-}" ] || pictures=true
+
+# write_map FOLDER NAME TILE_SIZE PATH_TEMPLATE REMARK: two tiles over the whole world in layer 1,
+# four layers.
+write_map() {
+    cat >"$demo/maps/$1/map.ini" <<END
+[MAP]
+NAME=$2
+UPDATE_TIME=2023-02-25 00:00:00
+TILE_FORMAT=jpg
+FIRST_LAYER=1
+LAYER_COUNT=4
+LONGITUDE_START=-180
+LATITUDE_START=-90
+LONGITUDE=360
+LATITUDE=180
+TILE_WIDTH=$3
+TILE_HEIGHT=$3
+REMARK=$5
+TILE_PATH=$4
+[LAYER_1]
+TILE_COUNT_X=2
+TILE_COUNT_Y=1
+END
+}
+
+make_maps() {
+    mkdir -p "$demo/maps/relief" "$demo/maps/bluemarble"
+    # A pyramid that exists as files: it is only described.
+    ln -sfn "$earth/srtm" "$demo/maps/relief/tiles"
+    write_map relief Relief 675 \
+        'tiles/{layer-1}/{row:6}/{row:6}_{column:6}.jpg' 'Height of the land, grey by height'
+
+    # One large picture, cut into tiles here.
+    if [ ! -f "$demo/maps/bluemarble/.complete" ]; then
+        say "cut the Blue Marble into tiles"
+        rm -rf "$demo/maps/bluemarble"
+        mkdir -p "$demo/maps/bluemarble"
+        # 4096 x 2048 halves exactly down to 512 x 256, that is two tiles.
+        vips thumbnail "$earth/bluemarble/bluemarble.jpg" "$demo/bluemarble.v" \
+            4096 --height 2048 --size force
+        vips dzsave "$demo/bluemarble.v" "$demo/maps/bluemarble/tiles" --layout google \
+            --tile-size 256 --overlap 0 --suffix '.jpg[Q=90]'
+        rm -f "$demo/bluemarble.v"
+        touch "$demo/maps/bluemarble/.complete"
+    fi
+    write_map bluemarble 'Blue Marble' 256 'tiles/{layer}/{row}/{column}.jpg' \
+        'The Earth from space, without clouds'
+}
+
+make_app() {
+    mkdir -p "$demo/app"
+    cp -ru "$build"/bin/. "$demo/app/"
+    # No blanks round the equals signs: they would belong to the values.
+    cat >"$demo/app/Terrascope.ini" <<'END'
+[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]
+LOCAL=SplittedFileTileMapInfoProvider
+[SplittedFileTileMapInfoProvider]
+DATA_PATH=..\maps
+END
+}
+
+viewer() {
+    "$root/cmake/wine-run.sh" "$build" "$demo/app/TerrascopeViewer.exe" "$@"
+}
+
+# picture NAME MAP LAYER X,Y
+picture() {
+    viewer --map "$2" --layer "$3" --center "$4" --size 1024x640 --snapshot "$1.png"
+    printf '%s\n' "$demo/$1.png"
+}
+
+make_pictures() {
+    cd "$demo"
+    say "maps"
+    viewer --list
+    say "pictures"
+    picture relief-2-europe Relief 2 12.5,47
+    picture relief-2-japan Relief 2 138,36
+    picture relief-4-europe Relief 4 12.5,44
+    picture relief-4-japan Relief 4 138,36
+    picture bluemarble-2-africa 'Blue Marble' 2 20,10
+    picture bluemarble-2-america 'Blue Marble' 2 -100,30
+    picture bluemarble-4-africa 'Blue Marble' 4 30,25
+    picture bluemarble-4-america 'Blue Marble' 4 -90,30
+    say "tour"
+    viewer --map Relief --size 1024x640 --tour - <"$root/tools/demo.tour"
+    printf '%s\n' "$demo"/tour-*.png
+}
+
+"$root/tools/setup.sh"
+build_targets
+say "prepare the demo"
+mkdir -p "$demo"
+make_maps
+make_app
+
+if $pictures; then
+    prefix="$root/build/wineprefix-virtual" mode=virtual
+else
+    prefix="$root/build/wineprefix-display" mode=display
+fi
+export TERRASCOPE_WINEPREFIX="$prefix"
+flock -o "$prefix.lock" sh "$root/cmake/wine-prefix.sh" "$prefix" "$mode" \
+    </dev/null >"$prefix.log" 2>&1 || fail "the Wine prefix could not be made, see $prefix.log"
+
+if ! $pictures; then
+    say "the viewer; close its window to end"
+    cd "$demo"
+    viewer --map 'Blue Marble' --layer 2 --center 12.5,42
+    exit 0
+fi
+# A virtual screen for this run alone; the number that Xvfb chose comes through the pipe.
+say "start a virtual screen"
+pipe="$demo/display.$$"
+mkfifo "$pipe"
+at_end rm -f "$pipe"
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
+at_end kill $!
+read -r -t 20 number <"$pipe" || fail "Xvfb did not start"
+export DISPLAY=":$number"
+make_pictures
+say "done"
