@@ -1,0 +1,61 @@
+#include "plugins/common/FolderFiles.h"
+
+#include <algorithm>
+
+#include "terrascope/support/FileHandle.h"
+
+namespace Terrascope::Plugins {
+
+std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder) {
+    WIN32_FIND_DATAW entry{};
+    const HANDLE search = ::FindFirstFileW((folder + L"\\*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    std::vector<std::wstring> names;
+    do {
+        const std::wstring name = entry.cFileName;
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && name != L"." &&
+            name != L"..") {
+            names.push_back(name);
+        }
+    } while (::FindNextFileW(search, &entry) != 0);
+    ::FindClose(search);
+    std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
+        return ::CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    });
+    return names;
+}
+
+std::optional<FileFacts> LookAtFile(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) ||
+        (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return std::nullopt;
+    }
+    return FileFacts{std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow,
+                     data.ftLastWriteTime};
+}
+
+std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,
+                                                       std::size_t limit) {
+    const CFileHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN,
+                                         nullptr));
+    LARGE_INTEGER size{};
+    if (!file.IsOpen() || ::GetFileType(file.Get()) != FILE_TYPE_DISK ||
+        !::GetFileSizeEx(file.Get(), &size) ||
+        static_cast<std::uint64_t>(size.QuadPart) > std::min<std::size_t>(limit, MAXDWORD)) {
+        return std::nullopt;
+    }
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size.QuadPart));
+    DWORD read = 0;
+    if (!::ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) ||
+        read != bytes.size()) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+}  // namespace Terrascope::Plugins

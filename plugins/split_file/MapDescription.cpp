@@ -1,0 +1,117 @@
+#include "plugins/split_file/MapDescription.h"
+
+#include "plugins/split_file/IniValues.h"
+#include "terrascope/support/MultibyteText.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr char kMap[] = "MAP";
+constexpr int kLargestTile = 8192;            // pixels; a larger image is not decoded
+constexpr int kDefaultTile = 256;             // pixels
+constexpr double kFarthest = 1e9;             // map units: far beyond metres around the earth
+constexpr double kSmallestSpan = 1e-9;        // map units
+constexpr double kSmallestZoom = 1.0 / 256.0;
+constexpr double kLargestZoom = 256.0;
+constexpr int kLongestName = 255;
+
+/// Columns or rows of a layer: its own, or the first layer's, doubled from layer to layer. A layer
+/// has no more of them than its keys can name.
+int ReadTileCount(IniValues& values, const CString& section, const char* key, int layerNumber,
+                  int firstLayerCount, int step) {
+    const int most = 1 << layerNumber;
+    return values.Whole(section, key, 1, most, firstLayerCount << step);
+}
+
+std::vector<tagTILE_MAP_LAYER_INFO> ReadLayers(IniValues& values, const tagTILE_MAP_INFO& info) {
+    std::vector<tagTILE_MAP_LAYER_INFO> layers;
+    for (int step = 0; step < info.nLayerCount; ++step) {
+        tagTILE_MAP_LAYER_INFO layer;
+        layer.nLayerNumber = info.nFirstLayer + step;
+        CString section;
+        section.Format("LAYER_%d", layer.nLayerNumber);
+        const tagTILE_MAP_LAYER_INFO* first = layers.empty() ? nullptr : &layers.front();
+        layer.nTileCountX = ReadTileCount(values, section, "TILE_COUNT_X", layer.nLayerNumber,
+                                          first ? first->nTileCountX : 1, step);
+        layer.nTileCountY = ReadTileCount(values, section, "TILE_COUNT_Y", layer.nLayerNumber,
+                                          first ? first->nTileCountY : 1, step);
+        layer.dZoomFactor =
+            values.Real(section, "ZOOM_FACTOR", kSmallestZoom, kLargestZoom, 1.0);
+        layer.nTileWidth = info.nTileWidth;
+        layer.nTileHeight = info.nTileHeight;
+        layers.push_back(layer);
+    }
+    return layers;
+}
+
+CString ReadName(IniValues& values, const CString& folderName) {
+    CString name = values.Text(kMap, "NAME");
+    if (name.IsEmpty()) {
+        name = folderName;
+    }
+    if (name.GetLength() > kLongestName) {
+        CString reason;
+        reason.Format("is longer than %d bytes", kLongestName);
+        values.Refuse(kMap, "NAME", reason);
+    }
+    return name;
+}
+
+}  // namespace
+
+const tagTILE_MAP_LAYER_INFO* MapDescription::FindLayer(int layerNumber) const {
+    if (layerNumber < info.nFirstLayer || layerNumber - info.nFirstLayer >= info.nLayerCount) {
+        return nullptr;
+    }
+    return &layers[static_cast<std::size_t>(layerNumber - info.nFirstLayer)];
+}
+
+MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
+                              const SYSTEMTIME& updateTime) {
+    MapReading reading;
+    IniValues values(file);
+    tagTILE_MAP_INFO info;
+    info.strName = ReadName(values, folderName);
+    info.stUpdateTime = updateTime;
+    const CString time = values.Text(kMap, "UPDATE_TIME");
+    if (const auto parsed = ParseTime(time)) {
+        info.stUpdateTime = *parsed;
+    } else if (!time.IsEmpty()) {
+        // Shown only: no reason to do without the map.
+        reading.problems.push_back({kMap, "UPDATE_TIME", "is not a time, the file's own is used"});
+    }
+    const CString format = values.Text(kMap, "TILE_FORMAT");
+    if (!format.IsEmpty()) {
+        info.strTileFormat = format;
+    }
+    // A key has as many digits as its layer's number, so there are no tiles in layer 0.
+    info.nFirstLayer = values.Whole(kMap, "FIRST_LAYER", 1, kDeepestLayer, 1);
+    info.nLayerCount = values.Whole(kMap, "LAYER_COUNT", 1, kDeepestLayer + 1 - info.nFirstLayer);
+    info.dLongitudeStart = values.Real(kMap, "LONGITUDE_START", -kFarthest, kFarthest);
+    info.dLatitudeStart = values.Real(kMap, "LATITUDE_START", -kFarthest, kFarthest);
+    info.dLongitude = values.Real(kMap, "LONGITUDE", kSmallestSpan, kFarthest);
+    info.dLatitude = values.Real(kMap, "LATITUDE", kSmallestSpan, kFarthest);
+    info.nTileWidth = values.Whole(kMap, "TILE_WIDTH", 1, kLargestTile, kDefaultTile);
+    info.nTileHeight = values.Whole(kMap, "TILE_HEIGHT", 1, kLargestTile, kDefaultTile);
+    info.strRemark = values.Text(kMap, "REMARK");
+
+    CString pattern = values.Text(kMap, "TILE_PATH");
+    if (pattern.IsEmpty()) {
+        pattern = "{layer}\\{column}\\{row}.{format}";
+    }
+    std::string reason;
+    std::optional<TilePathTemplate> tilePath = TilePathTemplate::Parse(ViewOf(pattern), reason);
+    if (!tilePath) {
+        values.Refuse(kMap, "TILE_PATH", reason.c_str());
+    }
+    std::vector<tagTILE_MAP_LAYER_INFO> layers = ReadLayers(values, info);
+    if (values.Problem()) {
+        reading.problems = {*values.Problem()};
+        return reading;
+    }
+    reading.map = std::make_unique<MapDescription>(
+        MapDescription{{}, info, std::move(layers), *std::move(tilePath)});
+    return reading;
+}
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <afx.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "plugins/common/TilePathTemplate.h"
+#include "terrascope/providers/TileMapRecords.h"
+
+namespace Terrascope {
+
+class CCustomIniFile;
+
+namespace Plugins {
+
+/// One map of the library, as its map.ini describes it; constant once it is made, so that any
+/// number of threads may read it.
+struct MapDescription {
+    std::wstring folder;  ///< absolute; nothing outside it is opened for this map
+    tagTILE_MAP_INFO info;
+    std::vector<tagTILE_MAP_LAYER_INFO> layers;  ///< numbered consecutively from info.nFirstLayer
+    TilePathTemplate tilePath;
+
+    /// The layer of an absolute number, or null.
+    const tagTILE_MAP_LAYER_INFO* FindLayer(int layerNumber) const;
+};
+
+/// What is wrong with a description.
+struct MapProblem {
+    CString section;
+    CString key;
+    CString reason;
+};
+
+/// The result of reading a description: without a map, `problems` names the one that makes it
+/// unusable; with a map, those that were passed over.
+struct MapReading {
+    std::unique_ptr<MapDescription> map;
+    std::vector<MapProblem> problems;
+};
+
+/// Reads sections MAP and LAYER_n. `folderName` is the map's name if none is given, `updateTime`
+/// its time. `folder` is left empty. The format is described in the plug-in's README.
+MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
+                              const SYSTEMTIME& updateTime);
+
+}  // namespace Plugins
+}  // namespace Terrascope

@@ -1,0 +1,172 @@
+#include "plugins/split_file/SplittedFileTileMapInfoProvider.h"
+
+#include "plugins/common/FolderFiles.h"
+#include "plugins/common/SafePath.h"
+#include "terrascope/support/LogSink.h"
+#include "terrascope/support/MultibyteText.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr std::size_t kLargestTileFile = 64 * 1024 * 1024;  // bytes
+
+/// Runs a piece of work that must not throw into the library, which was built apart.
+template <class TResult, class TWork>
+TResult WithoutThrowing(TWork work) {
+    try {
+        return work();
+    } catch (const std::exception& failure) {
+        LogLine("%s: %s", CSplittedFileTileMapInfoProvider::kName, failure.what());
+    } catch (...) {
+        LogLine("%s failed", CSplittedFileTileMapInfoProvider::kName);
+    }
+    return TResult{};
+}
+
+/// The file of one tile, if the tile belongs to the map's layer.
+std::optional<std::wstring> TileFile(const MapDescription& map,
+                                     const tagTILE_MAP_LAYER_INFO& layer,
+                                     const TileAddress& address, const CString& key) {
+    if (address.layer != layer.nLayerNumber ||
+        address.column >= static_cast<std::uint32_t>(layer.nTileCountX) ||
+        address.row >= static_cast<std::uint32_t>(layer.nTileCountY)) {
+        return std::nullopt;
+    }
+    const std::optional<std::string> name =
+        map.tilePath.Expand(address, ViewOf(key), ViewOf(map.info.strTileFormat));
+    return name ? JoinUnder(map.folder, *name) : std::nullopt;
+}
+
+std::unique_ptr<tagTILE_IMAGE> ReadTile(const std::wstring& file, const TileAddress& address,
+                                        const CString& key) {
+    const auto bytes = ReadWholeFile(file, kLargestTileFile);
+    if (!bytes || bytes->empty()) {
+        return nullptr;
+    }
+    auto image = std::make_unique<tagTILE_IMAGE>();
+    image->nColumn = address.column;
+    image->nRow = address.row;
+    image->strKey = key;
+    image->stream.Write(bytes->data(), static_cast<std::uint32_t>(bytes->size()));
+    return image;
+}
+
+}  // namespace
+
+CSplittedFileTileMapInfoProvider::~CSplittedFileTileMapInfoProvider() {
+    delete m_pRemoteProvider;
+}
+
+std::shared_ptr<const MapLibrary> CSplittedFileTileMapInfoProvider::Library() {
+    CSingleLock lock(&m_lock, TRUE);
+    return m_library;
+}
+
+bool CSplittedFileTileMapInfoProvider::Rescan() {
+    CString dataPath;
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        dataPath = m_dataPath;
+    }
+    std::optional<std::wstring> folder = ToWide(ViewOf(dataPath));
+    if (!folder || folder->empty()) {
+        return false;
+    }
+    if (folder->starts_with(L"\\\\")) {
+        // The settings reader takes it for a relative path.
+        LogLine("the data path '%s' needs a drive letter", dataPath.GetString());
+        return false;
+    }
+    if (folder->back() == L'\\' || folder->back() == L'/') {
+        folder->pop_back();
+    }
+    std::shared_ptr<const MapLibrary> library = ScanMapLibrary(*folder);
+    if (library == nullptr) {
+        LogLine("the data path '%s' is not a folder that can be read", dataPath.GetString());
+        return false;
+    }
+    CSingleLock lock(&m_lock, TRUE);
+    m_library = std::move(library);
+    return true;
+}
+
+bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool) {
+    return WithoutThrowing<bool>([this] { return Rescan(); });
+}
+
+void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
+    WithoutThrowing<bool>([&] {
+        {
+            CSingleLock lock(&m_lock, TRUE);
+            m_dataPath = path;
+        }
+        return Rescan();
+    });
+}
+
+std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
+    return WithoutThrowing<std::list<tagTILE_MAP_INFO*>>([this] {
+        std::list<tagTILE_MAP_INFO*> maps;
+        for (const auto& map : *Library()) {
+            maps.push_back(new tagTILE_MAP_INFO(map->info));
+        }
+        return maps;
+    });
+}
+
+tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& mapName) {
+    return WithoutThrowing<tagTILE_MAP_INFO*>([&] {
+        const auto map = FindMap(*Library(), mapName);
+        return map ? new tagTILE_MAP_INFO(map->info) : nullptr;
+    });
+}
+
+std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerList(
+    const CString& mapName) {
+    return WithoutThrowing<std::list<tagTILE_MAP_LAYER_INFO*>>([&] {
+        std::list<tagTILE_MAP_LAYER_INFO*> layers;
+        if (const auto map = FindMap(*Library(), mapName)) {
+            for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
+                layers.push_back(new tagTILE_MAP_LAYER_INFO(layer));
+            }
+        }
+        return layers;
+    });
+}
+
+tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CString& mapName,
+                                                                       int layerNumber) {
+    return WithoutThrowing<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
+        const auto map = FindMap(*Library(), mapName);
+        const tagTILE_MAP_LAYER_INFO* layer = map ? map->FindLayer(layerNumber) : nullptr;
+        return layer ? new tagTILE_MAP_LAYER_INFO(*layer) : nullptr;
+    });
+}
+
+std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
+    const CString& mapName, int layerNumber, const std::list<CString>& tileKeys) {
+    return WithoutThrowing<std::list<tagTILE_IMAGE*>>([&] {
+        std::list<tagTILE_IMAGE*> tiles;
+        const auto map = FindMap(*Library(), mapName);
+        const tagTILE_MAP_LAYER_INFO* layer = map ? map->FindLayer(layerNumber) : nullptr;
+        if (layer == nullptr) {
+            return tiles;
+        }
+        for (const CString& key : tileKeys) {
+            const std::optional<TileAddress> address = ParseTileKey(ViewOf(key));
+            const auto file = address ? TileFile(*map, *layer, *address, key) : std::nullopt;
+            if (!file) {
+                continue;
+            }
+            if (auto tile = ReadTile(*file, *address, key)) {
+                tiles.push_back(tile.get());
+                tile.release();
+            } else if (m_pRemoteProvider != nullptr) {
+                tiles.splice(tiles.end(), m_pRemoteProvider->LoadTiles(mapName, layerNumber, {key}));
+            }
+        }
+        return tiles;
+    });
+}
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <afx.h>
+#include <afxmt.h>
+
+#include <memory>
+
+#include "plugins/split_file/MapLibrary.h"
+#include "terrascope/providers/ITileMapInfoProvider.h"
+
+namespace Terrascope::Plugins {
+
+/// Serves maps whose tiles are image files in folders. The data path is a folder; each sub-folder
+/// with a map.ini is a map. See the README for the format.
+///
+/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
+/// Threads: every operation may run beside every other. No file is read under the lock.
+/// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
+///          maintainer of the maps should know.
+class CSplittedFileTileMapInfoProvider : public ITileMapInfoProvider {
+public:
+    static constexpr char kName[] = "SplittedFileTileMapInfoProvider";
+
+    ~CSplittedFileTileMapInfoProvider() override;
+
+    /// Reads the library anew; the flag makes no difference. False, and the maps stay, when the
+    /// folder cannot be read.
+    bool UpdateMapLib(bool flag) override;
+    void SetDataPath(const CString& path) override;
+    std::list<tagTILE_MAP_INFO*> GetMapList() override;
+    tagTILE_MAP_INFO* GetMapInfo(const CString& mapName) override;
+    std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& mapName) override;
+    tagTILE_MAP_LAYER_INFO* GetLayerInfo(const CString& mapName, int layerNumber) override;
+    std::list<tagTILE_IMAGE*> LoadTiles(const CString& mapName, int layerNumber,
+                                        const std::list<CString>& tileKeys) override;
+
+private:
+    std::shared_ptr<const MapLibrary> Library();
+    bool Rescan();
+
+    CCriticalSection m_lock;  // guards the two below
+    CString m_dataPath;
+    std::shared_ptr<const MapLibrary> m_library = std::make_shared<MapLibrary>();
+};
+
+}  // namespace Terrascope::Plugins

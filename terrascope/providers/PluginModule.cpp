@@ -1,0 +1,85 @@
+#include "terrascope/providers/PluginModule.h"
+
+#include <sstream>
+#include <stdexcept>
+
+namespace Terrascope {
+namespace {
+
+/// While it lives, a broken library makes the load fail instead of showing the system's message
+/// box, which would stop the host while the loader lock is held.
+class QuietLoading {
+public:
+    QuietLoading() { ::SetThreadErrorMode(SEM_FAILCRITICALERRORS, &m_previous); }
+    ~QuietLoading() { ::SetThreadErrorMode(m_previous, nullptr); }
+    QuietLoading(const QuietLoading&) = delete;
+    QuietLoading& operator=(const QuietLoading&) = delete;
+
+private:
+    DWORD m_previous = 0;
+};
+
+template <class TEntry>
+TEntry FindEntry(HMODULE module, const char* name) {
+    return reinterpret_cast<TEntry>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
+
+}  // namespace
+
+PluginModule PluginModule::Open(const CString& path) {
+    const QuietLoading quiet;
+    PluginModule plugin;
+    plugin.m_module = ::LoadLibraryA(path);
+    if (plugin.m_module == nullptr) {
+        std::ostringstream text;
+        text << "Could not load '" << path.GetString() << "', errorCode = " << ::GetLastError();
+        throw std::runtime_error(text.str());
+    }
+    plugin.m_useCount = new std::int32_t(1);
+    plugin.m_engineVersion = FindEntry<EngineVersionEntry>(plugin.m_module, "getEngineVersion");
+    plugin.m_register = FindEntry<RegisterEntry>(plugin.m_module, "registerPlugin");
+    if (plugin.m_engineVersion == nullptr || plugin.m_register == nullptr) {
+        throw std::runtime_error("'" + std::string(path.GetString()) + "' is not a valid plugin");
+    }
+    return plugin;
+}
+
+PluginModule::PluginModule(const PluginModule& other)
+    : m_module(other.m_module),
+      m_useCount(other.m_useCount),
+      m_engineVersion(other.m_engineVersion),
+      m_register(other.m_register) {
+    if (m_useCount != nullptr) {
+        ++*m_useCount;
+    }
+}
+
+PluginModule& PluginModule::operator=(const PluginModule& other) {
+    if (this != &other) {
+        if (other.m_useCount != nullptr) {
+            ++*other.m_useCount;
+        }
+        Release();
+        m_module = other.m_module;
+        m_useCount = other.m_useCount;
+        m_engineVersion = other.m_engineVersion;
+        m_register = other.m_register;
+    }
+    return *this;
+}
+
+void PluginModule::Release() {
+    if (m_useCount != nullptr && --*m_useCount == 0) {
+        delete m_useCount;
+        ::FreeLibrary(m_module);
+    }
+    m_useCount = nullptr;
+}
+
+void PluginModule::Pin() const {
+    HMODULE pinned = nullptr;
+    ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<LPCSTR>(m_module), &pinned);
+}
+
+}  // namespace Terrascope

@@ -1,0 +1,117 @@
+#include "terrascope/providers/ProviderSelection.h"
+
+#include <exception>
+
+#include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+#include "terrascope/support/LogSink.h"
+#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/Paths.h"
+
+namespace Terrascope {
+namespace {
+
+constexpr char kLibraryFile[] = "Terrascope.dll";
+constexpr char kSettingsFile[] = "Terrascope.ini";
+constexpr char kRolesSection[] = "TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE";
+constexpr char kDataPathKey[] = "DATA_PATH";
+constexpr char kWebProvider[] = "WebTileMapInfoProvider";
+
+const char* RoleName(ProviderRole role) {
+    return role == ProviderRole::Local ? "LOCAL" : "REMOTE";
+}
+
+const char* DefaultProvider(ProviderRole role) {
+    return role == ProviderRole::Local ? "SplittedFileTileMapInfoProvider"
+                                       : "DBTileMapInfoProvider";
+}
+
+using Factory = CTileMapInfoProviderPluginServer::Factory;
+
+/// The factory registered first under the name; null when there is none. A factory that cannot
+/// say its name has none.
+Factory* FindFactory(const CString& name) {
+    for (Factory* factory : CTileMapInfoProviderPluginKernel::GetInstance().GetFactories()) {
+        try {
+            if (factory != nullptr && factory->GetName().CompareNoCase(name) == 0) {
+                return factory;
+            }
+        } catch (...) {
+            LogLine("a provider factory failed to tell its name");
+        }
+    }
+    return nullptr;
+}
+
+/// Makes the chosen provider and tells it its data path. Null when no plug-in offers it, or when
+/// it fails at either.
+std::unique_ptr<ITileMapInfoProvider> CreateProvider(ProviderRole role,
+                                                     const ProviderChoice& choice,
+                                                     const CString& libraryFolder) {
+    const char* reason = "no plug-in registered it";
+    try {
+        if (Factory* factory = FindFactory(choice.name)) {
+            reason = "its factory made none";
+            if (std::unique_ptr<ITileMapInfoProvider> provider{factory->Create()}) {
+                const CString path = ResolveDataPath(choice, libraryFolder);
+                reason = "it failed to take its data path";
+                if (!path.IsEmpty()) {
+                    provider->SetDataPath(path);
+                }
+                LogLine("%s provider: '%s', data path '%s'", RoleName(role),
+                        choice.name.GetString(), path.GetString());
+                return provider;
+            }
+        }
+        LogLine("%s provider: none; '%s': %s", RoleName(role), choice.name.GetString(), reason);
+    } catch (const std::exception& failure) {
+        LogLine("%s provider: none; '%s': %s: %s", RoleName(role), choice.name.GetString(), reason,
+                failure.what());
+    } catch (...) {
+        LogLine("%s provider: none; '%s': %s", RoleName(role), choice.name.GetString(), reason);
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+ProviderChoice ChooseProvider(ProviderRole role, CCustomIniFile& settings,
+                              const ProviderChoice& hostChoice) {
+    const CString name = settings.ReadString(kRolesSection, RoleName(role), "");
+    if (!name.IsEmpty()) {
+        return {name, settings.ReadString(name, kDataPathKey, "")};
+    }
+    if (!hostChoice.name.IsEmpty()) {
+        // With the host's name goes the host's path, an empty one too: the file is not asked.
+        return hostChoice;
+    }
+    const CString standard = DefaultProvider(role);
+    return {standard, settings.ReadString(standard, kDataPathKey, "")};
+}
+
+CString ResolveDataPath(const ProviderChoice& choice, const CString& libraryFolder) {
+    if (choice.dataPath.IsEmpty() || choice.name.CompareNoCase(kWebProvider) == 0) {
+        return choice.dataPath;
+    }
+    return MakeAbsolutePath(choice.dataPath.GetString(), libraryFolder.GetString());
+}
+
+std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider() {
+    const CString folder = GetModuleFolderPath(kLibraryFile);
+    CMemIniFile settings(MakeAbsolutePath(kSettingsFile, folder.GetString()), false);
+    const auto& server = CTileMapInfoProviderPluginKernel::GetInstance();
+    const ProviderChoice localChoice =
+        ChooseProvider(ProviderRole::Local, settings, server.GetHostChoice(ProviderRole::Local));
+    const ProviderChoice remoteChoice =
+        ChooseProvider(ProviderRole::Remote, settings, server.GetHostChoice(ProviderRole::Remote));
+
+    std::unique_ptr<ITileMapInfoProvider> remote =
+        CreateProvider(ProviderRole::Remote, remoteChoice, folder);
+    std::unique_ptr<ITileMapInfoProvider> local =
+        CreateProvider(ProviderRole::Local, localChoice, folder);
+    if (local && remote) {
+        local->m_pRemoteProvider = remote.release();
+    }
+    return local;
+}
+
+}  // namespace Terrascope

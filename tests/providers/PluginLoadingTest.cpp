@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+#include "tests/fixtures/LibraryFolder.h"
+#include "tests/fixtures/LogCapture.h"
+#include "tests/fixtures/ScriptedProvider/ScriptedControl.h"
+
+namespace {
+
+using Terrascope::CTileMapInfoProviderPluginKernel;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PluginLoading : public testing::Test {
+protected:
+    static std::vector<std::string> FactoryNames() {
+        std::vector<std::string> names;
+        for (auto* factory : CTileMapInfoProviderPluginKernel::GetInstance().GetFactories())
+            names.emplace_back(factory ? factory->GetName().GetString() : "null");
+        return names;
+    }
+    static bool IsLoaded(const char* file) { return ::GetModuleHandleA(file) != nullptr; }
+
+    TerrascopeTest::LibraryFolder m_library;
+    TerrascopeTest::LogCapture m_log;
+};
+
+TEST_F(PluginLoading, AnEmptyOrMissingFolderIsNoFailure) {
+    EXPECT_TRUE(m_library.LoadPlugins());
+    EXPECT_TRUE(CTileMapInfoProviderPluginKernel::GetInstance().LoadPluginFolder(
+        (m_library.Folder() / "nowhere").c_str()));
+    EXPECT_THAT(FactoryNames(), IsEmpty());
+}
+
+TEST_F(PluginLoading, KeepsTheFactoriesInTheOrderOfRegistration) {
+    m_library.AddPlugin("ScriptedProvider.dll");
+
+    EXPECT_TRUE(m_library.LoadPlugins());
+
+    EXPECT_THAT(FactoryNames(), ElementsAre("ScriptedProvider", "ScriptedRemoteProvider"));
+    EXPECT_EQ(1, m_log.Count("plug-in loaded: ")) << m_log.Text();
+}
+
+TEST_F(PluginLoading, TakesDllsOfTheFolderItselfWhateverTheCaseOfTheirExtension) {
+    const std::string folder = TerrascopeTest::LibraryFolder::kPluginFolder;
+    m_library.AddPlugin("ScriptedProvider.dll", "Capital.DLL");
+    m_library.AddPlugin("ScriptedProvider.dll", "Other.dllx");
+    m_library.AddPlugin("ScriptedProvider.dll", "NoExtension");
+    m_library.Folder().MakeFolder(folder + "\\folder.dll");
+    m_library.AddPlugin("ScriptedProvider.dll", "folder.dll\\Deep.dll");
+
+    EXPECT_TRUE(m_library.LoadPlugins());
+
+    EXPECT_EQ(2u, FactoryNames().size());
+    EXPECT_TRUE(IsLoaded("Capital.DLL"));
+    EXPECT_FALSE(IsLoaded("Deep.dll"));
+}
+
+struct Refusal {
+    const char* file;
+    const char* reason;
+    friend void PrintTo(const Refusal& c, std::ostream* out) { *out << c.file; }
+};
+class RefusedPlugin : public PluginLoading, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusedPlugin, IsReportedAndUnloadedAndDoesNotKeepOthersOut) {
+    const std::string file = GetParam().file;
+    if (file == "NotADll.dll")
+        m_library.Folder().WriteFile(
+            std::string(TerrascopeTest::LibraryFolder::kPluginFolder) + "\\" + file, "no program");
+    else
+        m_library.AddPlugin(file);
+    m_library.AddPlugin("ScriptedProvider.dll", "ZLast.dll");
+
+    EXPECT_FALSE(m_library.LoadPlugins());
+
+    EXPECT_THAT(FactoryNames(), ElementsAre("ScriptedProvider", "ScriptedRemoteProvider"));
+    EXPECT_FALSE(IsLoaded(GetParam().file));
+    EXPECT_EQ(1, m_log.Count("plug-in refused: ")) << m_log.Text();
+    EXPECT_EQ(1, m_log.Count(GetParam().reason)) << m_log.Text();
+    EXPECT_EQ(1, m_log.Count(file)) << m_log.Text();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , RefusedPlugin,
+    testing::Values(Refusal{"NotADll.dll", "Could not load '"},
+                    Refusal{"NoEntryPlugin.dll", "' is not a valid plugin"},
+                    Refusal{"WrongVersionPlugin.dll", "engine version 2, not 1"},
+                    Refusal{"ThrowingPlugin.dll", "failed to register: no licence"}));
+
+TEST_F(PluginLoading, APathThatIsLoadedIsNotLoadedAgain) {
+    const CString path = m_library.AddPlugin("ScriptedProvider.dll").c_str();
+    auto& kernel = CTileMapInfoProviderPluginKernel::GetInstance();
+
+    EXPECT_TRUE(kernel.LoadPlugin(path));
+    EXPECT_TRUE(kernel.LoadPlugin(path));
+
+    EXPECT_EQ(2u, FactoryNames().size());
+    EXPECT_FALSE(kernel.LoadPlugin(path + "x"));
+}
+
+TEST_F(PluginLoading, ReleasingTheKernelUnloadsItsPlugins) {
+    m_library.AddPlugin("ScriptedProvider.dll");
+    m_library.AddPlugin("AwkwardPlugin.dll");  // null and repeated factories are deleted once
+    m_library.LoadPlugins();
+    ASSERT_TRUE(IsLoaded("ScriptedProvider.dll"));
+
+    CTileMapInfoProviderPluginKernel::ReleaseInstance();
+
+    EXPECT_FALSE(IsLoaded("ScriptedProvider.dll"));
+    EXPECT_FALSE(IsLoaded("AwkwardPlugin.dll"));
+    EXPECT_THAT(FactoryNames(), IsEmpty());
+}
+
+}  // namespace
