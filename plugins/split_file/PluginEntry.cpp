@@ -1,0 +1,18 @@
+#include "plugins/common/ProviderFactory.h"
+#include "plugins/split_file/SplittedFileTileMapInfoProvider.h"
+#include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+
+using Terrascope::Plugins::CSplittedFileTileMapInfoProvider;
+using Terrascope::Plugins::ProviderFactory;
+
+extern "C" {
+
+__declspec(dllexport) std::int32_t getEngineVersion() {
+    return 1;
+}
+
+__declspec(dllexport) void registerPlugin(Terrascope::CTileMapInfoProviderPluginKernel* kernel) {
+    kernel->RegisterFactory(new ProviderFactory<CSplittedFileTileMapInfoProvider>(
+        CSplittedFileTileMapInfoProvider::kName));
+}
+}
