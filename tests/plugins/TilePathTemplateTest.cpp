@@ -1,0 +1,52 @@
+#include "plugins/common/TilePathTemplate.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Terrascope::Plugins;
+
+std::string Expand(const char* pattern) {
+    std::string reason;
+    const auto parsed = TilePathTemplate::Parse(pattern, reason);
+    if (!parsed)
+        return "refused: it " + reason;
+    return parsed->Expand(*ParseTileKey("0123"), "0123", "png").value_or("no such tile");
+}
+
+TEST(TilePathTemplate, ExpandsFields) {
+    // Key 0123: column 0101, row 0011 in binary.
+    EXPECT_EQ("4\\5\\3.png", Expand("{layer}\\{column}\\{row}.{format}"));
+    EXPECT_EQ("3/000003/000003_000005.jpg", Expand("{layer-1}/{row:6}/{row:6}_{column:6}.jpg"));
+    EXPECT_EQ("q0123", Expand("q{key}"));
+    EXPECT_EQ("04-13", Expand("{layer:2}-{row+10:2}"));
+    EXPECT_EQ("0x", Expand("{layer-4}x"));
+    EXPECT_EQ("no such tile", Expand("{row-4}"));
+    EXPECT_EQ("5", Expand("{column:1}"));
+}
+
+TEST(TilePathTemplate, RefusesWhatItCannotRead) {
+    for (const char* pattern : {"", "{", "}", "{layer", "layer}", "{{layer}}", "{}", "{zoom}",
+                                "{Layer}", "{layer:}", "{layer:x}", "{layer:-1}", "{layer:21}",
+                                "{layer:99999999999999999999}", "{layer-}", "{layer+-1}",
+                                "{layer-1000001}", "{key:3}", "{layer:2-1}", "{ layer}"}) {
+        EXPECT_EQ(0u, Expand(pattern).find("refused: it ")) << pattern;
+    }
+    EXPECT_NE("", Expand(std::string(1025, 'x').c_str()));
+    EXPECT_EQ("refused: it has the unknown field '{zoom}'", Expand("{zoom}"));
+}
+
+TEST(ParseTileKey, TakesKeysOfOneToThirtyQuadrants) {
+    const auto address = ParseTileKey("12");
+    ASSERT_TRUE(address);
+    EXPECT_EQ(2, address->layer);
+    EXPECT_EQ(2u, address->column);
+    EXPECT_EQ(1u, address->row);
+    EXPECT_EQ((1u << 30) - 1, ParseTileKey(std::string(30, '3'))->column);
+    for (const std::string& key :
+         {std::string(), std::string("4"), std::string("0a"), std::string("0 "),
+          std::string("..\\0"), std::string("0\0001", 3), std::string(31, '0')})
+        EXPECT_FALSE(ParseTileKey(key)) << key;
+}
+
+}  // namespace
