@@ -64,8 +64,13 @@ void CIniFile::EraseSection(const CString& section) {
 }
 
 void CIniFile::AddSection(const CString& section) {
-    // Two zero bytes: the end of an empty list of lines.
-    ::WritePrivateProfileSectionA(section, "\0", m_strFileName);
+    const char* const noLines = "\0";  // a list of lines ends with two zero bytes
+    ::WritePrivateProfileSectionA(section, noLines, m_strFileName);
+    if (!SectionExists(section)) {
+        // Some systems empty a section in this way but make none: give it a key to take away.
+        ::WritePrivateProfileStringA(section, "new", "", m_strFileName);
+        ::WritePrivateProfileSectionA(section, noLines, m_strFileName);
+    }
 }
 
 std::vector<CString> CIniFile::ReadSections() {
