@@ -1,0 +1,237 @@
+#include "terrascope/support/CustomStatic.h"
+
+#include <shellapi.h>
+
+namespace Terrascope {
+
+namespace {
+
+constexpr UINT kRedrawNow = RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW;
+
+/// Selects an object into a device context until the end of the scope.
+class SelectedObject {
+public:
+    SelectedObject(HDC dc, HGDIOBJ object)
+        : m_hDC(dc), m_hBefore(object != nullptr ? ::SelectObject(dc, object) : nullptr) {}
+    ~SelectedObject() {
+        if (m_hBefore != nullptr) {
+            ::SelectObject(m_hDC, m_hBefore);
+        }
+    }
+    SelectedObject(const SelectedObject&) = delete;
+    SelectedObject& operator=(const SelectedObject&) = delete;
+
+private:
+    const HDC m_hDC;
+    const HGDIOBJ m_hBefore;
+};
+
+CString WindowText(const CWnd& window) {
+    CString text;
+    window.GetWindowText(text);
+    return text;
+}
+
+HFONT WindowFont(const CWnd& window) {
+    return reinterpret_cast<HFONT>(::SendMessageA(window.GetSafeHwnd(), WM_GETFONT, 0, 0));
+}
+
+}  // namespace
+
+BEGIN_MESSAGE_MAP(CCustomStatic, CStatic)
+ON_WM_CTLCOLOR_REFLECT()
+ON_WM_SETCURSOR()
+ON_WM_LBUTTONDOWN()
+ON_WM_PAINT()
+END_MESSAGE_MAP()
+
+CCustomStatic::CCustomStatic()
+    : m_clrText(::GetSysColor(COLOR_WINDOWTEXT)),
+      m_hBackground(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))),
+      m_hSpare(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))) {
+    ::GetObjectA(::GetStockObject(DEFAULT_GUI_FONT), sizeof(m_logFont), &m_logFont);
+    m_font.CreateFontIndirect(&m_logFont);
+}
+
+CCustomStatic::~CCustomStatic() {
+    m_font.DeleteObject();
+    ::DeleteObject(m_hBackground);
+    ::DeleteObject(m_hSpare);
+}
+
+void CCustomStatic::Redraw() {
+    if (GetSafeHwnd() != nullptr) {
+        RedrawWindow(nullptr, nullptr, kRedrawNow);
+    }
+}
+
+void CCustomStatic::RecreateFont() {
+    m_font.DeleteObject();
+    m_font.CreateFontIndirect(&m_logFont);
+    Redraw();
+}
+
+void CCustomStatic::SetTextColor(COLORREF colour) {
+    m_clrText = colour;
+    Redraw();
+}
+
+void CCustomStatic::SetBkColor(COLORREF colour) {
+    ::DeleteObject(m_hBackground);
+    m_hBackground = ::CreateSolidBrush(colour);
+}
+
+void CCustomStatic::SetFontBold(bool bold) {
+    m_logFont.lfWeight = bold ? FW_BOLD : FW_NORMAL;
+    RecreateFont();
+}
+
+void CCustomStatic::SetFontItalic(bool italic) {
+    m_logFont.lfItalic = italic ? TRUE : FALSE;
+    RecreateFont();
+}
+
+void CCustomStatic::SetFontUnderline(bool underline) {
+    m_logFont.lfUnderline = underline ? TRUE : FALSE;
+    RecreateFont();
+}
+
+void CCustomStatic::SetFontName(const CString& name) {
+    ::lstrcpynA(m_logFont.lfFaceName, name, LF_FACESIZE);
+    RecreateFont();
+}
+
+void CCustomStatic::SetFontSize(int size) {
+    m_logFont.lfHeight = -size;
+    RecreateFont();
+}
+
+void CCustomStatic::ChangeStyle(int which, DWORD flag, bool set) {
+    if (GetSafeHwnd() == nullptr) {
+        return;
+    }
+    const DWORD remove = set ? 0 : flag;
+    const DWORD add = set ? flag : 0;
+    if (which == GWL_EXSTYLE) {
+        ModifyStyleEx(remove, add, SWP_FRAMECHANGED);
+    } else {
+        ModifyStyle(remove, add, flag == WS_BORDER ? SWP_FRAMECHANGED : 0);
+    }
+}
+
+void CCustomStatic::SetBorder(bool border) {
+    ChangeStyle(GWL_STYLE, WS_BORDER, border);
+}
+
+void CCustomStatic::SetSunken(bool sunken) {
+    ChangeStyle(GWL_EXSTYLE, WS_EX_STATICEDGE, sunken);
+}
+
+void CCustomStatic::SetNotify(bool notify) {
+    m_bNotify = notify ? TRUE : FALSE;
+    ChangeStyle(GWL_STYLE, SS_NOTIFY, notify);
+}
+
+void CCustomStatic::SetLinkCursor(HCURSOR cursor) {
+    m_hCursor = cursor;
+}
+
+void CCustomStatic::SetLink(const CString& text) {
+    m_strLink = text;
+    if (GetSafeHwnd() != nullptr) {
+        SetWindowText(text);
+    }
+}
+
+void CCustomStatic::SetEtched(bool etched) {
+    m_bEtched = etched;
+}
+
+void CCustomStatic::SetTransparent(bool transparent) {
+    m_bTransparent = transparent;
+}
+
+HBRUSH CCustomStatic::CtlColor(CDC* pDC, UINT nCtlColor) {
+    if (nCtlColor == CTLCOLOR_STATIC) {
+        pDC->SelectObject(&m_font);
+        pDC->SetTextColor(m_clrText);
+        pDC->SetBkMode(TRANSPARENT);
+    }
+    return m_hBackground;
+}
+
+BOOL CCustomStatic::OnSetCursor(CWnd* pWnd, UINT nHitTest, UINT message) {
+    if (m_hCursor != nullptr) {
+        ::SetCursor(m_hCursor);
+        return TRUE;
+    }
+    return CStatic::OnSetCursor(pWnd, nHitTest, message);
+}
+
+void CCustomStatic::OnLButtonDown(UINT nFlags, CPoint point) {
+    // The shell decides whether the text is an address; a failure is nobody's concern.
+    ::ShellExecuteA(GetSafeHwnd(), "open", WindowText(*this), nullptr, nullptr, SW_SHOWNORMAL);
+    CStatic::OnLButtonDown(nFlags, point);
+}
+
+void CCustomStatic::OnPaint() {
+    if (m_bEtched) {
+        PaintEtched();
+    } else if (m_bTransparent) {
+        PaintTransparent();
+    } else {
+        CStatic::OnPaint();
+    }
+}
+
+void CCustomStatic::PaintEtched() {
+    CPaintDC dc(this);
+    RECT window{};
+    ::GetWindowRect(GetSafeHwnd(), &window);
+    const int width = window.right - window.left;
+    const int height = window.bottom - window.top;
+    const COLORREF shadow = ::GetSysColor(COLOR_BTNSHADOW);
+    const COLORREF highlight = ::GetSysColor(COLOR_BTNHIGHLIGHT);
+    if (height > width) {
+        dc.Draw3dRect(width / 2, 0, 2, height, shadow, highlight);
+        return;
+    }
+    dc.Draw3dRect(0, height / 2, width, 2, shadow, highlight);
+
+    CString text = WindowText(*this);
+    if (text.IsEmpty()) {
+        return;
+    }
+    const DWORD style = GetStyle();
+    UINT format = DT_LEFT;
+    if ((style & SS_CENTER) != 0) {
+        text = "  " + text + "  ";
+        format = DT_CENTER;
+    } else if ((style & SS_RIGHT) != 0) {
+        text = "  " + text;
+        format = DT_RIGHT;
+    } else {
+        text += "  ";
+    }
+    if ((style & SS_NOPREFIX) != 0) {
+        format |= DT_NOPREFIX;
+    }
+    RECT client{};
+    ::GetClientRect(GetSafeHwnd(), &client);
+    const SelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
+    dc.SetBkColor(::GetSysColor(COLOR_BTNFACE));  // blanks the line out behind the text
+    ::DrawTextA(dc.GetSafeHdc(), text, text.GetLength(), &client, format);
+}
+
+void CCustomStatic::PaintTransparent() {
+    CPaintDC dc(this);
+    RECT client{};
+    ::GetClientRect(GetSafeHwnd(), &client);
+    const CString text = WindowText(*this);
+    const SelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
+    const int before = dc.SetBkMode(TRANSPARENT);
+    ::TextOutA(dc.GetSafeHdc(), client.left, client.top, text, text.GetLength());
+    dc.SetBkMode(before);
+}
+
+}  // namespace Terrascope

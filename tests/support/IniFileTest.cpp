@@ -1,0 +1,180 @@
+#include "terrascope/support/IniFile.h"
+
+#include <gtest/gtest.h>
+#include <shlwapi.h>
+
+#include <memory>
+#include <vector>
+
+#include "TempFolder.h"
+#include "terrascope/support/DateTimeText.h"
+#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/Paths.h"
+
+namespace Terrascope {
+namespace {
+
+using Names = std::vector<CString>;
+
+/// What holds for both kinds of file.
+class BothIniFiles : public testing::TestWithParam<bool> {
+protected:
+    std::unique_ptr<CCustomIniFile> Open(const CString& path) const {
+        if (GetParam()) {
+            return std::make_unique<CMemIniFile>(path, true);
+        }
+        return std::make_unique<CIniFile>(path);
+    }
+    const TempFolder folder;
+};
+INSTANTIATE_TEST_SUITE_P(Ini, BothIniFiles, testing::Values(false, true),
+                         [](const auto& kind) { return kind.param ? "InMemory" : "OnDisk"; });
+
+TEST_P(BothIniFiles, ReadNumbersByTheirOwnRules) {
+    const auto file = Open(folder.Path("new.ini"));
+    EXPECT_TRUE(::PathFileExistsA(folder.Path("new.ini")));
+    EXPECT_EQ(file->ReadInteger("s", "none", -7), -7);
+    EXPECT_EQ(file->ReadUInt("s", "none", 7U), 7U);
+    EXPECT_EQ(file->ReadByte("s", "none", 200), 200);
+    EXPECT_TRUE(file->ReadBool("s", "none", true));
+    EXPECT_EQ(file->ReadFloat("s", "none", 0.5f), 0.5f);
+
+    const auto write = [&](const char* text) { file->WriteString("s", "k", text); };
+    write("12x");
+    EXPECT_EQ(file->ReadInteger("s", "k", 0), 12);
+    EXPECT_EQ(file->ReadUInt("s", "k", 9), 0U);
+    write("123");
+    EXPECT_EQ(file->ReadUInt("s", "k", 9), 3U);
+    write("99999999999");
+    EXPECT_EQ(file->ReadInteger("s", "k", 0), 2147483647);
+    write("300");
+    EXPECT_EQ(file->ReadByte("s", "k", 0), 44);
+    EXPECT_TRUE(file->ReadBool("s", "k", false));
+
+    file->WriteUInt("s", "k", 4294967295U);
+    EXPECT_EQ(file->ReadString("s", "k", ""), "-1");
+    file->WriteBool("s", "k", false);
+    EXPECT_EQ(file->ReadString("s", "k", ""), "0");
+    file->WriteByte("s", "k", 200);
+    EXPECT_EQ(file->ReadByte("s", "k", 0), 200);
+    file->WriteFloat("s", "k", 0.1f);
+    EXPECT_EQ(file->ReadString("s", "k", ""), "0.100000");
+    file->WriteDouble("s", "k", -1e10);
+    EXPECT_EQ(file->ReadDouble("s", "k", 0), -1e10);
+}
+
+TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
+    const auto file = Open(folder.Path("a.ini"));
+    const std::int64_t fallback = 5;
+    struct {
+        const char* text;
+        const char* read;  // null: the default
+    } const cases[] = {
+        {"2024-05-06 07:08:09", "2024-05-06 07:08:09"},
+        {"2024-5-6 7:8:9", "2024-05-06 07:08:09"},
+        {"2024-05-06 x", "2024-05-06 00:00:00"},
+        {"2024-05-06", nullptr},
+        {"2024-05", nullptr},
+        {"2024-05-06 07:08", nullptr},
+        {"", nullptr},
+        {"text", nullptr},
+    };
+    for (const auto& c : cases) {
+        file->WriteString("s", "k", c.text);
+        const std::int64_t read = file->ReadDateTime("s", "k", fallback);
+        if (c.read == nullptr) {
+            EXPECT_EQ(read, fallback) << c.text;
+        } else {
+            EXPECT_EQ(FormatDateTime(read), c.read) << c.text;
+            file->WriteDateTime("s", "k", read);
+            EXPECT_EQ(file->ReadString("s", "k", ""), c.read);
+        }
+    }
+    for (const char* text :
+         {"1969-05-06 07:08:09", "2024-13-06 x", "2024-5-32 x", "2024-5-6 24:0:0",
+          "2024-5-6 0:60:0", "2024-5-6 0:0:60", "a-b-c d:e:f"}) {
+        file->WriteString("s", "k", text);
+        EXPECT_THROW(file->ReadDateTime("s", "k", fallback), CDateTimeRangeError) << text;
+    }
+    file->WriteString("s", "k", "9999-12-31 0:0:0");
+    EXPECT_THROW(file->ReadDateTime("s", "k", fallback), CDateTimeCalendarError);
+}
+
+TEST(IniFile, AsksTheSystemForEveryValue) {
+    const TempFolder folder;
+    CIniFile file(folder.Write("a.ini", "[S]\r\nk = v \r\nq=\"  a  \"\r\nempty=\r\n[t]\r\n"));
+    EXPECT_EQ(file.ReadString("s", "K", ""), "v");
+    EXPECT_EQ(file.ReadString("s", "q", ""), "  a  ");
+    EXPECT_EQ(file.ReadString("s", "none", "default"), "default");
+    EXPECT_EQ(file.ReadSections(), (Names{"S", "t"}));
+    EXPECT_EQ(file.ReadSection("S"), (Names{"k", "q", "empty"}));
+    EXPECT_EQ(file.ReadSectionValues("S"), (Names{"k", "q", "empty"}));
+    EXPECT_FALSE(file.SectionExists("s"));
+    EXPECT_TRUE(file.ValueExists("s", "k"));
+    EXPECT_FALSE(file.ValueExists("S", "K"));
+
+    file.WriteString("S", "k", " blank");
+    file.WriteString("S", "tail", "blank ");
+    file.UpdateFile();
+    EXPECT_NE(folder.Read("a.ini").find("k=\" blank\""), std::string::npos);
+    EXPECT_NE(folder.Read("a.ini").find("tail=\"blank \""), std::string::npos);
+    EXPECT_EQ(file.ReadString("S", "k", ""), " blank");
+
+    file.DeleteKey("S", "q");
+    EXPECT_EQ(file.ReadSection("S"), (Names{"k", "empty", "tail"}));
+    file.AddSection("S");
+    EXPECT_TRUE(file.SectionExists("S"));
+    EXPECT_TRUE(file.ReadSection("S").empty());
+    file.AddSection("new");
+    EXPECT_TRUE(file.SectionExists("new"));
+    file.EraseSection("S");
+    EXPECT_FALSE(file.SectionExists("S"));
+    file.Clear();
+    EXPECT_EQ(folder.Read("a.ini"), "");
+}
+
+TEST(IniFile, CutsNamesThatItsListsHaveNoRoomFor) {
+    const TempFolder folder;
+    CIniFile file(folder.Write("a.ini", "[s]\r\n" + std::string(1500, 'k') + "=1\r\nb=2\r\n"));
+    const Names keys = file.ReadSection("s");
+    ASSERT_EQ(keys.size(), 2U);
+    EXPECT_EQ(keys[0].GetLength(), 999);
+    EXPECT_EQ(keys[1], "b");
+}
+
+TEST(IniFile, AndItsMemoryKindReadWhatTheOtherWrote) {
+    const TempFolder folder;
+    const CString path = folder.Write("a.ini", "; c\r\n\r\n[s]\r\na=1");
+    CMemIniFile memory(path, true);
+    memory.WriteString("s", "b", "two words");
+    memory.UpdateFile();
+    CIniFile disk(path);
+    EXPECT_EQ(disk.ReadString("s", "a", ""), "1");
+    EXPECT_EQ(disk.ReadString("s", "b", ""), "two words");
+    disk.WriteString("t", "c", "\xC4\xE3=3");
+    disk.UpdateFile();
+    memory.SetFileName(path);
+    EXPECT_EQ(memory.ReadString("s", "b", ""), "two words");
+    EXPECT_EQ(memory.ReadString("t", "c", ""), "\xC4\xE3=3");
+    EXPECT_NE(folder.Read("a.ini").find("; c"), std::string::npos);
+}
+
+TEST(IniFile, LooksForRelativeNamesBesideTheProgram) {
+    CMemIniFile file("SupportTest.Relative.ini", true);
+    EXPECT_EQ(file.GetFileName(), ModuleFolder(nullptr) + "\\SupportTest.Relative.ini");
+    file.WriteString("s", "k", "v");
+    file.UpdateFile();
+    file.SetFileName("");
+    EXPECT_EQ(file.ReadString("s", "k", ""), "v");
+    EXPECT_TRUE(ForceDeleteFile(file.GetFileName()));
+
+    CMemIniFile nowhere("Z:\\no such folder\\a.ini", true);
+    nowhere.WriteString("s", "k", "v");
+    nowhere.UpdateFile();
+    EXPECT_FALSE(::PathFileExistsA(nowhere.GetFileName()));
+    CMemIniFile nameless("", false);
+    EXPECT_EQ(nameless.ReadString("s", "k", "default"), "");
+}
+
+}  // namespace
+}  // namespace Terrascope

@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "TempFolder.h"
+#include "terrascope/support/Colors.h"
+#include "terrascope/support/DateTimeText.h"
+#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/Scramble.h"
+#include "terrascope/support/TextConvert.h"
+
+namespace Terrascope {
+namespace {
+
+TEST(TextConvert, GoesThereAndBackInTheActiveCodePage) {
+    // U+4E2D U+6587; Latin letters with accents where the code page has no Chinese.
+    const bool two = HasTwoByteCharacters();
+    const wchar_t* wide = two ? L"\x4E2D\x6587x" : L"\xE9\xE8x";
+    const char* utf8 = two ? "\xE4\xB8\xAD\xE6\x96\x87x" : "\xC3\xA9\xC3\xA8x";
+    const char* ansi = two ? "\xD6\xD0\xCE\xC4x" : "\xE9\xE8x";
+
+    const std::unique_ptr<char[]> toAnsi(WideToAnsi(wide));
+    const std::unique_ptr<wchar_t[]> toWide(StringToWide(ansi));
+    const std::unique_ptr<char[]> copied(StringToNewBuffer(ansi));
+    EXPECT_STREQ(toAnsi.get(), ansi);
+    EXPECT_STREQ(toWide.get(), wide);
+    EXPECT_STREQ(copied.get(), ansi);
+    EXPECT_STREQ(Utf8ToWide(utf8).get(), wide);
+    EXPECT_STREQ(Utf8ToAnsi(utf8).get(), ansi);
+
+    const std::unique_ptr<char[]> nothing(WideToAnsi(L""));
+    EXPECT_STREQ(nothing.get(), "");
+    EXPECT_STREQ(Utf8ToWide("").get(), L"");
+    EXPECT_STREQ(Utf8ToAnsi("").get(), "");
+    EXPECT_EQ(Utf8ToAnsi(nullptr), nullptr);
+    EXPECT_EQ(AnsiToWide(nullptr), nullptr);
+}
+
+TEST(TextConvert, TellsNumbersByTheirCharacters) {
+    for (const char* text : {"", "-", "+", ".", "-.", "0", "1.5", "-17", "+3.", "007"}) {
+        EXPECT_TRUE(IsNumeric(text)) << text;
+    }
+    for (const char* text : {"1.2.3", "1e5", "--1", "1-", " 1", "a", "\xB2"}) {
+        EXPECT_FALSE(IsNumeric(text)) << text;
+    }
+}
+
+TEST(TextConvert, SplitsAndComparesWholeCharacters) {
+    const bool two = HasTwoByteCharacters();
+    using Parts = std::list<CString>;
+    EXPECT_EQ(SplitString("|a||bc|", '|'), (Parts{"a", "bc"}));
+    EXPECT_EQ(SplitString("", '|'), Parts{});
+    EXPECT_EQ(SplitString("a\x81\x7C"
+                          "b",
+                          '|'),
+              two ? Parts{"a\x81\x7C"
+                          "b"}
+                  : (Parts{"a\x81", "b"}));
+
+    EXPECT_TRUE(EndsWithNoCase("Map.PNG", ".png"));
+    EXPECT_TRUE(EndsWithNoCase("a", ""));
+    EXPECT_FALSE(EndsWithNoCase("png", "a.png"));
+    EXPECT_EQ(EndsWithNoCase("\xD5\x5C", "\\"), !two);
+
+    EXPECT_EQ(ReplaceEscapes("a\\nb\\tc\\rd\\\\n\\x\\"), "a\nb\tc\rd\\\n\\x\\");
+    EXPECT_EQ(ReplaceEscapes("\xD5\x5Cn"), two ? "\xD5\x5Cn" : "\xD5\n");
+    EXPECT_EQ(FoldCase("\xD5\x5A"
+                       "A"),
+              two ? "\xD5\x5A"
+                    "a"
+                  : "\xD5"
+                    "za");
+}
+
+TEST(TextConvert, MakesNewGuidsAndKnowsTheComputer) {
+    const CString guid = CreateGuidString();
+    EXPECT_EQ(guid.GetLength(), 38);
+    EXPECT_EQ(guid[0], '{');
+    EXPECT_EQ(guid[37], '}');
+    EXPECT_NE(guid, CreateGuidString());
+    EXPECT_FALSE(GetLocalComputerName().IsEmpty());
+}
+
+TEST(DateTimeText, ReadsEachFormAndRefusesTheRest) {
+    enum Form { FULL, DATE, TIME };
+    const CString today = FormatDateTime(std::time(nullptr)).Left(11);
+    struct {
+        const char* text;
+        Form form;
+        CString read;  // empty: refused
+    } const cases[] = {
+        {"2024-05-06 07:08:09", FULL, "2024-05-06 07:08:09"},
+        {"2024-5-6 7:08:09", FULL, "2024-05-06 07:08:09"},
+        {" 2024-5x- 6 7 :8:9z", FULL, ""},
+        {"2024-5x-6y 7 :8:9z", FULL, "2024-05-06 07:08:09"},
+        {"2024-05-06", FULL, ""},
+        {"2024-05-06T07:08:09", FULL, ""},
+        {"2024-05-06 07:08", FULL, ""},
+        {"2024/05/06 07:08:09", FULL, ""},
+        {"", FULL, ""},
+        {"2024-05-06", DATE, "2024-05-06 00:00:00"},
+        {"2024-02-30", DATE, "2024-03-01 00:00:00"},
+        {"2023-02-30", DATE, "2023-03-02 00:00:00"},
+        {"202405", DATE, ""},
+        {"7:8:9", TIME, today + "07:08:09"},
+        {"7:8", TIME, ""},
+    };
+    for (const auto& c : cases) {
+        std::int64_t read = -1;
+        if (c.read.IsEmpty() && c.text[0] == ' ') {
+            EXPECT_THROW(ParseDateTime(c.text, read, false, false), CDateTimeRangeError);
+            continue;
+        }
+        EXPECT_EQ(ParseDateTime(c.text, read, c.form == DATE, c.form == TIME), !c.read.IsEmpty())
+            << c.text;
+        EXPECT_EQ(FormatDateTime(read), c.read) << c.text;
+    }
+    std::int64_t kept = 17;
+    EXPECT_FALSE(ParseDateTime("2024-05-06", kept, true, true));
+    for (const char* text :
+         {"1969-1-1 0:0:0", "2024-0-1 0:0:0", "2024-1-0 0:0:0", "2024-1-1 24:0:0",
+          "2024-1-1 0:0:60", "x-y-z 0:0:0", "99999999999-1-1 -1:0:0"}) {
+        EXPECT_THROW(ParseDateTime(text, kept, false, false), CDateTimeRangeError) << text;
+    }
+    EXPECT_THROW(ParseDateTime("99999999999-1-1", kept, true, false), CDateTimeCalendarError);
+    EXPECT_EQ(kept, 17);
+    EXPECT_EQ(FormatDateTime(-1), "");
+}
+
+TEST(Colors, ComeBackWithinOneFromHueLightnessAndSaturation) {
+    for (int r = 0; r <= 255; r += 15) {
+        for (int g = 0; g <= 255; g += 15) {
+            for (int b = 0; b <= 255; b += 15) {
+                const COLORREF colour = RGB(r, g, b);
+                float hue = -1;
+                float lightness = -1;
+                float saturation = -1;
+                RgbToHls(colour, hue, lightness, saturation);
+                ASSERT_TRUE(hue >= 0 && hue <= 360 && lightness >= 0 && lightness <= 1 &&
+                            saturation >= 0 && saturation <= 1);
+                const COLORREF back = HlsToRgb(hue, lightness, saturation);
+                ASSERT_LE(std::abs(GetRValue(back) - r), 1) << r << ' ' << g << ' ' << b;
+                ASSERT_LE(std::abs(GetGValue(back) - g), 1) << r << ' ' << g << ' ' << b;
+                ASSERT_LE(std::abs(GetBValue(back) - b), 1) << r << ' ' << g << ' ' << b;
+            }
+        }
+    }
+}
+
+TEST(Colors, DarkenToBlackAndLightenToWhite) {
+    const COLORREF colour = RGB(200, 100, 40);
+    EXPECT_EQ(DarkenColor(colour, 100), RGB(0, 0, 0));
+    EXPECT_EQ(DarkenColor(colour, 60000), RGB(0, 0, 0));
+    EXPECT_EQ(LightenColor(colour, 100), RGB(255, 255, 255));
+    EXPECT_EQ(LightenColor(colour, 60000), RGB(255, 255, 255));
+    EXPECT_EQ(DarkenColor(RGB(0, 0, 255), 50), RGB(0, 0, 127));
+    EXPECT_EQ(LightenColor(RGB(0, 255, 0), 50), RGB(127, 255, 127));
+}
+
+TEST(Scramble, TakesOneAwayAndMixesTheKeyIn) {
+    std::uint8_t bytes[] = {0, 1, 0x80};
+    ScrambleBytes(0x01020304, 0xF0000000, bytes, 3);
+    EXPECT_EQ(bytes[0], 0xFF ^ 0xFA);
+    EXPECT_EQ(bytes[1], 0x00 ^ 0xFA);
+    EXPECT_EQ(bytes[2], 0x7F ^ 0xFA);
+}
+
+}  // namespace
+}  // namespace Terrascope
