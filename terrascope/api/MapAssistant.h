@@ -2,7 +2,7 @@
 
 #include <afxwin.h>
 
-#include "terrascope/api/Export.h"
+#include "terrascope/support/Export.h"
 #include "terrascope/api/ITerrascope.h"
 #include "terrascope/support/PointF.h"
 

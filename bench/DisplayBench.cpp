@@ -1,0 +1,181 @@
+// What a frame, a refresh and a live tile cost, against the raw copy that they cannot do without.
+#include <afxwin.h>
+#include <psapi.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "bench/Measure.h"
+#include "terrascope/display/DeviceUnits.h"
+#include "terrascope/display/Terrascope2.h"
+#include "terrascope/tiles/TileKey.h"
+#include "tests/fixtures/Await.h"
+#include "tests/fixtures/LibraryFolder.h"
+#include "tests/fixtures/ScriptedProvider/ScriptedControl.h"
+
+namespace {
+
+using namespace Terrascope;
+using TerrascopeTest::Await;
+
+constexpr int kWidth = 1920;
+constexpr int kHeight = 1080;
+
+/// A DIB section of the frame's size, selected into a device context of the host's units.
+class Target {
+public:
+    Target() {
+        BITMAPINFO info{};
+        info.bmiHeader.biSize = sizeof(info.bmiHeader);
+        info.bmiHeader.biWidth = kWidth;
+        info.bmiHeader.biHeight = -kHeight;
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        void* bits = nullptr;
+        m_section = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+        std::memset(bits, 1, std::size_t{4} * kWidth * kHeight);
+        dc.CreateCompatibleDC(nullptr);
+        m_former = ::SelectObject(dc.GetSafeHdc(), m_section);
+    }
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+    ~Target() {
+        ::SelectObject(dc.GetSafeHdc(), m_former);
+        ::DeleteObject(m_section);
+    }
+
+    void UseHostUnits() {
+        const int factor = static_cast<int>(ScreenDeviceFactor());
+        ::SetMapMode(dc.GetSafeHdc(), MM_ANISOTROPIC);
+        ::SetWindowExtEx(dc.GetSafeHdc(), 1000, 1000, nullptr);
+        ::SetViewportExtEx(dc.GetSafeHdc(), factor, factor, nullptr);
+    }
+
+    CDC dc;
+
+private:
+    HBITMAP m_section = nullptr;
+    HGDIOBJ m_former = nullptr;
+};
+
+SIZE_T PrivateBytes() {
+    PROCESS_MEMORY_COUNTERS_EX counters{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(),
+                           reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof(counters));
+    return counters.PrivateUsage;
+}
+
+void WaitUntilQuiet(TerrascopeTest::IScriptedControl& script) {
+    std::size_t seen = 0;
+    ULONGLONG since = ::GetTickCount64();
+    Await([&] {
+        if (script.Requests().size() != seen) {
+            seen = script.Requests().size();
+            since = ::GetTickCount64();
+        }
+        return ::GetTickCount64() - since > 400;
+    }, 120000);
+}
+
+void Drag(CTerrascope2& display, CSize shift) {
+    display.OnLButtonDown(0, {kWidth / 2, kHeight / 2});
+    display.OnMouseMove(0, CPoint(kWidth / 2, kHeight / 2) + shift);
+    display.OnLButtonUp(0, CPoint(kWidth / 2, kHeight / 2) + shift);
+}
+
+void BenchDisplay() {
+    TerrascopeTest::LibraryFolder library;
+    library.AddPlugin("ScriptedProvider.dll");
+    library.WriteSettings("[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=ScriptedProvider\r\n");
+    library.LoadPlugins();
+    auto& script = *TerrascopeTest::FindScript();
+    TerrascopeTest::ScriptedMap map;
+    map.tileWidth = map.tileHeight = 256;
+    map.layerCount = 6;
+    script.SetMaps({map});
+
+    const float factor = ScreenDeviceFactor();
+    CTerrascope2 display(
+        {DeviceToLogical(kWidth, factor) + 1, DeviceToLogical(kHeight, factor) + 1}, nullptr, 1.0);
+    display.OpenMap(map.name.c_str());
+
+    const ULONGLONG start = ::GetTickCount64();
+    display.SetLayer(5);
+    WaitUntilQuiet(script);
+    // The quiet time that ends the wait is no part of the filling.
+    const double filled = static_cast<double>(::GetTickCount64() - start) - 400.0;
+    const auto tiles = static_cast<double>(script.Requests().size());
+    // A worker sleeps 16 times for each tile; what 16 sleeps take is measured.
+    const double pace = Bench::Median(3, [] {
+        for (int i = 0; i < 16; ++i)
+            ::Sleep(10);
+    });
+    Bench::Row("fill a view, against pace x tiles / 2", filled, pace * tiles / 2, 1.05);
+
+    Target target;
+    Target source;
+    const double blit = Bench::Median(50, [&] {
+        ::BitBlt(target.dc.GetSafeHdc(), 0, 0, kWidth, kHeight, source.dc.GetSafeHdc(), 0, 0,
+                 SRCCOPY);
+        ::GdiFlush();
+    });
+    Target screen;
+    screen.UseHostUnits();
+    Bench::Row("frame at rest 1920x1080, against BitBlt",
+               Bench::Median(50, [&] { display.Draw(&screen.dc); }), blit, 2.0);
+
+    // The bitmap covers the load region in whole tiles.
+    const Viewport view = display.View();
+    const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
+    const std::size_t pixels =
+        std::size_t{256} * 256 * static_cast<std::size_t>(range.columnCount * range.rowCount);
+    std::vector<std::uint32_t> from(pixels, 1);
+    std::vector<std::uint32_t> to(pixels, 2);
+    const double copy =
+        Bench::Median(30, [&] { std::memcpy(to.data(), from.data(), pixels * 4); });
+    int direction = 1;
+    Drag(display, {100, 0});
+    Drag(display, {-100, 0});
+    Bench::Row("RefreshTiles after 100 pixels, against one copy", Bench::Median(30, [&] {
+                   Drag(display, {direction * 100, 0});
+                   direction = -direction;
+               }),
+               copy, 2.0);
+    Bench::Row("RefreshTiles, nothing moved, against one copy",
+               Bench::Median(30, [&] { display.RefreshTiles(); }), copy, 0.2);
+}
+
+void BenchTileMemory() {
+    const CGdiplusSession session;
+    tagTILE_MAP_INFO map;
+    map.nTileWidth = map.nTileHeight = 256;
+    map.nFirstLayer = 1;
+    map.nLayerCount = 10;
+    map.dLongitude = 360;
+    map.dLatitude = 180;
+    tagTILE_MAP_LAYER_INFO info;
+    info.nLayerNumber = 8;
+    info.nTileCountX = info.nTileCountY = 256;
+    const CTileLayer2 layer(map, info);
+    constexpr int kTiles = 400;
+    std::vector<std::unique_ptr<CTile2>> tiles;
+    tiles.reserve(kTiles);
+    tiles.push_back(std::make_unique<CTile2>(map, layer, MakeTileKey(0, 0, 8), nullptr));
+    const SIZE_T before = PrivateBytes();
+    for (unsigned i = 1; i < kTiles; ++i)
+        tiles.push_back(std::make_unique<CTile2>(map, layer, MakeTileKey(i, 1, 8), nullptr));
+    const double each = static_cast<double>(PrivateBytes() - before) / (kTiles - 1);
+    Bench::Row("bytes of a live tile, against width x height x 4", each, 256.0 * 256 * 4, 1.15,
+               "bytes");
+}
+
+}  // namespace
+
+int main() {
+    Bench::Header();
+    BenchDisplay();
+    BenchTileMemory();
+    return 0;
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+/// The framework's common controls.
+#include "afxwin.h"
+#include "controls/ListCtrl.h"
+#include "controls/RichEditCtrl.h"

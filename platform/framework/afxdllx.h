@@ -1,0 +1,5 @@
+#pragma once
+
+/// What the entry point of an extension DLL needs.
+#include "afx.h"
+#include "module/Module.h"

@@ -1,0 +1,210 @@
+// CString's operations that look at characters: slices, searches, comparisons, case, editing.
+#include <mbstring.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "Exception.h"
+#include "String.h"
+
+namespace {
+
+const unsigned char* Mbs(LPCSTR text) { return reinterpret_cast<const unsigned char*>(text); }
+
+int LengthOf(LPCSTR text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
+
+/// The length in bytes of the character at `p`, which is not the terminator.
+int CharacterLength(LPCSTR p) {
+    return ::IsDBCSLeadByte(static_cast<BYTE>(*p)) && p[1] != '\0' ? 2 : 1;
+}
+
+bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+bool IsIn(LPCSTR set, LPCSTR character, int length) {
+    for (LPCSTR p = set; *p != '\0'; p += CharacterLength(p)) {
+        if (CharacterLength(p) == length && std::memcmp(p, character, static_cast<size_t>(length)) == 0)
+            return true;
+    }
+    return false;
+}
+
+/// Where the text begins without the leading characters that `drop` names.
+template <class Drop>
+int LeadingEnd(LPCSTR text, Drop drop) {
+    LPCSTR p = text;
+    while (*p != '\0' && drop(p, CharacterLength(p)))
+        p += CharacterLength(p);
+    return static_cast<int>(p - text);
+}
+
+/// Where the text ends without the trailing ones; found from its start, for a trail byte cannot be
+/// told from behind.
+template <class Drop>
+int TrailingStart(LPCSTR text, Drop drop) {
+    int end = 0;
+    for (LPCSTR p = text; *p != '\0'; p += CharacterLength(p)) {
+        if (!drop(p, CharacterLength(p)))
+            end = static_cast<int>(p - text) + CharacterLength(p);
+    }
+    return end;
+}
+
+bool DropSpace(LPCSTR p, int length) { return length == 1 && IsSpace(*p); }
+
+}  // namespace
+
+CString CString::Left(int count) const { return Mid(0, count); }
+
+CString CString::Right(int count) const {
+    return Mid(std::max(0, GetLength() - std::max(count, 0)));
+}
+
+CString CString::Mid(int first) const { return Mid(first, GetLength()); }
+
+CString CString::Mid(int first, int count) const {
+    first = std::clamp(first, 0, GetLength());
+    count = std::clamp(count, 0, GetLength() - first);
+    if (first == 0 && count == GetLength())
+        return *this;
+    return {m_text + first, count};
+}
+
+int CString::Find(char character, int start) const {
+    const char text[] = {character, '\0'};
+    return Find(text, start);
+}
+
+int CString::Find(LPCSTR text, int start) const {
+    if (!text || start < 0 || start > GetLength())
+        return -1;
+    const auto* found = ::_mbsstr(Mbs(m_text + start), Mbs(text));
+    return found ? static_cast<int>(found - Mbs(m_text)) : -1;
+}
+
+int CString::FindOneOf(LPCSTR characters) const {
+    for (LPCSTR p = m_text; *p != '\0'; p += CharacterLength(p)) {
+        if (IsIn(characters, p, CharacterLength(p)))
+            return static_cast<int>(p - m_text);
+    }
+    return -1;
+}
+
+int CString::ReverseFind(char character) const {
+    const auto* found = ::_mbsrchr(Mbs(m_text), static_cast<unsigned char>(character));
+    return found ? static_cast<int>(found - Mbs(m_text)) : -1;
+}
+
+int CString::Compare(LPCSTR other) const { return std::strcmp(m_text, other ? other : ""); }
+
+int CString::CompareNoCase(LPCSTR other) const {
+    return ::_mbsicmp(Mbs(m_text), Mbs(other ? other : ""));
+}
+
+CString& CString::MakeLower() {
+    const int length = GetLength();
+    if (length > 0)
+        ::CharLowerBuffA(GetBuffer(length), static_cast<DWORD>(length));
+    return *this;
+}
+
+CString& CString::MakeUpper() {
+    const int length = GetLength();
+    if (length > 0)
+        ::CharUpperBuffA(GetBuffer(length), static_cast<DWORD>(length));
+    return *this;
+}
+
+CString& CString::Trim() { return TrimRight().TrimLeft(); }
+
+CString& CString::Trim(char character) { return TrimRight(character).TrimLeft(character); }
+
+CString& CString::Trim(LPCSTR characters) { return TrimRight(characters).TrimLeft(characters); }
+
+CString& CString::TrimLeft() { return *this = Mid(LeadingEnd(m_text, DropSpace)); }
+
+CString& CString::TrimLeft(char character) {
+    const char set[] = {character, '\0'};
+    return TrimLeft(set);
+}
+
+CString& CString::TrimLeft(LPCSTR characters) {
+    return *this = Mid(LeadingEnd(
+               m_text, [&](LPCSTR p, int length) { return IsIn(characters, p, length); }));
+}
+
+CString& CString::TrimRight() { return *this = Left(TrailingStart(m_text, DropSpace)); }
+
+CString& CString::TrimRight(char character) {
+    const char set[] = {character, '\0'};
+    return TrimRight(set);
+}
+
+CString& CString::TrimRight(LPCSTR characters) {
+    return *this = Left(TrailingStart(
+               m_text, [&](LPCSTR p, int length) { return IsIn(characters, p, length); }));
+}
+
+int CString::Replace(char from, char to) {
+    const char old[] = {from, '\0'};
+    const char fresh[] = {to, '\0'};
+    return Replace(old, fresh);
+}
+
+int CString::Replace(LPCSTR from, LPCSTR to) {
+    const int fromLength = LengthOf(from);
+    if (fromLength == 0)
+        return 0;
+    CString result;
+    int count = 0;
+    int start = 0;
+    for (int at = Find(from); at >= 0; at = Find(from, start)) {
+        result.Append(m_text + start, at - start);
+        result.Append(to, LengthOf(to));
+        start = at + fromLength;
+        ++count;
+    }
+    if (count > 0) {
+        result.Append(m_text + start, GetLength() - start);
+        *this = std::move(result);
+    }
+    return count;
+}
+
+int CString::Remove(char character) {
+    const char text[] = {character, '\0'};
+    return Replace(text, "");
+}
+
+int CString::Insert(int index, LPCSTR text) {
+    index = std::clamp(index, 0, GetLength());
+    *this = Left(index) + text + Mid(index);
+    return GetLength();
+}
+
+int CString::Insert(int index, char character) {
+    const char text[] = {character, '\0'};
+    return Insert(index, text);
+}
+
+int CString::Delete(int index, int count) {
+    index = std::clamp(index, 0, GetLength());
+    count = std::clamp(count, 0, GetLength() - index);
+    if (count > 0)
+        *this = Left(index) + Mid(index + count);
+    return GetLength();
+}
+
+CString CString::Tokenize(LPCSTR delimiters, int& start) const {
+    if (start >= 0 && start <= GetLength()) {
+        const auto isDelimiter = [&](LPCSTR p, int length) { return IsIn(delimiters, p, length); };
+        const int first = start + LeadingEnd(m_text + start, isDelimiter);
+        const auto isPart = [&](LPCSTR p, int length) { return !isDelimiter(p, length); };
+        const int length = LeadingEnd(m_text + first, isPart);
+        if (length > 0) {
+            start = first + length + (first + length < GetLength() ? 1 : 0);
+            return Mid(first, length);
+        }
+    }
+    start = -1;
+    return {};
+}

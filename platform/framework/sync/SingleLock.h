@@ -1,0 +1,25 @@
+#pragma once
+
+#include "CriticalSection.h"
+
+/// Holds a lock for the length of a scope. Unless told to take it at once, call Lock and look at
+/// the result.
+///
+/// Borrows: the lock.
+class FRAMEWORK_API SCOPED_CAPABILITY CSingleLock {
+public:
+    explicit CSingleLock(CCriticalSection* object, BOOL initialLock = FALSE) ACQUIRE(object);
+    ~CSingleLock() RELEASE();
+    CSingleLock(const CSingleLock&) = delete;
+    CSingleLock& operator=(const CSingleLock&) = delete;
+
+    // The scope counts as holding the lock from its start to its end, so that the analysis accepts
+    // the usual form: CSingleLock lock(&m_lock); if (!lock.Lock()) return;
+    BOOL Lock(DWORD timeout = INFINITE) NO_THREAD_SAFETY_ANALYSIS;
+    BOOL Unlock() RELEASE();
+    BOOL IsLocked() const { return m_locked; }
+
+private:
+    CCriticalSection* m_object;
+    BOOL m_locked = FALSE;
+};

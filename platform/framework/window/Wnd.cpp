@@ -1,0 +1,293 @@
+#include "Wnd.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <memory>
+
+#include "../core/Diagnostics.h"
+#include "../core/Exception.h"
+#include "../module/Module.h"
+#include "DataExchange.h"
+
+IMPLEMENT_DYNAMIC(CWnd, CObject)
+
+namespace {
+
+/// What one thread knows of its windows and of the message that it handles.
+struct WindowThread {
+    std::map<HWND, CWnd*> permanent;
+    std::map<HWND, std::unique_ptr<CWnd>> temporary;
+    std::unique_ptr<CDC> context;
+    CWnd* creating = nullptr;
+    MSG current{};
+    int depth = 0;
+};
+
+WindowThread& ThisThread() {
+    thread_local WindowThread state;
+    return state;
+}
+
+/// The class's own procedure of a window that was created through CreateEx.
+LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
+    WindowThread& thread = ThisThread();
+    if (code == HCBT_CREATEWND && thread.creating) {
+        CWnd* window = thread.creating;
+        thread.creating = nullptr;
+        window->SubclassWindow(reinterpret_cast<HWND>(wParam));
+    }
+    return ::CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+}  // namespace
+
+CWnd* FrameworkMessages::WindowOf(HWND handle) { return CWnd::FromHandle(handle); }
+
+CDC* FrameworkMessages::ContextOf(HDC handle) {
+    WindowThread& thread = ThisThread();
+    if (thread.context)
+        thread.context->Detach();
+    else
+        thread.context = std::make_unique<CDC>();
+    thread.context->Attach(handle);
+    return thread.context.get();
+}
+
+CWnd::~CWnd() {
+    if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
+        DestroyWindow();
+}
+
+CWnd* CWnd::FromHandle(HWND window) {
+    if (!window)
+        return nullptr;
+    if (CWnd* permanent = FromHandlePermanent(window))
+        return permanent;
+    auto& temporary = ThisThread().temporary[window];
+    if (!temporary) {
+        temporary = std::make_unique<CWnd>();
+        temporary->m_hWnd = window;
+    }
+    return temporary.get();
+}
+
+CWnd* CWnd::FromHandlePermanent(HWND window) {
+    const auto& known = ThisThread().permanent;
+    const auto found = known.find(window);
+    return found != known.end() ? found->second : nullptr;
+}
+
+BOOL CWnd::Attach(HWND window) {
+    if (!window)
+        return FALSE;
+    m_hWnd = window;
+    ThisThread().permanent[window] = this;
+    return TRUE;
+}
+
+HWND CWnd::Detach() {
+    const HWND window = m_hWnd;
+    if (window)
+        ThisThread().permanent.erase(window);
+    m_hWnd = nullptr;
+    return window;
+}
+
+BOOL CWnd::SubclassWindow(HWND window) {
+    if (!Attach(window))
+        return FALSE;
+    m_former = reinterpret_cast<WNDPROC>(
+        ::SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CWnd::Procedure)));
+    return m_former != nullptr;
+}
+
+BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
+    return SubclassWindow(::GetDlgItem(parent->m_hWnd, static_cast<int>(id)));
+}
+
+BOOL CWnd::Create(LPCSTR className, LPCSTR title, DWORD style, const RECT& rect, CWnd* parent,
+                  UINT id) {
+    return CreateEx(0, className, title, style | WS_CHILD, rect, parent, id);
+}
+
+BOOL CWnd::CreateEx(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, const RECT& rect,
+                    CWnd* parent, UINT id) {
+    WindowThread& thread = ThisThread();
+    const HHOOK hook =
+        ::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
+    thread.creating = this;
+    const bool placed = rect.left != CW_USEDEFAULT;
+    const HWND window = ::CreateWindowExA(
+        exStyle, className, title, style, rect.left, rect.top,
+        placed ? rect.right - rect.left : CW_USEDEFAULT,
+        placed ? rect.bottom - rect.top : CW_USEDEFAULT, parent ? parent->m_hWnd : nullptr,
+        reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), AfxGetInstanceHandle(), nullptr);
+    thread.creating = nullptr;
+    ::UnhookWindowsHookEx(hook);
+    return window != nullptr;
+}
+
+BOOL CWnd::DestroyWindow() {
+    if (!m_hWnd)
+        return FALSE;
+    const HWND window = m_hWnd;
+    const BOOL destroyed = ::DestroyWindow(window);
+    // A window that the object never handled leaves by itself: it sends no last message here.
+    ThisThread().permanent.erase(window);
+    return destroyed;
+}
+
+void CWnd::GetWindowText(CString& text) const {
+    const int length = ::GetWindowTextLengthA(m_hWnd);
+    ::GetWindowTextA(m_hWnd, text.GetBuffer(length), length + 1);
+    text.ReleaseBuffer();
+}
+
+static BOOL ModifyWindowLong(HWND window, int index, DWORD remove, DWORD add, UINT flags) {
+    const auto style = static_cast<DWORD>(::GetWindowLongA(window, index));
+    const DWORD wanted = (style & ~remove) | add;
+    if (wanted == style)
+        return FALSE;
+    ::SetWindowLongA(window, index, static_cast<LONG>(wanted));
+    if (flags != 0) {
+        ::SetWindowPos(window, nullptr, 0, 0, 0, 0,
+                       SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | flags);
+    }
+    return TRUE;
+}
+
+BOOL CWnd::ModifyStyle(DWORD remove, DWORD add, UINT positionFlags) {
+    return ModifyWindowLong(m_hWnd, GWL_STYLE, remove, add, positionFlags);
+}
+
+BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT positionFlags) {
+    return ModifyWindowLong(m_hWnd, GWL_EXSTYLE, remove, add, positionFlags);
+}
+
+BOOL CWnd::UpdateData(BOOL saveAndValidate) {
+    CDataExchange exchange(this, saveAndValidate);
+    try {
+        DoDataExchange(&exchange);
+        return TRUE;
+    } catch (CUserException* refused) {
+        refused->Delete();  // the user has been told
+    } catch (CException* failed) {
+        failed->Delete();
+    }
+    return FALSE;
+}
+
+BOOL CWnd::PreTranslateMessage(MSG*) { return FALSE; }
+
+const MessageMap* CWnd::GetMessageMap() const { return GetThisMessageMap(); }
+
+const MessageMap* CWnd::GetThisMessageMap() {
+    static const MessageEntry entries[] = {{0, 0, 0, 0, nullptr, nullptr}};
+    static const MessageMap map = {nullptr, entries};
+    return &map;
+}
+
+bool CWnd::Dispatch(UINT wanted, UINT code, UINT id, UINT message, WPARAM wParam, LPARAM lParam,
+                    LRESULT* result) {
+    for (const MessageMap* map = GetMessageMap(); map; map = map->base ? map->base() : nullptr) {
+        for (const MessageEntry* entry = map->entries; entry->call; ++entry) {
+            if (entry->message == wanted && entry->code == code && id >= entry->firstId &&
+                id <= entry->lastId)
+                return entry->call(this, entry->handler, message, wParam, lParam, result);
+        }
+    }
+    return false;
+}
+
+BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    const UINT code = lParam != 0 ? HIWORD(wParam) : 0;
+    return Dispatch(WM_COMMAND, code, LOWORD(wParam), WM_COMMAND, wParam, lParam, &result);
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    if (message == WM_COMMAND) {
+        if (OnCommand(wParam, lParam))
+            return 0;
+    } else if (message == WM_NOTIFY) {
+        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
+        if (Dispatch(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), message, wParam,
+                     lParam, &result))
+            return result;
+    } else if (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) {
+        // The control is asked first.
+        CWnd* control = FromHandlePermanent(reinterpret_cast<HWND>(lParam));
+        if (control && control->Dispatch(kReflectedCtlColor, 0, 0, message, wParam, lParam, &result))
+            return result;
+    } else if (Dispatch(message, 0, 0, message, wParam, lParam, &result)) {
+        return result;
+    }
+    return DefWindowProc(message, wParam, lParam);
+}
+
+LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (m_former)
+        return ::CallWindowProcA(m_former, m_hWnd, message, wParam, lParam);
+    return ::DefWindowProcA(m_hWnd, message, wParam, lParam);
+}
+
+LRESULT CWnd::Default() {
+    const MSG& current = ThisThread().current;
+    return DefWindowProc(current.message, current.wParam, current.lParam);
+}
+
+LRESULT CALLBACK CWnd::Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
+    CWnd* window = FromHandlePermanent(handle);
+    if (!window)
+        return ::DefWindowProcA(handle, message, wParam, lParam);
+
+    WindowThread& thread = ThisThread();
+    const MSG former = thread.current;
+    thread.current = MSG{handle, message, wParam, lParam, 0, {}};
+    ++thread.depth;
+    LRESULT result = 0;
+    try {
+        result = window->WindowProc(message, wParam, lParam);
+    } catch (CException* failed) {
+        failed->Delete();
+        AfxTrace("an exception left the handler of message %u\n", message);
+    } catch (const std::exception& failed) {
+        AfxTrace("an exception left the handler of message %u: %s\n", message, failed.what());
+    }
+    thread.current = former;
+    if (--thread.depth == 0)
+        thread.temporary.clear();
+
+    if (message == WM_NCDESTROY && FromHandlePermanent(handle) == window) {
+        if (window->m_former)
+            ::SetWindowLongPtrA(handle, GWLP_WNDPROC,
+                                reinterpret_cast<LONG_PTR>(window->m_former));
+        window->m_former = nullptr;
+        window->Detach();
+        window->PostNcDestroy();
+    }
+    return result;
+}
+
+LPCSTR AfxRegisterWndClass(UINT style, HCURSOR cursor, HBRUSH background, HICON icon) {
+    static std::map<std::string, bool> registered;
+    CString name;
+    name.Format("Afx:%x:%p:%p:%p", style, static_cast<void*>(cursor),
+                static_cast<void*>(background), static_cast<void*>(icon));
+    const auto [place, isNew] = registered.try_emplace(name.GetString());
+    if (isNew) {
+        WNDCLASSA description{};
+        description.style = style;
+        description.lpfnWndProc = ::DefWindowProcA;
+        description.hInstance = AfxGetInstanceHandle();
+        description.hCursor = cursor;
+        description.hbrBackground = background;
+        description.hIcon = icon;
+        description.lpszClassName = place->first.c_str();
+        if (!::RegisterClassA(&description))
+            AfxThrowResourceException();
+    }
+    return place->first.c_str();
+}

@@ -1,0 +1,130 @@
+#include "platform/lumilog/Lumilog.h"
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace Lumilog {
+
+namespace {
+
+constexpr std::size_t kKilobyte = 1024;
+constexpr std::size_t kFiles = 3;  // the current one and two older ones
+constexpr const char* kPattern = "%Y-%m-%d %H:%M:%S.%e [%t] %v";
+
+struct ModuleLog {
+    std::shared_ptr<spdlog::logger> logger;
+    spdlog::sink_ptr file;
+    spdlog::sink_ptr console;
+};
+
+struct Registry {
+    std::mutex lock;
+    std::map<std::string, ModuleLog> modules;
+};
+
+Registry& Modules() {
+    // Never destroyed: modules may log while the process ends.
+    static auto* registry = new Registry;
+    return *registry;
+}
+
+spdlog::level::level_enum ToLevel(int level) {
+    using namespace spdlog::level;
+    constexpr level_enum kLevels[] = {off, critical, err, warn, info, debug, trace};
+    return kLevels[level < 0 ? 0 : level > 6 ? 6 : level];
+}
+
+/// Runs what may throw; a log has nobody to tell of its own failures.
+template <class Action>
+void Quietly(Action action) {
+    try {
+        action();
+    } catch (...) {
+        return;
+    }
+}
+
+void Switch(const spdlog::sink_ptr& sink, bool on) {
+    if (sink)
+        sink->set_level(on ? spdlog::level::trace : spdlog::level::off);
+}
+
+template <class Action>
+void WithModule(const char* name, Action action) {
+    Quietly([&] {
+        Registry& registry = Modules();
+        const std::lock_guard guard(registry.lock);
+        const auto found = registry.modules.find(name);
+        if (found != registry.modules.end())
+            action(found->second);
+    });
+}
+
+}  // namespace
+
+void RegisterByModule(const Configuration& configuration) {
+    Quietly([&] {
+        ModuleLog module;
+        const std::string name = configuration.moduleName;
+        // A former file must be closed before the new sink opens it.
+        UnRegister(configuration.moduleName);
+        module.logger = std::make_shared<spdlog::logger>(name);
+        Quietly([&] {
+            const std::size_t limit =
+                configuration.limit > 0 ? static_cast<std::size_t>(configuration.limit) : 1;
+            const std::string folder = configuration.directory;
+            const bool open = folder.empty() || folder.back() == '/' || folder.back() == '\\';
+            module.file = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+                folder + (open ? "" : "/") + name + ".log", limit * kKilobyte, kFiles - 1);
+            module.logger->sinks().push_back(module.file);
+        });
+        module.console = std::make_shared<spdlog::sinks::stderr_sink_mt>();
+        Switch(module.console, false);
+        module.logger->sinks().push_back(module.console);
+        module.logger->set_pattern(kPattern);
+        module.logger->set_level(ToLevel(configuration.level));
+        module.logger->flush_on(spdlog::level::info);
+        module.logger->set_error_handler([](const std::string&) {});
+
+        Registry& registry = Modules();
+        const std::lock_guard guard(registry.lock);
+        registry.modules[name] = std::move(module);
+    });
+}
+
+void UnRegister(const char* moduleName) {
+    WithModule(moduleName, [&](ModuleLog& module) {
+        module.logger->flush();
+        Modules().modules.erase(moduleName);
+    });
+}
+
+void _dout(const char* moduleName, const char* format, ...) {
+    char line[2048];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line, sizeof(line), format, arguments);
+    va_end(arguments);
+    std::shared_ptr<spdlog::logger> logger;
+    WithModule(moduleName, [&](ModuleLog& module) { logger = module.logger; });
+    if (logger)
+        Quietly([&] { logger->log(spdlog::level::info, spdlog::string_view_t(line)); });
+}
+
+void SaveToFile(const char* moduleName, bool on) {
+    WithModule(moduleName, [&](ModuleLog& module) { Switch(module.file, on); });
+}
+
+void SaveToConsole(const char* moduleName, bool on) {
+    WithModule(moduleName, [&](ModuleLog& module) { Switch(module.console, on); });
+}
+
+}  // namespace Lumilog

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <windows.h>
+
+namespace Terrascope {
+
+/// The relation of device pixels (DP) and the library's logical units (LP): LP = DP x 1000 / D.
+///
+/// All in single precision, multiplied before it is divided: hosts compare the results exactly.
+
+constexpr float kLogicalScale = 1000.0F;
+
+/// D for a screen of `dpi` horizontal dots per inch: 319 at 96, 399 at 120, 479 at 144.
+inline float DeviceFactor(int dpi) { return static_cast<float>(::MulDiv(100, dpi * 8450, 254000)); }
+
+/// D of the screen as it is now; asked afresh at every call.
+float ScreenDeviceFactor();
+
+inline float DeviceToLogical(float value, float factor) { return value * kLogicalScale / factor; }
+inline float LogicalToDevice(float value, float factor) { return value * factor / kLogicalScale; }
+
+/// The same for whole numbers, truncated toward zero: there and back may lose one. That is wanted,
+/// hosts lay out their windows with it.
+inline int DeviceToLogical(int value, float factor) {
+    return static_cast<int>(DeviceToLogical(static_cast<float>(value), factor));
+}
+inline int LogicalToDevice(int value, float factor) {
+    return static_cast<int>(LogicalToDevice(static_cast<float>(value), factor));
+}
+
+}  // namespace Terrascope

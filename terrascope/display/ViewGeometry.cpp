@@ -1,0 +1,117 @@
+#include "terrascope/display/ViewGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "terrascope/support/Truncate.h"
+
+namespace Terrascope {
+
+namespace {
+
+/// More tiles than any screen shows: a layer of tiny tiles must not fill the memory.
+constexpr double kMostTiles = 65536;
+
+/// The first whole tile beyond `end` tiles, cut to five decimal places before it is rounded up.
+double EndTile(double end) { return std::ceil(std::trunc(end * 100000) / 100000); }
+
+/// Whole pixels that can be added to others without overflow.
+int BoundedPixels(double value) { return TruncateToInt(std::clamp(value, -1.0e9, 1.0e9)); }
+
+}  // namespace
+
+PointD DeviceToMap(const Viewport& view, PointD device) {
+    const int halfWidth = view.size.cx / 2;
+    const int halfHeight = view.size.cy / 2;
+    return {(device.x - view.origin.x - halfWidth) * view.resolution.x + view.center.x,
+            (halfHeight - (device.y - view.origin.y)) * view.resolution.y + view.center.y};
+}
+
+PointD MapToDevice(const Viewport& view, PointD map) {
+    if (!view.resolution.IsUsable())
+        return {static_cast<double>(view.origin.x), static_cast<double>(view.origin.y)};
+    const int halfWidth = view.size.cx / 2;
+    const int halfHeight = view.size.cy / 2;
+    const Resolution& r = view.resolution;
+    return {(map.x - (view.center.x - halfWidth * r.x)) / r.x + view.origin.x,
+            (halfHeight * r.y + view.center.y - map.y) / r.y + view.origin.y};
+}
+
+CPoint MapCornerPosition(const Viewport& view) {
+    if (!view.resolution.IsUsable())
+        return {0, 0};
+    const int halfWidth = view.size.cx / 2;
+    const int halfHeight = view.size.cy / 2;
+    return {TruncateToInt(halfWidth - (view.center.x - view.extent.x0) / view.resolution.x),
+            TruncateToInt(halfHeight - (view.extent.Top() - view.center.y) / view.resolution.y)};
+}
+
+CSize LayerPixelSize(const Viewport& view) {
+    return {TruncateToInt(static_cast<double>(view.tileSize.cx) * view.tileCount.cx),
+            TruncateToInt(static_cast<double>(view.tileSize.cy) * view.tileCount.cy)};
+}
+
+MapRegion RegionAround(const Viewport& view, double factor) {
+    const double width = view.size.cx * factor * view.resolution.x;
+    const double height = view.size.cy * factor * view.resolution.y;
+    const double left = std::max(view.center.x - width * 0.5, view.extent.x0);
+    const double top = std::min(view.center.y + height * 0.5, view.extent.Top());
+    const double right = std::min(view.center.x + width * 0.5, view.extent.Right());
+    const double bottom = std::max(view.center.y - height * 0.5, view.extent.y0);
+    return {static_cast<float>(left), static_cast<float>(top), static_cast<float>(right - left),
+            static_cast<float>(bottom - top)};
+}
+
+TileRange TileRangeOf(const Viewport& view, const MapRegion& region) {
+    const double tileWidth = view.tileSize.cx * view.resolution.x;
+    const double tileHeight = view.tileSize.cy * view.resolution.y;
+    if (!(tileWidth > 0.0) || !(tileHeight > 0.0))
+        return {};
+
+    // The far edges are added in single precision, as the region is kept.
+    const float right = region.left + region.width;
+    const float bottom = region.top + region.height;
+    const double top = view.extent.Top();
+    const double firstColumn = std::floor((region.left - view.extent.x0) / tileWidth);
+    const double firstRow = std::floor((top - region.top) / tileHeight);
+    const double columns = EndTile((right - view.extent.x0) / tileWidth) - firstColumn;
+    const double rows = EndTile((top - bottom) / tileHeight) - firstRow;
+    if (!(columns > 0.0) || !(rows > 0.0) || columns * rows > kMostTiles)
+        return {};
+    return {BoundedPixels(firstColumn), BoundedPixels(firstRow), BoundedPixels(columns),
+            BoundedPixels(rows)};
+}
+
+CRect SourceRectangle(const PaintMoment& moment, CSize viewSize) {
+    const Resolution& r = moment.resolution;
+    if (!r.IsUsable() || viewSize.cx <= 0 || viewSize.cy <= 0)
+        return {0, 0, 0, 0};
+
+    // A target factor of 1 has no way to go: it is the view at rest.
+    const double a = moment.targetFactor;
+    const double way = a - 1.0;
+    const double k = way != 0.0 ? std::fabs((moment.currentFactor - 1.0) / way) : 0.0;
+    const double m = way != 0.0 ? (a - moment.currentFactor) / way : 1.0;
+
+    const double width = viewSize.cx;
+    const double height = viewSize.cy;
+    const auto left = static_cast<float>(moment.center.x - r.x * width * 0.5);
+    const auto top = static_cast<float>(r.y * height * 0.5 + moment.center.y);
+    const int centerX = BoundedPixels((left - moment.bitmapOrigin.x) / r.x + width * 0.5);
+    const int centerY = BoundedPixels((moment.bitmapOrigin.y - top) / r.y + height * 0.5);
+
+    const auto extent = [&](double size) {
+        const double smallest = a != 0.0 ? size / a : size;
+        return BoundedPixels((size - smallest) * m + smallest);
+    };
+    const int sourceWidth = extent(width);
+    const int sourceHeight = extent(height);
+    const int x = BoundedPixels(std::trunc(moment.shift.x / r.x) * k) - sourceWidth / 2 + centerX;
+    const int y = centerY - sourceHeight / 2 + BoundedPixels(std::trunc(-moment.shift.y / r.y) * k);
+    // A rectangle of no size has nothing to show; a negative one would be drawn mirrored.
+    if (sourceWidth <= 0 || sourceHeight <= 0)
+        return {0, 0, 0, 0};
+    return {x, y, x + sourceWidth, y + sourceHeight};
+}
+
+}  // namespace Terrascope

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <afx.h>
+
+#include <memory>
+#include <vector>
+
+#include "terrascope/providers/TileMapRecords.h"
+#include "terrascope/support/GdiPlus.h"
+#include "terrascope/support/LiveCount.h"
+#include "terrascope/support/PointF.h"
+#include "terrascope/tiles/TileCanvas.h"
+#include "terrascope/tiles/TileLayer2.h"
+
+namespace Terrascope {
+
+class CTileLoadQueue2;
+
+/// A rectangle in map units from its top-left corner; the height is negative, y grows upwards.
+struct MapRectF {
+    float x = 0.0F;
+    float y = 0.0F;
+    float width = 0.0F;
+    float height = 0.0F;
+};
+
+/// One tile: its place, its picture (first grey or a piece of a neighbouring layer, then the real
+/// image), and the request for that image.
+///
+/// Units:   map units with y upwards; pixels of the layer.
+/// Owns:    its picture and the delivered record. Borrows: the load queue.
+/// Threads: takes no lock; every call is made under the display's tile lock.
+/// Errors:  what GDI+ refuses is skipped; a tile without memory for a picture paints nothing.
+class CTile2 : public CLiveCount<CTile2> {
+public:
+    /// A grey tile. An undecodable key leaves it at (0, 0).
+    CTile2(const tagTILE_MAP_INFO& map, const CTileLayer2& layer, const CString& key,
+           CTileLoadQueue2* queue);
+
+    /// The tile of `layer` above four children, which it shows at half their size; the children
+    /// are in the order of their digits.
+    CTile2(const CTile2& child0, const CTile2& child1, const CTile2& child2, const CTile2& child3,
+           const CTileLayer2& layer);
+
+    CTile2(const CTile2&) = delete;
+    CTile2& operator=(const CTile2&) = delete;
+    virtual ~CTile2() = default;
+
+    /// Its four children in the next finer layer, each showing its quarter; in the order of their
+    /// digits, owned by the caller. Throws std::logic_error on the map's finest layer.
+    std::vector<CTile2*> Split(const CTileLayer2& childLayer) const;
+
+    /// Decodes a delivered image, paints the picture where it belongs on a canvas whose (0, 0)
+    /// shows `viewTopLeft`, and asks for the image if it was never asked for. A picture that the
+    /// canvas already shows there is not copied again.
+    void Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
+
+    /// Where Draw paints on such a canvas.
+    CRect PlaceOn(const CPointF& viewTopLeft) const;
+
+    /// Forgets where the picture was painted: part of it is no longer on the canvas.
+    void ForgetPlace() { m_painted = {}; }
+
+    /// The tile's rectangle in map units; all zero when its key cannot be decoded.
+    MapRectF GetLogicalRect() const;
+
+    /// Queues the tile unless its image is there or was asked for before.
+    void RequestLoad();
+
+    /// Makes a queued tile the next to be fetched, if its image is still wanted.
+    void Promote();
+
+    /// Takes the delivered record over; it is decoded at the next Draw.
+    void SetImage(tagTILE_IMAGE* image) { m_image.reset(image); }
+
+    void SetLoadQueue(CTileLoadQueue2* queue) { m_queue = queue; }
+
+    const CString& Key() const { return m_key; }
+    CPointF TopLeft() const { return {m_left, m_top}; }
+    CSize PixelSize() const { return {m_layer.nTileWidth, m_layer.nTileHeight}; }
+    Gdiplus::Bitmap* Picture() const { return m_bitmap.get(); }
+    bool HasImage() const { return m_image != nullptr; }
+
+private:
+    void SetPosition();
+    void MakeGreyPicture();
+    void DecodeImage();
+
+    CString m_key;
+    std::unique_ptr<tagTILE_IMAGE> m_image;
+    float m_left = 0.0F;
+    float m_top = 0.0F;
+    tagTILE_MAP_INFO m_map;
+    CTileLayer2 m_layer;
+    std::unique_ptr<Gdiplus::Bitmap> m_bitmap;
+    CTileLoadQueue2* m_queue;
+    bool m_requested = false;
+    PaintMark m_painted;  ///< where the whole picture stands on a canvas
+};
+
+}  // namespace Terrascope

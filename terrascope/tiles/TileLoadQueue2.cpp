@@ -1,0 +1,117 @@
+#include "terrascope/tiles/TileLoadQueue2.h"
+
+#include <memory>
+#include <utility>
+
+#include "terrascope/tiles/TileLoadThread.h"
+
+namespace Terrascope {
+
+namespace {
+
+constexpr int kWorkerCount = 2;
+
+/// What two keys that differ only in case have in common.
+std::string FoldedKey(const CString& key) {
+    for (const char* p = key.GetString(); *p != '\0'; ++p) {
+        if (*p < '0' || *p > '9') {
+            CString lower(key);
+            lower.MakeLower();
+            return lower.GetString();
+        }
+    }
+    return key.GetString();
+}
+
+}  // namespace
+
+CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider)
+    : m_slot(slot), m_provider(provider) {
+    for (int i = 0; i < kWorkerCount; ++i) {
+        auto worker = std::make_unique<CTileLoadThread>(m_slot, m_provider, this);
+        m_workers.push_back(worker.get());
+        worker.release()->Start();
+    }
+}
+
+CTileLoadQueue2::~CTileLoadQueue2() {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_paused = true;
+        ClearLocked();
+    }
+    for (CTileLoadThread* worker : m_workers) {
+        worker->Stop();
+        while (!worker->IsFinished() && !worker->Abandon())
+            worker->Stop();
+        if (worker->IsFinished()) {
+            delete worker;
+        } else {
+            // The thread is stuck inside the provider: neither may be deleted under it.
+            m_provider->Detach();
+        }
+    }
+    m_workers.clear();
+    CSingleLock lock(&m_lock, TRUE);
+    ClearLocked();
+}
+
+bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key) {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        return false;
+    const auto [place, isNew] = m_byKey.try_emplace(FoldedKey(key));
+    if (isNew)
+        place->second = m_requests.insert(m_requests.end(), {mapName, layerNumber, key});
+    return true;
+}
+
+tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock() || m_paused || m_requests.empty())
+        return {};
+    tagTILE_LOAD_REQUEST request = std::move(m_requests.front());
+    m_requests.pop_front();
+    m_byKey.erase(FoldedKey(request.strKey));
+    return request;
+}
+
+bool CTileLoadQueue2::MoveToFront(const CString& key) {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        return false;
+    const auto found = m_byKey.find(FoldedKey(key));
+    if (found != m_byKey.end())
+        m_requests.splice(m_requests.begin(), m_requests, found->second);
+    return true;
+}
+
+bool CTileLoadQueue2::Clear() {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        return false;
+    ClearLocked();
+    return true;
+}
+
+// Pausing happens only where the lock cannot be had, which a critical section never refuses: the
+// tiles go on loading while the user holds the mouse button. Hosts rely on it, so this test must
+// not be turned round.
+void CTileLoadQueue2::Pause() {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        m_paused = true;
+}
+
+void CTileLoadQueue2::Resume() {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        m_paused = false;
+}
+
+void CTileLoadQueue2::ClearLocked() {
+    m_requests.clear();
+    m_byKey.clear();
+}
+
+}  // namespace Terrascope

@@ -1,0 +1,68 @@
+#include "terrascope/tiles/TileLoadThread.h"
+
+#include <list>
+
+#include "terrascope/tiles/TileLoadQueue2.h"
+
+namespace Terrascope {
+
+namespace {
+constexpr DWORD kIdleSleep = 20;  // ms between two looks at an empty queue
+constexpr DWORD kPaceSleep = 10;  // ms
+constexpr int kPace = 150;        // ms that a delivered tile takes at least
+}  // namespace
+
+CTileLoadThread::CTileLoadThread(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
+                                 CTileLoadQueue2* queue)
+    : m_slot(slot), m_provider(provider), m_queue(queue) {}
+
+CTileLoadThread::~CTileLoadThread() { Stop(); }
+
+DWORD CTileLoadThread::Run() {
+    while (!ShouldStop(0)) {
+        if (!m_queue || !m_provider || !m_slot || !ServeOne())
+            break;
+    }
+    return 0;
+}
+
+bool CTileLoadThread::Abandon() {
+    State expected = State::Fetching;
+    return m_state.compare_exchange_strong(expected, State::Abandoned);
+}
+
+bool CTileLoadThread::ServeOne() {
+    const tagTILE_LOAD_REQUEST request = m_queue->Pop();
+    if (request.strKey.IsEmpty()) {
+        ::Sleep(kIdleSleep);
+        return true;
+    }
+
+    const DWORD start = ::GetTickCount();
+    m_state = State::Fetching;
+    const std::list<tagTILE_IMAGE*> images =
+        m_provider->LoadTiles(request.strMapName, request.nLayerNumber, {request.strKey});
+    State expected = State::Fetching;
+    if (!m_state.compare_exchange_strong(expected, State::Delivering)) {
+        for (tagTILE_IMAGE* image : images)
+            delete image;
+        return false;
+    }
+
+    if (!images.empty()) {
+        // One key was asked for: records beyond the first are the provider's own affair.
+        m_slot->OnTileLoaded(images.front());
+        Pace(start);
+    }
+    m_state = State::Polling;
+    return true;
+}
+
+void CTileLoadThread::Pace(DWORD start) const {
+    // The sleeps are counted, not measured: the pace does not depend on the timer's grain.
+    for (int elapsed = static_cast<int>(::GetTickCount() - start); elapsed <= kPace;
+         elapsed += static_cast<int>(kPaceSleep))
+        ::Sleep(kPaceSleep);
+}
+
+}  // namespace Terrascope

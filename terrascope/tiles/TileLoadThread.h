@@ -1,0 +1,44 @@
+#pragma once
+
+#include <atomic>
+
+#include "terrascope/providers/TileMapInfoProviderWrapper.h"
+#include "terrascope/tiles/ITileLoadedSlot.h"
+#include "terrascope/tiles/Thread.h"
+
+namespace Terrascope {
+
+class CTileLoadQueue2;
+
+/// Fetches queued tiles one by one and hands them to the slot, at most one in about 151 ms.
+///
+/// Borrows: slot, provider and queue; they must outlive the thread.
+/// Threads: the slot is called on this thread, with no lock held.
+/// Ends:    between two tiles. A thread that is stuck in the provider can be abandoned.
+class CTileLoadThread : public CThread {
+public:
+    CTileLoadThread(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
+                    CTileLoadQueue2* queue);
+    ~CTileLoadThread() override;
+
+    DWORD Run() override;
+
+    /// Gives up a thread that is inside the provider: when it comes back it touches nothing but
+    /// itself. False when it is elsewhere and will stop by itself. After true the object, and the
+    /// provider, must stay alive.
+    bool Abandon();
+
+private:
+    enum class State { Polling, Fetching, Delivering, Abandoned };
+
+    /// One request fetched, delivered and paced; false when the thread was abandoned meanwhile.
+    bool ServeOne();
+    void Pace(DWORD start) const;
+
+    ITileLoadedSlot* m_slot;
+    CTileMapInfoProviderWrapper* m_provider;
+    CTileLoadQueue2* m_queue;
+    std::atomic<State> m_state{State::Polling};
+};
+
+}  // namespace Terrascope

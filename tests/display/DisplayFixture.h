@@ -1,0 +1,94 @@
+#pragma once
+
+#include <afxwin.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "terrascope/display/Terrascope2.h"
+#include "tests/fixtures/Await.h"
+#include "tests/fixtures/LibraryFolder.h"
+#include "tests/fixtures/ScriptedProvider/ScriptedControl.h"
+
+namespace TerrascopeTest {
+
+/// A real window that keeps the rectangles of the repaint messages it gets.
+class HostWindow : public CWnd {
+public:
+    HostWindow();
+    ~HostWindow() override;
+
+    std::vector<CRect> repaints;
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+};
+
+/// A 32-bit picture in memory with a device context in the host's logical units.
+class Screen {
+public:
+    static constexpr std::uint32_t kBackground = 0x00FF00FF;
+
+    explicit Screen(CSize size);
+    ~Screen();
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    CDC& Dc() { return m_dc; }
+
+    /// Logical units of which 1000 are `factor` pixels.
+    void SetFactor(int factor);
+
+    /// 0x00RRGGBB.
+    std::uint32_t At(int x, int y) const;
+    const std::vector<std::uint32_t> Pixels() const;
+
+private:
+    CSize m_size;
+    std::uint32_t* m_pixels = nullptr;
+    HBITMAP m_section = nullptr;
+    HGDIOBJ m_former = nullptr;
+    CDC m_dc;
+};
+
+/// 0xAARRGGBB or 0x00RRGGBB without its alpha, and a COLORREF in the same order.
+inline std::uint32_t Rgb(std::uint32_t pixel) { return pixel & 0xFFFFFF; }
+inline std::uint32_t FromColour(COLORREF c) {
+    return static_cast<std::uint32_t>(GetRValue(c)) << 16 |
+           static_cast<std::uint32_t>(GetGValue(c)) << 8 | GetBValue(c);
+}
+
+/// A display of 200 x 120 pixels over the scripted provider, with its host window.
+class Display : public testing::Test {
+protected:
+    static constexpr std::uint32_t kWaitingGrey = 0xC8C8C8;
+
+    Display();
+    ~Display() override;
+
+    /// A map of which layer n has 2^n x 2^(n-1) tiles of 64 x 64 pixels, layers 1 to 5.
+    static ScriptedMap WorldMap();
+
+    void MakeDisplay(CSize pixels = {200, 120});
+    void Open(int layer, const ScriptedMap& map = WorldMap());
+
+    /// Waits until every tile that the view wants has been delivered and its messages came.
+    void AwaitPicture();
+
+    /// What the display paints.
+    std::vector<std::uint32_t> Paint();
+    std::uint32_t PaintedAt(int x, int y);
+
+    /// A click or drag with the current tool.
+    void Click(CPoint point);
+
+    LibraryFolder library;
+    IScriptedControl* script = nullptr;
+    std::unique_ptr<HostWindow> window;
+    std::unique_ptr<Terrascope::CTerrascope2> display;
+    CSize size{200, 120};
+};
+
+}  // namespace TerrascopeTest

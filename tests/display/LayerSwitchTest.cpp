@@ -1,0 +1,186 @@
+// The animated switch to the next layer, and the zoom tools that start it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "tests/display/DisplayFixture.h"
+
+namespace TerrascopeTest {
+namespace {
+
+using namespace Terrascope;
+
+class LayerSwitch : public Display {
+protected:
+    void Use(MapToolKind kind) { display->SetTool(static_cast<UINT>(kind)); }
+
+    /// Paints each frame that the switch asks for until it has ended; how many there were.
+    int Animate() {
+        int frames = 0;
+        window->repaints.clear();
+        EXPECT_TRUE(Await([&] {
+            for (; !window->repaints.empty(); window->repaints.pop_back()) {
+                if (display->IsSwitchingLayer())
+                    ++frames;
+                Paint();
+            }
+            return !display->IsSwitchingLayer();
+        }));
+        return frames;
+    }
+};
+
+TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
+    Open(3);
+    AwaitPicture();
+    Use(MapToolKind::ZoomIn);
+    Click({100, 60});
+    EXPECT_TRUE(display->IsSwitchingLayer());
+    EXPECT_EQ(display->GetLayer(), 4);
+    EXPECT_EQ(Animate(), 5);
+
+    AwaitPicture();
+    Use(MapToolKind::ZoomOut);
+    Click({100, 60});
+    EXPECT_EQ(Animate(), 5);
+    EXPECT_EQ(display->GetLayer(), 3);
+}
+
+TEST_F(LayerSwitch, MakesTheClickedPointTheCentre) {
+    Open(3);
+    AwaitPicture();
+    int x = 130;
+    int y = 40;
+    double mapX = 0;
+    double mapY = 0;
+    display->DeviceToMapInt(&x, &y, &mapX, &mapY, 0);
+    Use(MapToolKind::ZoomIn);
+    Click({130, 40});
+    EXPECT_FLOAT_EQ(display->Center().x, static_cast<float>(mapX));
+    EXPECT_FLOAT_EQ(display->Center().y, static_cast<float>(mapY));
+}
+
+TEST_F(LayerSwitch, IsRefusedAtBothEndsOffTheMapAndWhileOneRuns) {
+    Open(5);
+    Use(MapToolKind::ZoomIn);
+    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(display->GetLayer(), 5);
+    Open(1);
+    Use(MapToolKind::ZoomOut);
+    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(display->GetLayer(), 1);
+
+    Use(MapToolKind::ZoomIn);
+    Click({190, 110});
+    EXPECT_EQ(display->GetLayer(), 1) << "the click was beside the map";
+    Use(MapToolKind::Arrow);
+    EXPECT_EQ(display->ZoomAt({0, 0}), 1) << "no zoom tool, nothing to refuse";
+    EXPECT_FALSE(display->IsSwitchingLayer());
+
+    Open(3);
+    Use(MapToolKind::ZoomIn);
+    EXPECT_EQ(display->ZoomAt({0, 0}), 1);
+    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(display->GetLayer(), 4);
+}
+
+TEST_F(LayerSwitch, NeverAdvancesForAHostThatDoesNotPaintAndStillEndsAtOnce) {
+    Open(3);
+    Use(MapToolKind::ZoomIn);
+    Click({100, 60});
+    ASSERT_TRUE(Await([&] { return window->repaints.size() >= 2; }));
+    const auto posted = window->repaints.size();
+    EXPECT_FALSE(Await([&] {
+        // A tile posts nothing while the switch runs, and a step waits for its paint.
+        return window->repaints.size() != posted || !display->IsSwitchingLayer();
+    }, 500));
+    AwaitPicture();
+    const ULONGLONG start = ::GetTickCount64();
+    display.reset();
+    EXPECT_LT(::GetTickCount64() - start, 1000U);
+}
+
+TEST_F(LayerSwitch, ShowsTheOldPictureScaledAboutTheNewCentre) {
+    Open(3);  // the view begins at (156, 68) of the layer's 512 x 256 pixels
+    AwaitPicture();
+    const std::uint32_t old = PaintedAt(100, 60);
+    Use(MapToolKind::ZoomIn);
+    Click({100, 60});
+    // Until a step was made, the picture is the old one, though all tiles are of the new layer.
+    EXPECT_EQ(PaintedAt(0, 0), FromColour(TileColour(3, 2, 1)));
+    EXPECT_EQ(PaintedAt(100, 60), old);
+    Animate();
+    // The tiles that the new layer started with are quarters of the old ones.
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(101, 61), FromColour(TileColour(4, 8, 4)));
+}
+
+TEST_F(LayerSwitch, StartsTheNewLayerWithThePictureOfTheOld) {
+    Open(3);
+    AwaitPicture();
+    script->SetTileAnswer(TileAnswer::Nothing);
+    Use(MapToolKind::ZoomIn);
+    Click({100, 60});
+    Animate();
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(110, 70), FromColour(TileColour(3, 4, 2))) << "split";
+
+    Use(MapToolKind::ZoomOut);
+    Click({100, 60});
+    Animate();
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(110, 70), FromColour(TileColour(3, 4, 2))) << "and merged again";
+}
+
+TEST_F(LayerSwitch, ATileThatArrivesMeanwhileIsInTheBitmapWhenItEnds) {
+    Open(3);
+    AwaitPicture();
+    Use(MapToolKind::ZoomIn);
+    Click({100, 60});
+    AwaitPicture();  // the host paints nothing yet
+    EXPECT_TRUE(display->IsSwitchingLayer());
+    Paint();
+    Animate();
+    EXPECT_EQ(PaintedAt(110, 70), FromColour(TileColour(4, 8, 4)));
+    EXPECT_EQ(PaintedAt(90, 50), FromColour(TileColour(4, 7, 3)));
+}
+
+TEST_F(LayerSwitch, OddFactorsNeitherDivideByNothingNorHang) {
+    for (const double factor : {0.5, 0.0, 1e9}) {
+        display.reset();
+        ScriptedMap map = WorldMap();
+        map.zoomFactor = 1.0;
+        Open(3, map);
+        map.zoomFactor = factor;  // what the next layer says of itself: 0.5 makes the target 1
+        script->SetMaps({map});
+        Use(MapToolKind::ZoomIn);
+        Click({100, 60});
+        Paint();
+        if (factor < 1)
+            Animate();
+    }
+}
+
+TEST_F(LayerSwitch, AHundredZoomsAndDragsLeaveNothingBehind) {
+    script->SetDelay(1);
+    Open(3);
+    std::mt19937 random(7);
+    const auto below = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+    for (int i = 0; i < 100; ++i) {
+        const CPoint at(below(200), below(120));
+        Use(static_cast<MapToolKind>(below(4)));
+        display->OnLButtonDown(0, at);
+        display->OnMouseMove(0, {below(200), below(120)});
+        display->OnLButtonUp(0, {below(200), below(120)});
+        const int frames = below(4);
+        for (int frame = 0; frame < frames; ++frame)
+            Paint();
+        Await([&, rounds = below(8)]() mutable { return rounds-- <= 0; });
+    }
+    Paint();
+    // The fixture counts tiles, bitmaps and providers when the display is gone.
+}
+
+}  // namespace
+}  // namespace TerrascopeTest

@@ -1,0 +1,171 @@
+// What the display's pixels are: copies of the tiles', in their places, and nothing else.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "terrascope/display/DeviceUnits.h"
+#include "tests/display/DisplayFixture.h"
+
+namespace TerrascopeTest {
+namespace {
+
+using namespace Terrascope;
+
+class Painting : public Display {
+protected:
+    Painting() { script->SetTileAnswer(TileAnswer::Gradient); }
+
+    /// What layer 4 shows at a pixel of the layer, counted from the map's top-left corner.
+    static std::uint32_t LayerPixel(int x, int y, int layer = 4) {
+        return FromColour(TileGradient(layer, static_cast<unsigned>(x / 64),
+                                       static_cast<unsigned>(y / 64), x % 64, y % 64));
+    }
+
+    /// Counts the pixels of the view that are not those of the layer at an offset.
+    int WrongPixels(const std::vector<std::uint32_t>& picture, CPoint offset) const {
+        int wrong = 0;
+        for (int y = 0; y < size.cy; ++y) {
+            for (int x = 0; x < size.cx; ++x) {
+                const auto at = static_cast<std::size_t>(y * size.cx + x);
+                wrong += picture[at] != LayerPixel(offset.x + x, offset.y + y) ? 1 : 0;
+            }
+        }
+        return wrong;
+    }
+};
+
+// Layer 4 is 1024 x 512 pixels; a view of 200 x 120 about its middle begins at (412, 196).
+constexpr CPoint kMiddleOffset(412, 196);
+
+TEST_F(Painting, AtRestIsTheTilesPixelForPixelAtEveryScreenFactor) {
+    Open(4);
+    AwaitPicture();
+    for (const int factor : {319, 399, 479}) {
+        Screen screen(size);
+        screen.SetFactor(factor);
+        // The rectangle is that of the screen that the process runs on; on a finer one it scales.
+        if (static_cast<float>(factor) == ScreenDeviceFactor()) {
+            display->Draw(&screen.Dc());
+            EXPECT_EQ(WrongPixels(screen.Pixels(), kMiddleOffset), 0) << factor;
+        }
+    }
+    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
+}
+
+TEST_F(Painting, ADeviceContextThatReallyScalesGetsThePictureInTheLogicalRectangle) {
+    Open(4);
+    AwaitPicture();
+    const int factor = static_cast<int>(ScreenDeviceFactor());
+    Screen twice(CSize(2 * size.cx, 2 * size.cy));
+    twice.SetFactor(2 * factor);
+    display->Draw(&twice.Dc());
+    for (const CPoint at : {CPoint(20, 20), CPoint(100, 60), CPoint(180, 100)}) {
+        const std::uint32_t wanted = LayerPixel(kMiddleOffset.x + at.x, kMiddleOffset.y + at.y);
+        const std::uint32_t painted = twice.At(2 * at.x, 2 * at.y);
+        for (const int shift : {0, 8, 16})
+            EXPECT_NEAR(static_cast<int>(painted >> shift & 0xFF),
+                        static_cast<int>(wanted >> shift & 0xFF), 12);
+    }
+}
+
+TEST_F(Painting, FollowsTheOriginOfTheDeviceContext) {
+    Open(4);
+    AwaitPicture();
+    Screen screen(CSize(230, 150));
+    screen.SetFactor(static_cast<int>(ScreenDeviceFactor()));
+    ::SetViewportOrgEx(screen.Dc().GetSafeHdc(), 30, 20, nullptr);
+    display->Draw(&screen.Dc());
+    EXPECT_EQ(screen.At(29, 20), Rgb(Screen::kBackground));
+    EXPECT_EQ(screen.At(30, 20), LayerPixel(kMiddleOffset.x, kMiddleOffset.y));
+    POINT origin{};
+    ::GetViewportOrgEx(screen.Dc().GetSafeHdc(), &origin);
+    EXPECT_EQ(origin.x, 30) << "the device context comes back as it was";
+}
+
+TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
+    Open(1);  // 128 x 64 pixels at the view's left and top
+    AwaitPicture();
+    const auto picture = Paint();
+    const auto at = [&](int x, int y) { return picture[static_cast<std::size_t>(y * 200 + x)]; };
+    EXPECT_EQ(at(127, 63), LayerPixel(127, 63, 1));
+    EXPECT_EQ(at(0, 0), LayerPixel(0, 0, 1));
+    EXPECT_EQ(at(128, 10), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(10, 64), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(199, 119), Rgb(Screen::kBackground));
+}
+
+TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
+    Open(4);
+    AwaitPicture();
+    for (const CSize shift : {CSize(40, 0), CSize(-70, 15), CSize(0, -33), CSize(100, 60)}) {
+        const auto before = Paint();
+        display->OnLButtonDown(0, {100, 60});
+        display->OnMouseMove(0, CPoint(100, 60) + shift);
+        display->OnLButtonUp(0, CPoint(100, 60) + shift);
+        const auto after = Paint();
+        int wrong = 0;
+        for (int y = std::max(0L, shift.cy); y < std::min(size.cy, size.cy + shift.cy); ++y) {
+            for (int x = std::max(0L, shift.cx); x < std::min(size.cx, size.cx + shift.cx); ++x) {
+                const int from = (y - shift.cy) * size.cx + x - shift.cx;
+                wrong += after[static_cast<std::size_t>(y * size.cx + x)] !=
+                                 before[static_cast<std::size_t>(from)]
+                             ? 1
+                             : 0;
+            }
+        }
+        EXPECT_EQ(wrong, 0) << shift.cx << "," << shift.cy;
+        AwaitPicture();
+    }
+    // All that came into view is there, and in its place.
+    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset - CSize(70, 42)), 0);
+}
+
+TEST_F(Painting, ATileThatLeftTheBitmapIsWholeWhenItComesBack) {
+    Open(4);
+    AwaitPicture();
+    const auto drag = [&](CSize shift) {
+        display->OnLButtonDown(0, {100, 60});
+        display->OnMouseMove(0, CPoint(100, 60) + shift);
+        display->OnLButtonUp(0, CPoint(100, 60) + shift);
+    };
+    for (int i = 0; i < 3; ++i) {
+        drag({60, 30});
+        drag({60, 30});
+        drag({-60, -30});
+        drag({-60, -30});
+    }
+    AwaitPicture();
+    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
+}
+
+TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {
+    Open(3);
+    AwaitPicture();
+    size = CSize(400, 240);
+    const float factor = ScreenDeviceFactor();
+    display->SetViewSize({DeviceToLogical(400, factor) + 1, DeviceToLogical(240, factor) + 1});
+    display->SetCenter(display->Center());
+    AwaitPicture();
+    const auto picture = Paint();
+    int wrong = 0;
+    for (int y = 0; y < 240; ++y)
+        for (int x = 0; x < 400; ++x)
+            wrong += picture[static_cast<std::size_t>(y * 400 + x)] !=
+                             LayerPixel(56 + x, 8 + y, 3)
+                         ? 1
+                         : 0;
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {
+    MakeDisplay(CSize(600, 400));
+    Open(1);
+    AwaitPicture();
+    ASSERT_TRUE(display->SetLayer(2));
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(255, 127), LayerPixel(255, 127, 2));
+    EXPECT_EQ(PaintedAt(256, 10), Rgb(Screen::kBackground));
+}
+
+}  // namespace
+}  // namespace TerrascopeTest

@@ -1,0 +1,246 @@
+// The display's slots, its tiles, and what survives of it when things go away.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "terrascope/display/DeviceUnits.h"
+#include "tests/display/DisplayFixture.h"
+
+namespace TerrascopeTest {
+namespace {
+
+using namespace Terrascope;
+
+class Terrascope2 : public Display {};
+
+TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
+    MakeDisplay();
+    EXPECT_EQ(display->GetLayerRange(), std::make_pair(0, -1));
+    EXPECT_EQ(display->GetLayer(), -1);
+    EXPECT_EQ(display->Reserved1(), 0);
+    EXPECT_EQ(display->Reserved2(), TRUE);
+    EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
+    EXPECT_EQ(display->SetLayer(1), FALSE);
+    display->RefreshTiles();
+    display->SetCenter({1, 2});
+    EXPECT_EQ(PaintedAt(100, 60), Rgb(Screen::kBackground));
+}
+
+TEST_F(Terrascope2, ReportsTheOpenMap) {
+    ScriptedMap map = WorldMap();
+    map.firstLayer = 3;
+    map.layerCount = 4;
+    map.columns = 8;
+    map.rows = 4;
+    Open(3, map);
+    EXPECT_EQ(display->GetLayerRange(), std::make_pair(3, 6));
+    EXPECT_EQ(display->GetMapName(), CString("world"));
+    double left = 0;
+    double top = 0;
+    double right = 0;
+    double bottom = 0;
+    EXPECT_EQ(display->GetMapExtent(&left, &top, &right, &bottom), TRUE);
+    EXPECT_EQ(left, -180);
+    EXPECT_EQ(top, 90);
+    EXPECT_EQ(right, 180);
+    EXPECT_EQ(bottom, -90);
+    EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
+    EXPECT_EQ(display->SetLayer(7), FALSE);
+    EXPECT_EQ(display->GetMapName(), CString("world")) << "a refusal changes nothing";
+    EXPECT_EQ(display->GetLayer(), 3);
+}
+
+// A host relies on the middle that SetLayer takes: its y counts from the map's left edge.
+TEST_F(Terrascope2, SetLayerCentresOnTheLeftEdgePlusHalfTheHeight) {
+    ScriptedMap map = WorldMap();
+    map.left = 10;
+    map.bottom = 0;
+    Open(4, map);
+    EXPECT_EQ(display->Center(), CPointF(10 + 180, 10 + 90));
+}
+
+TEST_F(Terrascope2, ConvertsInTwoDirectionsAndIgnoresOthers) {
+    Open(3);
+    display->SetViewOrigin(CPoint(5, 6));
+    double x = 42;
+    double y = 17;
+    double mapX = 0;
+    double mapY = 0;
+    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 0), TRUE);
+    x = y = 0;
+    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 1), TRUE);
+    EXPECT_NEAR(x, 42, 1e-9);
+    EXPECT_NEAR(y, 17, 1e-9);
+    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 2), TRUE);
+    EXPECT_NEAR(x, 42, 1e-9);
+
+    double left = 0;
+    double top = 0;
+    double right = 0;
+    double bottom = 0;
+    EXPECT_EQ(display->DeviceRectToMap({42, 17, 50, 30}, &left, &top, &right, &bottom), TRUE);
+    EXPECT_NEAR(left, mapX, 1e-9);
+    EXPECT_NEAR(top, mapY, 1e-9);
+    EXPECT_LT(left, right);
+    EXPECT_GT(top, bottom);
+}
+
+TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
+    Open(1);  // 128 x 64 pixels in a view of 200 x 120, at its left and top
+    EXPECT_FALSE(display->IsPointOutside({0, 0}));
+    EXPECT_FALSE(display->IsPointOutside({127, 63}));
+    EXPECT_TRUE(display->IsPointOutside({130, 10}));
+    EXPECT_TRUE(display->IsPointOutside({10, 66}));
+    Open(5);
+    EXPECT_FALSE(display->IsPointOutside({199, 119}));
+    EXPECT_TRUE(display->IsPointOutside({200, 10}));
+    EXPECT_TRUE(display->IsPointOutside({10, -1}));
+}
+
+TEST_F(Terrascope2, AsksForTheVisibleTilesOnlyAndOnce) {
+    Open(4);  // the view of 200 x 120 about (0, 0): 4 x 2 tiles of 64
+    AwaitPicture();
+    const auto requests = script->Requests();
+    EXPECT_EQ(requests.size(), 8U);
+    const auto count = requests.size();
+    display->RefreshTiles();
+    display->SetCenter(display->Center());
+    AwaitPicture();
+    EXPECT_EQ(script->Requests().size(), count);
+}
+
+TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
+    Open(1);
+    AwaitPicture();
+    // The whole view when it was rendered, then each tile with its margin.
+    ASSERT_EQ(window->repaints.size(), 3U);
+    EXPECT_EQ(window->repaints[0], CRect(0, 0, 200, 120));
+    std::sort(window->repaints.begin() + 1, window->repaints.end(),
+              [](const CRect& a, const CRect& b) { return a.left < b.left; });
+    EXPECT_EQ(window->repaints[1], CRect(-3, -3, 67, 67));
+    EXPECT_EQ(window->repaints[2], CRect(61, -3, 131, 67));
+}
+
+TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
+    for (const TileAnswer answer : {TileAnswer::Nothing, TileAnswer::Junk, TileAnswer::EmptyStream,
+                                    TileAnswer::NullRecord, TileAnswer::WrongKey,
+                                    TileAnswer::Throw}) {
+        script->SetTileAnswer(answer);
+        display.reset();
+        Open(2);
+        AwaitPicture();
+        EXPECT_EQ(PaintedAt(100, 60), kWaitingGrey) << static_cast<int>(answer);
+    }
+}
+
+TEST_F(Terrascope2, DropsATileThatComesTooLate) {
+    script->Hold();
+    Open(5);
+    ASSERT_TRUE(script->AwaitHeld(2, 10000));
+    ASSERT_TRUE(display->SetLayer(1));
+    script->Release();
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(10, 10), FromColour(TileColour(1, 0, 0)));
+    EXPECT_EQ(PaintedAt(100, 10), FromColour(TileColour(1, 1, 0)));
+}
+
+TEST_F(Terrascope2, IsSilentWhileTheMouseDragsTheMap) {
+    script->Hold();
+    Open(4);
+    ASSERT_TRUE(script->AwaitHeld(2, 10000));
+    display->OnLButtonDown(0, {100, 60});
+    Await([] { return true; });
+    const auto before = window->repaints.size();
+    script->Release();
+    AwaitPicture();
+    EXPECT_EQ(window->repaints.size(), before);
+    display->OnLButtonUp(0, {100, 60});
+    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+}
+
+TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {
+    for (int i = 0; i < 5; ++i) {
+        script->Reset();
+        script->Hold();
+        Open(4);
+        ASSERT_TRUE(script->AwaitHeld(2, 10000));
+        // The fetches end while the destructor waits for them.
+        std::unique_ptr<CTerrascope2> doomed = std::move(display);
+        const HANDLE thread = ::CreateThread(
+            nullptr, 0,
+            [](void* control) -> DWORD {
+                ::WaitForSingleObject(::GetCurrentThread(), 30);
+                static_cast<IScriptedControl*>(control)->Release();
+                return 0;
+            },
+            script, 0, nullptr);
+        doomed.reset();
+        ::WaitForSingleObject(thread, INFINITE);
+        ::CloseHandle(thread);
+    }
+}
+
+TEST_F(Terrascope2, OutlivesItsHostWindowAndWorksWithoutOne) {
+    script->SetDelay(5);
+    Open(4);
+    window.reset();
+    AwaitPicture();
+    display->RefreshTiles();
+    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+    display.reset();
+
+    Open(4);  // with no window at all
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+}
+
+TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {
+    ScriptedMap map = WorldMap();
+    const auto open = [&] {
+        script->SetMaps({map});
+        MakeDisplay();
+        if (display->OpenMap(map.name.c_str())) {
+            for (const int layer : {0, 1, 2, INT_MAX})
+                display->SetLayer(static_cast<UINT>(layer));
+            display->GetLayerRange();
+            Paint();
+            Click({10, 10});
+            display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn));
+            Click({10, 10});
+            Paint();
+        }
+        display.reset();
+        map = WorldMap();
+    };
+    script->SetTileAnswer(TileAnswer::Nothing);
+    map.layerCount = INT_MAX;
+    map.firstLayer = INT_MIN;
+    open();
+    map.columns = map.rows = 0;
+    open();
+    map.columns = map.rows = -5;
+    open();
+    map.columns = INT_MAX;
+    open();
+    map.tileWidth = map.tileHeight = INT_MAX;
+    open();
+    map.tileWidth = -64;
+    open();
+    map.tileWidth = map.tileHeight = 1;
+    map.columns = map.rows = 100000;
+    open();
+    map.zoomFactor = 0;
+    open();
+    map.zoomFactor = -1e300;
+    open();
+    map.width = std::nan("");
+    open();
+    map.left = map.bottom = 1e308;
+    map.width = map.height = 1e308;
+    open();
+    map.width = map.height = 0;
+    open();
+}
+
+}  // namespace
+}  // namespace TerrascopeTest

@@ -1,0 +1,211 @@
+#include "terrascope/display/ViewGeometry.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "terrascope/display/CenterPointAdjuster2.h"
+#include "terrascope/display/DeviceUnits.h"
+#include "terrascope/display/OffsetCalculator.h"
+
+namespace Terrascope {
+namespace {
+
+/// The world in degrees, 4 x 2 tiles of 256 x 128 pixels.
+Viewport World() {
+    Viewport view;
+    view.extent = {-180, -90, 360, 180};
+    view.tileSize = CSize(256, 128);
+    view.tileCount = CSize(4, 2);
+    view.resolution = {360.0 / 1024, 180.0 / 256};
+    view.size = CSize(301, 100);
+    view.origin = CPoint(7, 11);
+    view.center = {12.5F, -30.25F};
+    return view;
+}
+
+TEST(ViewGeometry, DeviceToMapAndBackReturnsToThePoint) {
+    for (const CSize size : {CSize(300, 100), CSize(301, 99), CSize(1, 1), CSize(0, 0)}) {
+        Viewport view = World();
+        view.size = size;
+        for (const PointD device : {PointD{0, 0}, {7, 11}, {-50.5, 300.25}, {157, 61}}) {
+            const PointD back = MapToDevice(view, DeviceToMap(view, device));
+            EXPECT_NEAR(back.x, device.x, 1e-9);
+            EXPECT_NEAR(back.y, device.y, 1e-9);
+        }
+        const PointD middle =
+            DeviceToMap(view, {7.0 + view.size.cx / 2, 11.0 + view.size.cy / 2});
+        EXPECT_DOUBLE_EQ(middle.x, 12.5) << "the centre is at the truncated half";
+        EXPECT_DOUBLE_EQ(middle.y, -30.25);
+    }
+}
+
+TEST(ViewGeometry, TheMapsCornerLiesWhereItsPointConvertsTo) {
+    Viewport view = World();
+    view.origin = CPoint(0, 0);
+    const PointD corner = MapToDevice(view, {-180, 90});
+    EXPECT_EQ(MapCornerPosition(view), CPoint(static_cast<int>(std::trunc(corner.x)),
+                                              static_cast<int>(std::trunc(corner.y))));
+    EXPECT_EQ(LayerPixelSize(view), CSize(1024, 256));
+}
+
+TEST(ViewGeometry, RegionsAreClippedToTheMapAndRunDownwards) {
+    Viewport view = World();
+    const MapRegion inside = RegionAround(view, kVisibleRegionFactor);
+    EXPECT_FLOAT_EQ(inside.width, static_cast<float>(301 * 360.0 / 1024));
+    EXPECT_FLOAT_EQ(inside.height, static_cast<float>(-100 * 180.0 / 256));
+
+    view.center = {-179, 89};
+    const MapRegion corner = RegionAround(view, kLoadRegionFactor);
+    EXPECT_FLOAT_EQ(corner.left, -180);
+    EXPECT_FLOAT_EQ(corner.top, 90);
+
+    view.size = CSize(5000, 5000);
+    const MapRegion whole = RegionAround(view, kLoadRegionFactor);
+    EXPECT_FLOAT_EQ(whole.width, 360);
+    EXPECT_FLOAT_EQ(whole.height, -180);
+    const TileRange range = TileRangeOf(view, whole);
+    EXPECT_EQ(range.columnCount, 4);
+    EXPECT_EQ(range.rowCount, 2);
+}
+
+TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
+    Viewport view = World();
+    view.extent = {0, 0, 100, 100};
+    view.tileSize = CSize(10, 10);
+    view.resolution = {0.1, 0.1};  // tiles of one map unit
+    struct Case {
+        float width;
+        int columns;
+    };
+    for (const Case c : {Case{2.0F, 2}, {2.000001F, 2}, {2.001F, 3}, {1.999F, 2}}) {
+        EXPECT_EQ(TileRangeOf(view, {0, 100, c.width, -1}).columnCount, c.columns) << c.width;
+        EXPECT_EQ(TileRangeOf(view, {0, 100, 1, -c.width}).rowCount, c.columns) << c.width;
+    }
+    const TileRange inner = TileRangeOf(view, {3.5F, 96.5F, 1.0F, -1.0F});
+    EXPECT_EQ(inner.firstColumn, 3);
+    EXPECT_EQ(inner.firstRow, 3);
+    EXPECT_EQ(inner.EndColumn(), 5);
+    EXPECT_EQ(inner.EndRow(), 5);
+}
+
+TEST(ViewGeometry, NumbersThatDivideByNothingGiveNothing) {
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    for (const Resolution odd : {Resolution{0, 1}, {1, 0}, {-1, 1}, {kNan, 1}, {1e-300, 1e-300}}) {
+        Viewport view = World();
+        view.resolution = odd;
+        MapToDevice(view, {1e300, -1e300});
+        MapCornerPosition(view);
+        const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
+        EXPECT_TRUE(range.IsEmpty() || range.columnCount < 65537);
+        PaintMoment moment;
+        moment.resolution = odd;
+        moment.center = {1e30F, -1e30F};
+        SourceRectangle(moment, view.size);
+    }
+    PaintMoment moment;
+    moment.resolution = {1, 1};
+    EXPECT_TRUE(SourceRectangle(moment, {0, 10}).IsRectEmpty());
+    moment.targetFactor = 1.0;
+    EXPECT_EQ(SourceRectangle(moment, {10, 8}).Size(), CSize(10, 8)) << "no way to go: at rest";
+    moment.targetFactor = 0.0;
+    moment.currentFactor = 0.5;
+    SourceRectangle(moment, {10, 8});
+}
+
+TEST(ViewGeometry, TheSourceAtRestIsTheViewAndShrinksOrGrowsToTheTarget) {
+    PaintMoment moment;
+    moment.resolution = {0.5, 0.5};
+    moment.center = {100, 100};
+    moment.bitmapOrigin = {50, 150};  // the centre is 100 pixels right of and below it
+    EXPECT_EQ(SourceRectangle(moment, {60, 40}), CRect(CPoint(70, 80), CSize(60, 40)));
+
+    moment.shift = {10, 5};  // 20 pixels right, 10 up
+    moment.currentFactor = 1.6;
+    EXPECT_EQ(SourceRectangle(moment, {60, 40}), CRect(CPoint(100 + 12 - 21, 100 - 6 - 14),
+                                                       CSize(42, 28)));
+    moment.currentFactor = 2.0;
+    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
+              CRect(CPoint(100 + 20 - 15, 100 - 10 - 10), CSize(30, 20)));
+
+    moment.targetFactor = 0.5;
+    moment.currentFactor = 0.5;
+    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
+              CRect(CPoint(100 + 20 - 60, 100 - 10 - 40), CSize(120, 80)));
+}
+
+TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
+    const MapExtent map{0, 0, 100, 50};
+    const Resolution one{1, 1};
+    struct Case {
+        CSize view;
+        CPointF proposed;
+        CPointF expected;
+    };
+    const Case cases[] = {
+        {{20, 10}, {50, 25}, {50, 25}},       // inside: unchanged
+        {{20, 10}, {0, 0}, {10, 5}},          // beyond left and bottom
+        {{20, 10}, {99, 49}, {90, 45}},       // beyond right and top
+        {{200, 100}, {150, 75}, {100, 0}},    // wider: to the left edge; higher: to the top
+        {{200, 100}, {0, -50}, {0, 0}},       // right edge inside the view; top edge inside it
+        {{100, 50}, {60, 20}, {50, 25}},      // exactly the map
+    };
+    for (const Case& c : cases) {
+        const CPointF result = CCenterPointAdjuster2(&map, &one, c.proposed, c.view).Adjusted();
+        EXPECT_EQ(result, c.expected) << c.proposed.x << "," << c.proposed.y << " in "
+                                      << c.view.cx << "x" << c.view.cy << " gave " << result.x
+                                      << "," << result.y;
+    }
+
+    // On the very edge of the band x stays as given, y is computed anew: 0.1 has no exact float.
+    const MapExtent odd{0.1, 0.1, 10, 10};
+    const CPointF edge(static_cast<float>(0.1 + 2.5), static_cast<float>(0.1 + 2.5));
+    EXPECT_EQ(CCenterPointAdjuster2(&odd, &one, edge, {5, 5}).Adjusted(), edge);
+}
+
+TEST(OffsetCalculator, StopsTheMapAtAllFourEdges) {
+    struct Case {
+        const char* what;
+        int layer, corner, shift, permitted;
+    };
+    // A view of 100 pixels.
+    const Case cases[] = {
+        {"no shift", 300, 50, 0, 0},
+        {"larger, free", 300, -50, -20, -20},
+        {"larger, stops at its right edge", 300, -190, -20, -10},
+        {"larger, stops at its left edge", 300, -5, 20, 5},
+        {"smaller, free", 40, 30, 10, 10},
+        {"smaller, stops at the right", 40, 55, 10, 5},
+        {"smaller, stops at the left", 40, 5, -10, -5},
+        {"smaller and outside comes back", 40, 80, 1, -20},
+        {"just as large", 100, 0, 7, 0},
+    };
+    for (const Case& c : cases) {
+        for (const bool vertical : {false, true}) {
+            COffsetCalculator calculator;
+            const auto pair = [&](int value, int other) {
+                return vertical ? CSize(other, value) : CSize(value, other);
+            };
+            calculator.SetViewSize(pair(100, 77));
+            calculator.SetLayerSize(pair(c.layer, 500));
+            calculator.SetMapPosition(CPoint(0, 0) + pair(c.corner, -3));
+            calculator.SetOffset(pair(c.shift, 0));
+            EXPECT_EQ(calculator.PermittedOffset(), pair(c.permitted, 0)) << c.what << vertical;
+        }
+    }
+}
+
+TEST(DeviceUnits, FollowTheScreensDotsPerInchAndTruncate) {
+    EXPECT_EQ(DeviceFactor(96), 319.0F);
+    EXPECT_EQ(DeviceFactor(120), 399.0F);
+    EXPECT_EQ(DeviceFactor(144), 479.0F);
+    EXPECT_EQ(DeviceToLogical(319.0F, 319.0F), 1000.0F);
+    EXPECT_EQ(LogicalToDevice(1000.0F, 319.0F), 319.0F);
+    EXPECT_EQ(DeviceToLogical(1, 319.0F), 3);
+    EXPECT_EQ(LogicalToDevice(3, 319.0F), 0);
+    EXPECT_EQ(DeviceToLogical(-1, 319.0F), -3);
+}
+
+}  // namespace
+}  // namespace Terrascope

@@ -1,0 +1,74 @@
+#include "terrascope/tiles/Thread.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+#include "tests/fixtures/Await.h"
+
+namespace Terrascope {
+namespace {
+
+using TerrascopeTest::Await;
+
+class CountingThread : public CThread {
+public:
+    ~CountingThread() override { Stop(); }
+
+    DWORD Run() override {
+        ++runs;
+        while (!ShouldStop(1)) {
+        }
+        stopSeen = ShouldStop(0) && ShouldStop(0);
+        return 0;
+    }
+
+    std::atomic<int> runs{0};
+    std::atomic<bool> stopSeen{false};
+};
+
+TEST(Thread, RunsOnceHoweverOftenItIsStartedAndKeepsTheStopSignal) {
+    CountingThread thread;
+    EXPECT_TRUE(thread.IsFinished());
+    EXPECT_TRUE(thread.ShouldStop(0)) << "without an event there is nothing to wait for";
+    thread.Stop();
+
+    thread.Start();
+    thread.Start();
+    ASSERT_TRUE(Await([&] { return thread.runs == 1; }));
+    EXPECT_FALSE(thread.IsFinished());
+    thread.Stop();
+    EXPECT_TRUE(thread.stopSeen);
+    EXPECT_TRUE(thread.IsFinished());
+    EXPECT_EQ(thread.runs, 1);
+
+    thread.Start();
+    EXPECT_TRUE(Await([&] { return thread.runs == 2; })) << "it can be started again";
+}
+
+class EndingThread : public CThread {
+public:
+    explicit EndingThread(bool throwing) : m_throwing(throwing) {}
+    ~EndingThread() override { Stop(); }
+
+    DWORD Run() override {
+        if (m_throwing)
+            throw std::runtime_error("a body that fails");
+        return 0;
+    }
+
+private:
+    bool m_throwing;
+};
+
+TEST(Thread, EndsByItselfOrByAnExceptionAndIsThenFinished) {
+    for (const bool throwing : {false, true}) {
+        EndingThread thread(throwing);
+        thread.Start();
+        EXPECT_TRUE(Await([&] { return thread.IsFinished(); }));
+    }
+}
+
+}  // namespace
+}  // namespace Terrascope

@@ -1,0 +1,82 @@
+#include "terrascope/tiles/TileKey.h"
+
+#include <gtest/gtest.h>
+
+#include "terrascope/tiles/TileLayer2.h"
+
+namespace Terrascope {
+namespace {
+
+struct KeyCase {
+    const char* key;
+    bool valid;
+    std::uint32_t column;
+    std::uint32_t row;
+};
+
+void PrintTo(const KeyCase& c, std::ostream* out) { *out << '"' << c.key << '"'; }
+
+class TileKeyDecoding : public testing::TestWithParam<KeyCase> {};
+
+TEST_P(TileKeyDecoding, GivesColumnAndRowUpToTheFirstWrongDigit) {
+    TileIndex index;
+    EXPECT_EQ(DecodeTileKey(GetParam().key, index), GetParam().valid);
+    EXPECT_EQ(index.column, GetParam().column);
+    EXPECT_EQ(index.row, GetParam().row);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, TileKeyDecoding,
+                         testing::Values(KeyCase{"", true, 0, 0}, KeyCase{"3", true, 1, 1},
+                                         KeyCase{"12", true, 2, 1}, KeyCase{"4", true, 0, 2},
+                                         KeyCase{"41", true, 1, 4}, KeyCase{"5", false, 0, 0},
+                                         KeyCase{"1x3", false, 4, 0}, KeyCase{"-1", false, 0, 0}));
+
+TEST(TileKey, OfAChildIsTheParentsWithOneDigitMore) {
+    for (int layer = 1; layer <= 5; ++layer) {
+        const std::uint32_t size = 1U << layer;
+        for (std::uint32_t column = 0; column < size; ++column) {
+            for (std::uint32_t row = 0; row < size; ++row) {
+                const CString key = MakeTileKey(column, row, layer);
+                TileIndex index;
+                ASSERT_EQ(key.GetLength(), layer);
+                ASSERT_TRUE(DecodeTileKey(key, index));
+                ASSERT_EQ(index.column, column);
+                ASSERT_EQ(index.row, row);
+                CString child;
+                child.Format("%s%d", key.GetString(), 2);
+                ASSERT_EQ(child, MakeTileKey(2 * column, 2 * row + 1, layer + 1));
+            }
+        }
+    }
+}
+
+TEST(TileKey, IsEmptyWhereNoTileCanBe) {
+    for (const int layer : {0, -1, INT_MIN, kDeepestLayer + 1, INT_MAX})
+        EXPECT_TRUE(MakeTileKey(5, 3, layer).IsEmpty()) << layer;
+    EXPECT_EQ(MakeTileKey(2, 1, 2), CString("12"));
+    EXPECT_EQ(MakeTileKey(0x80000000U, 0, 32), CString("1" + CString('0', 31)));
+}
+
+TEST(TileLayer2, TakesTileSizeAndUnitsFromTheMapAndTheFactor) {
+    tagTILE_MAP_INFO map;
+    map.nTileWidth = 256;
+    map.nTileHeight = 128;
+    map.dLongitude = 360;
+    map.dLatitude = 180;
+    tagTILE_MAP_LAYER_INFO info;
+    info.nTileCountX = 4;
+    info.nTileCountY = 2;
+    info.nTileWidth = 999;
+    info.dZoomFactor = 0.7;
+    const CTileLayer2 layer(map, info);
+    EXPECT_EQ(layer.nTileWidth, 179);
+    EXPECT_EQ(layer.nTileHeight, 89);
+    EXPECT_DOUBLE_EQ(layer.dUnitsPerPixelX, 360.0 / (4 * 179));
+    EXPECT_DOUBLE_EQ(layer.dUnitsPerPixelY, 180.0 / (2 * 89));
+
+    info.nTileCountX = 0;
+    EXPECT_EQ(CTileLayer2(map, info).dUnitsPerPixelX, 0.0);
+}
+
+}  // namespace
+}  // namespace Terrascope

@@ -1,0 +1,190 @@
+#include "terrascope/tiles/TileLoadQueue2.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "tests/fixtures/Await.h"
+#include "terrascope/tiles/TileLoadThread.h"
+
+namespace Terrascope {
+namespace {
+
+using TerrascopeTest::Await;
+
+/// A provider whose first two fetches (one per loading thread) wait until they are released, so
+/// that the queue behind them can be arranged at leisure.
+class GatedProvider : public CTileMapInfoProviderWrapper {
+public:
+    GatedProvider() : m_gate(::CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
+    ~GatedProvider() override { ::CloseHandle(m_gate); }
+
+    std::list<tagTILE_IMAGE*> LoadTiles(const CString& mapName, int layer,
+                                        const std::list<CString>& keys) override {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_fetched.push_back(Story(mapName, layer, keys.front()));
+            m_times.push_back(::GetTickCount64());
+        }
+        ++entered;
+        ::WaitForSingleObject(m_gate, 30000);
+        if (missing)
+            return {};
+        auto* image = new tagTILE_IMAGE;
+        image->strKey = keys.front();
+        return {image};
+    }
+
+    static std::string Story(const CString& mapName, int layer, const CString& key) {
+        return std::string(mapName) + "/" + std::to_string(layer) + "/" + key.GetString();
+    }
+
+    void Open() { ::SetEvent(m_gate); }
+
+    /// What was fetched after the two fetches that hold the gate.
+    std::vector<std::string> Fetched() {
+        const std::lock_guard lock(m_mutex);
+        return {m_fetched.begin() + 2, m_fetched.end()};
+    }
+
+    std::vector<ULONGLONG> Times() {
+        const std::lock_guard lock(m_mutex);
+        return m_times;
+    }
+
+    std::atomic<int> entered{0};
+    std::atomic<bool> missing{false};
+
+private:
+    HANDLE m_gate;
+    std::mutex m_mutex;
+    std::vector<std::string> m_fetched;
+    std::vector<ULONGLONG> m_times;
+};
+
+class Receiver : public ITileLoadedSlot {
+public:
+    void OnTileLoaded(tagTILE_IMAGE* image) override {
+        delete image;
+        ++delivered;
+    }
+    std::atomic<int> delivered{0};
+};
+
+class TileLoadQueue : public testing::Test {
+protected:
+    void HoldBothWorkers() {
+        queue.Push("gate", 0, "gate0");
+        queue.Push("gate", 0, "gate1");
+        ASSERT_TRUE(Await([&] { return provider.entered == 2; }));
+    }
+
+    /// The order in which what is queued now is served.
+    std::vector<std::string> Serve(int count) {
+        provider.Open();
+        EXPECT_TRUE(Await([&] { return provider.entered == 2 + count; }));
+        EXPECT_TRUE(Await([&] { return provider.missing || receiver.delivered == 2 + count; }));
+        return provider.Fetched();
+    }
+
+    GatedProvider provider;
+    Receiver receiver;
+    CTileLoadQueue2 queue{&receiver, &provider};
+};
+
+TEST_F(TileLoadQueue, ServesFirstInFirstOutButTheTileMovedLastFirst) {
+    HoldBothWorkers();
+    for (const char* key : {"0", "1", "2", "3"})
+        queue.Push("map", 1, key);
+    EXPECT_TRUE(queue.MoveToFront("1"));
+    EXPECT_TRUE(queue.MoveToFront("3"));
+    EXPECT_TRUE(queue.MoveToFront("not queued"));
+
+    // Two workers: the pops are in order, but which of a pair reports first is open.
+    auto served = Serve(4);
+    std::sort(served.begin(), served.begin() + 2);
+    std::sort(served.begin() + 2, served.end());
+    EXPECT_EQ(served, (std::vector<std::string>{"map/1/1", "map/1/3", "map/1/0", "map/1/2"}));
+}
+
+TEST_F(TileLoadQueue, KeepsAKeyOnceWhateverItsMapLayerOrCase) {
+    HoldBothWorkers();
+    queue.Push("first", 1, "aB");
+    queue.Push("second", 2, "Ab");
+    queue.MoveToFront("AB");
+    EXPECT_EQ(Serve(1), std::vector<std::string>{"first/1/aB"});
+
+    queue.Push("third", 3, "ab");
+    EXPECT_TRUE(Await([&] { return provider.entered == 4; })) << "served, it can be queued again";
+}
+
+TEST_F(TileLoadQueue, GoesOnWhilePausedAndForgetsWhatWasCleared) {
+    HoldBothWorkers();
+    queue.Push("map", 1, "0");
+    queue.Clear();
+    queue.Push("map", 1, "1");
+    queue.Pause();
+    EXPECT_EQ(Serve(1), std::vector<std::string>{"map/1/1"});
+    queue.Resume();
+}
+
+TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) {
+    provider.Open();
+    for (int i = 0; i < 6; ++i) {
+        CString key;
+        key.Format("%d", i);
+        queue.Push("map", 1, key);
+    }
+    ASSERT_TRUE(Await([&] { return receiver.delivered == 6; }));
+    const auto times = provider.Times();
+    // Three tiles a worker: two whole paces between its first and its last fetch.
+    EXPECT_GE(times.back() - times.front(), 2U * 150U);
+
+    provider.missing = true;
+    const ULONGLONG start = ::GetTickCount64();
+    for (int i = 0; i < 100; ++i) {
+        CString key;
+        key.Format("missing %d", i);
+        queue.Push("map", 1, key);
+    }
+    ASSERT_TRUE(Await([&] { return provider.entered == 106; }));
+    EXPECT_LT(::GetTickCount64() - start, 5000U) << "paced, a hundred tiles take 7.5 s";
+    EXPECT_EQ(receiver.delivered, 6);
+}
+
+TEST(TileLoadQueueEnd, WaitsForTheFetchInProgressAndLosesNothing) {
+    GatedProvider provider;
+    Receiver receiver;
+    {
+        CTileLoadQueue2 queue(&receiver, &provider);
+        for (int i = 0; i < 10; ++i) {
+            CString key;
+            key.Format("%d", i);
+            queue.Push("map", 1, key);
+        }
+        ASSERT_TRUE(Await([&] { return provider.entered == 2; }));
+        provider.Open();
+    }
+    EXPECT_EQ(receiver.delivered, 2) << "what was not yet fetched is dropped";
+    EXPECT_EQ(provider.entered, 2);
+}
+
+TEST(TileLoadQueueEnd, AbandonsAThreadThatIsStuckInTheProvider) {
+    // Both live on after the queue, as a stuck fetch would have it.
+    static GatedProvider provider;
+    static Receiver receiver;
+    {
+        CTileLoadQueue2 queue(&receiver, &provider);
+        queue.Push("map", 1, "0");
+        ASSERT_TRUE(Await([&] { return provider.entered == 1; }));
+    }
+    provider.Open();
+    EXPECT_FALSE(Await([&] { return receiver.delivered > 0; }, 500))
+        << "an abandoned thread must touch nothing when it comes back";
+}
+
+}  // namespace
+}  // namespace Terrascope
