@@ -1,15 +1,24 @@
 #pragma once
 
-/// The lines of message maps; included by MessageMap.h. Each macro's name and handler are the
+/// The lines of message maps; Wnd.h includes them. Each macro's name and handler are the
 /// framework's documented ones.
 #include "../Export.h"
+#include "DeviceContext.h"
 #include "MessageMap.h"
 
 namespace FrameworkMessages {
 
 FRAMEWORK_API CWnd* WindowOf(HWND handle);
-/// A device context object for the length of one message.
-FRAMEWORK_API CDC* ContextOf(HDC handle);
+
+/// A device context object for the length of one message; the handle stays the sender's.
+struct BorrowedContext {
+    explicit BorrowedContext(WPARAM handle) { dc.Attach(reinterpret_cast<HDC>(handle)); }
+    ~BorrowedContext() { dc.Detach(); }
+    BorrowedContext(const BorrowedContext&) = delete;
+    BorrowedContext& operator=(const BorrowedContext&) = delete;
+
+    CDC dc;
+};
 
 // One function for each form of handler. `H` is its member function pointer.
 
@@ -59,7 +68,8 @@ bool CallCreate(CWnd* window, const void* handler, UINT, WPARAM, LPARAM l, LRESU
 
 template <class H>
 bool CallDC(CWnd* window, const void* handler, UINT, WPARAM w, LPARAM, LRESULT* result) {
-    *result = Handler<H>::Call(window, handler, ContextOf(reinterpret_cast<HDC>(w)));
+    BorrowedContext context(w);
+    *result = Handler<H>::Call(window, handler, &context.dc);
     return true;
 }
 
@@ -91,8 +101,9 @@ bool CallMinMaxInfo(CWnd* window, const void* handler, UINT, WPARAM, LPARAM l, L
 template <class H>
 bool CallCtlColorReflect(CWnd* window, const void* handler, UINT message, WPARAM w, LPARAM,
                          LRESULT* result) {
-    const HBRUSH brush = Handler<H>::Call(window, handler, ContextOf(reinterpret_cast<HDC>(w)),
-                                          message - WM_CTLCOLORMSGBOX);
+    BorrowedContext context(w);
+    const HBRUSH brush =
+        Handler<H>::Call(window, handler, &context.dc, message - WM_CTLCOLORMSGBOX);
     *result = reinterpret_cast<LRESULT>(brush);
     return brush != nullptr;
 }

@@ -18,7 +18,6 @@ namespace {
 struct WindowThread {
     std::map<HWND, CWnd*> permanent;
     std::map<HWND, std::unique_ptr<CWnd>> temporary;
-    std::unique_ptr<CDC> context;
     CWnd* creating = nullptr;
     MSG current{};
     int depth = 0;
@@ -40,19 +39,17 @@ LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
     return ::CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
+/// What a message answers whose handler threw.
+LRESULT AfterException(HWND window, UINT message, LPCSTR what) {
+    AfxTrace("the handler of message %u was left by %s\n", message, what);
+    if (message == WM_PAINT)
+        ::ValidateRect(window, nullptr);  // else it would be asked to paint for ever
+    return message == WM_CREATE ? -1 : 0;
+}
+
 }  // namespace
 
 CWnd* FrameworkMessages::WindowOf(HWND handle) { return CWnd::FromHandle(handle); }
-
-CDC* FrameworkMessages::ContextOf(HDC handle) {
-    WindowThread& thread = ThisThread();
-    if (thread.context)
-        thread.context->Detach();
-    else
-        thread.context = std::make_unique<CDC>();
-    thread.context->Attach(handle);
-    return thread.context.get();
-}
 
 CWnd::~CWnd() {
     if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
@@ -133,8 +130,10 @@ BOOL CWnd::DestroyWindow() {
         return FALSE;
     const HWND window = m_hWnd;
     const BOOL destroyed = ::DestroyWindow(window);
-    // A window that the object never handled leaves by itself: it sends no last message here.
-    ThisThread().permanent.erase(window);
+    // A window that was attached only sends no last message here. Where one came, the object has
+    // let go, and may have deleted itself.
+    if (CWnd* attached = FromHandlePermanent(window))
+        attached->Detach();
     return destroyed;
 }
 
@@ -252,13 +251,16 @@ LRESULT CALLBACK CWnd::Procedure(HWND handle, UINT message, WPARAM wParam, LPARA
         result = window->WindowProc(message, wParam, lParam);
     } catch (CException* failed) {
         failed->Delete();
-        AfxTrace("an exception left the handler of message %u\n", message);
+        result = AfterException(handle, message, "a framework exception");
     } catch (const std::exception& failed) {
-        AfxTrace("an exception left the handler of message %u: %s\n", message, failed.what());
+        result = AfterException(handle, message, failed.what());
+    } catch (...) {
+        result = AfterException(handle, message, "an unknown exception");
     }
     thread.current = former;
+    // Only those of windows that are gone: a caller below may hold another.
     if (--thread.depth == 0)
-        thread.temporary.clear();
+        std::erase_if(thread.temporary, [](const auto& known) { return !::IsWindow(known.first); });
 
     if (message == WM_NCDESTROY && FromHandlePermanent(handle) == window) {
         if (window->m_former)

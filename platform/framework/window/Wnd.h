@@ -28,7 +28,8 @@ public:
 
     HWND GetSafeHwnd() const { return m_hWnd; }
 
-    /// The object of a window; a temporary one, good for the current message, when none has it.
+    /// The object of a window; a temporary one when none has it, which must not be kept beyond
+    /// the current message.
     static CWnd* FromHandle(HWND window);
     /// The object that a window was created or attached with; null when there is none.
     static CWnd* FromHandlePermanent(HWND window);
