@@ -3,9 +3,9 @@
 # Each row is ours, the raw call measured in the same run, and their ratio.
 . "$(dirname "${BASH_SOURCE[0]}")/tools/common.sh"
 "$root/tools/setup.sh"
-build_targets bench
+build_targets
 shopt -s nullglob
-for program in "$build"/bench/*.exe; do
+for program in "$build"/bench/*/*.exe; do
     name=$(basename "$program" .exe)
     [ $# -eq 0 ] || [[ " $* " == *" $name "* ]] || continue
     say "$name"

@@ -13,8 +13,9 @@ needed=(
     /usr/bin/x86_64-w64-mingw32-windres binutils-mingw-w64-x86-64
     /usr/x86_64-w64-mingw32/include/windows.h mingw-w64-x86-64-dev
     /usr/lib/wine/wine64 wine64
+    /usr/lib/x86_64-linux-gnu/libXcursor.so.1 libxcursor1
+    /usr/lib/x86_64-linux-gnu/libXrender.so.1 libxrender1
     /usr/bin/Xvfb xvfb
-    /usr/bin/xauth xauth
     /usr/bin/flock util-linux
     /usr/include/spdlog/spdlog.h libspdlog-dev
     /usr/include/fmt/core.h libfmt-dev

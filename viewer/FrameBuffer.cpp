@@ -1,0 +1,82 @@
+#include "viewer/FrameBuffer.h"
+
+#include "terrascope/support/GdiPlus.h"
+#include "terrascope/support/GdiplusSession.h"
+
+namespace Viewer {
+namespace {
+
+/// GDI+'s PNG encoder, the same on every Windows.
+constexpr CLSID kPngEncoder = {
+    0x557cf406, 0x1a04, 0x11d3, {0x9a, 0x73, 0x00, 0x00, 0xf8, 0x1e, 0xf3, 0x2e}};
+
+std::wstring Widen(const CString& text) {
+    const int length = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    std::wstring wide(static_cast<size_t>(length), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), length);
+    return wide;
+}
+
+}  // namespace
+
+CFrameBuffer::~CFrameBuffer() {
+    Release();
+}
+
+bool CFrameBuffer::Resize(CSize size) {
+    Release();
+    if (size.cx <= 0 || size.cy <= 0) {
+        return false;
+    }
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = size.cx;
+    info.bmiHeader.biHeight = -size.cy;  // negative: the top row comes first
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    m_hBitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &m_pBits, nullptr, 0);
+    if (m_hBitmap == nullptr || !m_dc.CreateCompatibleDC(nullptr)) {
+        Release();
+        return false;
+    }
+    m_hFormerBitmap = SelectObject(m_dc.GetSafeHdc(), m_hBitmap);
+    m_size = size;
+    return true;
+}
+
+void CFrameBuffer::Release() {
+    if (m_dc.GetSafeHdc() != nullptr) {
+        if (m_hFormerBitmap != nullptr) {
+            SelectObject(m_dc.GetSafeHdc(), m_hFormerBitmap);
+        }
+        m_dc.DeleteDC();
+    }
+    if (m_hBitmap != nullptr) {
+        DeleteObject(m_hBitmap);
+    }
+    m_hFormerBitmap = nullptr;
+    m_hBitmap = nullptr;
+    m_pBits = nullptr;
+    m_size = CSize(0, 0);
+}
+
+bool CFrameBuffer::SavePng(const CString& path) const {
+    if (IsEmpty()) {
+        return false;
+    }
+    const Terrascope::CGdiplusSession session;
+    GdiFlush();
+    // RGB, not ARGB: GDI leaves the fourth byte of a pixel at zero.
+    Gdiplus::Bitmap picture(m_size.cx, m_size.cy, m_size.cx * 4, PixelFormat32bppRGB,
+                            static_cast<BYTE*>(m_pBits));
+    // Under another name first: an interrupted write must not leave half a picture under this one.
+    const CString partial = path + ".part";
+    if (picture.Save(Widen(partial).c_str(), &kPngEncoder, nullptr) == Gdiplus::Ok &&
+        MoveFileExA(partial, path, MOVEFILE_REPLACE_EXISTING)) {
+        return true;
+    }
+    DeleteFileA(partial);
+    return false;
+}
+
+}  // namespace Viewer

@@ -1,0 +1,223 @@
+#include "viewer/MainFrame.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "terrascope/api/MapAssistant.h"
+#include "viewer/AboutDlg.h"
+#include "viewer/Settings.h"
+#include "viewer/resource.h"
+
+namespace Viewer {
+namespace {
+
+using Terrascope::MapToolKind;
+
+struct ToolButton {
+    UINT command;
+    const char* text;
+};
+
+/// In the order of the tool kinds, as their commands are.
+constexpr ToolButton kTools[] = {
+    {ID_TOOL_ARROW, "Arrow"},
+    {ID_TOOL_ZOOM_IN, "Zoom in"},
+    {ID_TOOL_ZOOM_OUT, "Zoom out"},
+    {ID_TOOL_PAN, "Pan"},
+};
+
+/// The status bar's parts: map, layer, tool, point under the mouse (the rest of the width).
+constexpr int kPartEnds[] = {200, 340, 440, -1};
+
+}  // namespace
+
+BEGIN_MESSAGE_MAP(CMainFrame, CFrameWnd)
+ON_WM_SIZE()
+ON_WM_SETFOCUS()
+ON_WM_GETMINMAXINFO()
+ON_COMMAND_RANGE(ID_TOOL_ARROW, ID_TOOL_PAN, &CMainFrame::OnTool)
+ON_COMMAND_RANGE(ID_LAYER_FINER, ID_LAYER_WHOLE, &CMainFrame::OnLayer)
+ON_COMMAND(ID_MAP_OPEN, &CMainFrame::OnMapOpen)
+ON_COMMAND(ID_MAP_EXIT, &CMainFrame::OnMapExit)
+ON_COMMAND(ID_APP_INFO, &CMainFrame::OnAppInfo)
+END_MESSAGE_MAP()
+
+bool CMainFrame::Create(PixelSize viewSize) {
+    if (!CFrameWnd::Create(nullptr, "Terrascope Viewer", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                           rectDefault, nullptr, MAKEINTRESOURCE(IDR_MAIN)) ||
+        !CreateBars() || !m_view.Create(this, ID_MAP_VIEW)) {
+        return false;
+    }
+    m_view.SetStatusListener([this] { ShowStatus(); });
+    LayOut();
+    ResizeView(viewSize);
+    return true;
+}
+
+bool CMainFrame::CreateBars() {
+    if (!m_toolbar.CreateEx(0, TOOLBARCLASSNAMEA, "",
+                            WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_LIST, CRect(0, 0, 0, 0),
+                            this, ID_TOOLS) ||
+        !m_status.CreateEx(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP,
+                           CRect(0, 0, 0, 0), this, ID_STATUS)) {
+        return false;
+    }
+    m_toolbar.SendMessage(TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON));
+    for (const ToolButton& tool : kTools) {
+        TBBUTTON button = {};
+        button.iBitmap = I_IMAGENONE;
+        button.idCommand = static_cast<int>(tool.command);
+        button.fsState = TBSTATE_ENABLED;
+        button.fsStyle = BTNS_CHECKGROUP | BTNS_AUTOSIZE | BTNS_SHOWTEXT;
+        button.iString = reinterpret_cast<INT_PTR>(tool.text);
+        m_toolbar.SendMessage(TB_ADDBUTTONSA, 1, reinterpret_cast<LPARAM>(&button));
+    }
+    m_toolbar.SendMessage(TB_AUTOSIZE);
+    m_status.SendMessage(SB_SETPARTS, std::size(kPartEnds), reinterpret_cast<LPARAM>(kPartEnds));
+    return true;
+}
+
+bool CMainFrame::Open(const MapChoice& choice, std::string& error) {
+    m_view.ResetStatistics();
+    if (!m_view.OpenMap(choice.map.c_str(), choice.firstLayerScale)) {
+        error = "there is no map \"" + choice.map + "\"; --list prints the names";
+        return false;
+    }
+    const int layer = choice.layer.value_or(m_view.Display()->GetLayerRange().first);
+    if (!m_view.ShowLayer(layer)) {
+        error = "the map \"" + choice.map + "\" has no layer " + std::to_string(layer) + ", only " +
+                LayerRangeText();
+        return false;
+    }
+    if (choice.center) {
+        m_view.ShowCenter(*choice.center);
+    }
+    SetWindowText((choice.map + " - Terrascope Viewer").c_str());
+    return true;
+}
+
+std::string CMainFrame::LayerRangeText() {
+    const auto [first, last] = m_view.Display()->GetLayerRange();
+    return "layers " + std::to_string(first) + " to " + std::to_string(last);
+}
+
+void CMainFrame::ChooseMap() {
+    CString name = LoadLastMap();
+    int layer = 0;
+    double scale = 1.0;
+    if (!Terrascope::CMapAssistant::SelectMap(name, layer, scale)) {
+        return;
+    }
+    std::string error;
+    if (Open({name.GetString(), layer, std::nullopt, scale}, error)) {
+        SaveLastMap(name);
+    } else {
+        MessageBox(error.c_str(), "Terrascope Viewer", MB_OK | MB_ICONWARNING);
+    }
+}
+
+void CMainFrame::ResizeView(PixelSize size) {
+    CRect window, view;
+    GetWindowRect(&window);
+    m_view.GetClientRect(&view);
+    SetWindowPos(nullptr, 0, 0, window.Width() + size.width - view.Width(),
+                 window.Height() + size.height - view.Height(),
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void CMainFrame::OnGetMinMaxInfo(MINMAXINFO* info) {
+    // A picture may be larger than the screen.
+    info->ptMaxTrackSize = {kGreatestSide + 200, kGreatestSide + 200};
+    info->ptMinTrackSize = {0, 0};
+}
+
+void CMainFrame::OnSize(UINT type, int cx, int cy) {
+    CFrameWnd::OnSize(type, cx, cy);
+    LayOut();
+}
+
+void CMainFrame::LayOut() {
+    if (m_view.GetSafeHwnd() == nullptr) {
+        return;
+    }
+    m_toolbar.SendMessage(TB_AUTOSIZE);
+    m_status.SendMessage(WM_SIZE);  // the bar finds its own place
+    CRect client, toolbar, status;
+    GetClientRect(&client);
+    m_toolbar.GetWindowRect(&toolbar);
+    m_status.GetWindowRect(&status);
+    m_view.MoveWindow(0, toolbar.Height(), client.Width(),
+                      std::max(0, client.Height() - toolbar.Height() - status.Height()));
+}
+
+void CMainFrame::ShowStatus() {
+    Terrascope::ITerrascope* display = m_view.Display();
+    CString layer, point;
+    if (display != nullptr && display->GetLayer() >= 0) {
+        const auto [first, last] = display->GetLayerRange();
+        layer.Format("Layer %d (%d to %d)", display->GetLayer(), first, last);
+    }
+    MapPoint under;
+    if (m_view.PointUnderMouse(under)) {
+        point.Format("%.5f, %.5f", under.x, under.y);
+    }
+    const auto tool = static_cast<size_t>(m_view.Tool());
+    SetStatusText(0, display != nullptr ? display->GetMapName() : CString());
+    SetStatusText(1, layer);
+    SetStatusText(2, kTools[tool].text);
+    SetStatusText(3, point);
+    m_toolbar.SendMessage(TB_CHECKBUTTON, kTools[tool].command, TRUE);
+    CheckMenuRadioItem(::GetMenu(m_hWnd), ID_TOOL_ARROW, ID_TOOL_PAN, kTools[tool].command,
+                       MF_BYCOMMAND);
+}
+
+void CMainFrame::SetStatusText(int part, const CString& text) {
+    CString& shown = m_statusTexts[part];
+    if (shown != text) {
+        shown = text;
+        m_status.SendMessage(SB_SETTEXTA, static_cast<WPARAM>(part),
+                             reinterpret_cast<LPARAM>(shown.GetString()));
+    }
+}
+
+BOOL CMainFrame::PreTranslateMessage(MSG* message) {
+    if (message->message == WM_KEYDOWN && message->wParam == 'O' && GetKeyState(VK_CONTROL) < 0) {
+        PostMessage(WM_COMMAND, ID_MAP_OPEN);
+        return TRUE;
+    }
+    return CFrameWnd::PreTranslateMessage(message);
+}
+
+void CMainFrame::OnSetFocus(CWnd*) {
+    m_view.SetFocus();
+}
+
+void CMainFrame::OnTool(UINT command) {
+    m_view.SelectTool(static_cast<MapToolKind>(command - ID_TOOL_ARROW));
+}
+
+void CMainFrame::OnLayer(UINT command) {
+    if (command == ID_LAYER_WHOLE) {
+        m_view.ShowWholeMap();
+        return;
+    }
+    CRect client;
+    m_view.GetClientRect(&client);
+    m_view.StepLayer(command == ID_LAYER_FINER ? 1 : -1, client.CenterPoint());
+}
+
+void CMainFrame::OnMapOpen() {
+    ChooseMap();
+}
+
+void CMainFrame::OnMapExit() {
+    PostMessage(WM_CLOSE);
+}
+
+void CMainFrame::OnAppInfo() {
+    CAboutDlg(this).DoModal();
+}
+
+}  // namespace Viewer

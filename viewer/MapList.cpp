@@ -1,0 +1,73 @@
+#include "viewer/MapList.h"
+
+#include <afxwin.h>
+#include <commctrl.h>
+
+#include "terrascope/api/MapAssistant.h"
+
+namespace Viewer {
+namespace {
+
+constexpr int kMapListId = 7002;  ///< the dialog's list; column 1 is the map's name
+constexpr int kNameColumn = 1;
+constexpr UINT kPollMs = 10;
+
+std::vector<std::string>* g_pNames = nullptr;
+
+LRESULT CALLBACK MoveDialogAway(int code, WPARAM window, LPARAM create) {
+    if (code == HCBT_CREATEWND) {
+        CREATESTRUCTA& wanted = *reinterpret_cast<CBT_CREATEWNDA*>(create)->lpcs;
+        if ((wanted.style & WS_CHILD) == 0) {
+            wanted.x = -30000;
+            wanted.y = -30000;
+        }
+    }
+    return CallNextHookEx(nullptr, code, window, create);
+}
+
+BOOL CALLBACK ReadDialog(HWND window, LPARAM) {
+    const HWND list = GetDlgItem(window, kMapListId);
+    if (list == nullptr || !IsWindowVisible(window)) {
+        return TRUE;
+    }
+    const int count = ListView_GetItemCount(list);
+    for (int row = 0; row < count; ++row) {
+        char name[1024] = "";
+        LVITEMA item = {};
+        item.iSubItem = kNameColumn;
+        item.pszText = name;
+        item.cchTextMax = sizeof(name);
+        SendMessageA(list, LVM_GETITEMTEXTA, static_cast<WPARAM>(row),
+                     reinterpret_cast<LPARAM>(&item));
+        g_pNames->push_back(name);
+    }
+    PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
+    return FALSE;
+}
+
+void CALLBACK LookForDialog(HWND, UINT, UINT_PTR timer, DWORD) {
+    if (g_pNames != nullptr && !EnumThreadWindows(GetCurrentThreadId(), ReadDialog, 0)) {
+        KillTimer(nullptr, timer);
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> ReadMapNames() {
+    std::vector<std::string> names;
+    g_pNames = &names;
+    const HHOOK hook = SetWindowsHookExA(WH_CBT, MoveDialogAway, nullptr, GetCurrentThreadId());
+    const UINT_PTR timer = SetTimer(nullptr, 0, kPollMs, LookForDialog);
+    CString map;
+    int layer = 0;
+    double scale = 1.0;
+    Terrascope::CMapAssistant::SelectMap(map, layer, scale);
+    KillTimer(nullptr, timer);
+    if (hook != nullptr) {
+        UnhookWindowsHookEx(hook);
+    }
+    g_pNames = nullptr;
+    return names;
+}
+
+}  // namespace Viewer

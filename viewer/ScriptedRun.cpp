@@ -1,0 +1,100 @@
+#include "viewer/ScriptedRun.h"
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "viewer/Console.h"
+#include "viewer/JsonLine.h"
+#include "viewer/MainFrame.h"
+#include "viewer/MapList.h"
+#include "viewer/MessagePump.h"
+#include "viewer/TourPlayer.h"
+
+namespace Viewer {
+namespace {
+
+/// The whole of a file, or of standard input for "-".
+std::optional<std::string> ReadScript(const std::string& name) {
+    const bool isInput = name == "-";
+    const HANDLE handle = isInput
+                              ? GetStdHandle(STD_INPUT_HANDLE)
+                              : CreateFileA(name.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    std::string text;
+    char part[4096];
+    DWORD count = 0;
+    // Reading a pipe to its end fails with "broken pipe": that is its end.
+    while (::ReadFile(handle, part, sizeof(part), &count, nullptr) && count > 0) {
+        text.append(part, count);
+    }
+    if (!isInput) {
+        CloseHandle(handle);
+    }
+    return text;
+}
+
+}  // namespace
+
+bool PrintMaps(CMainFrame& frame, std::string& error) {
+    const std::vector<std::string> names = ReadMapNames();
+    if (names.empty()) {
+        error = "no maps: name a provider and its data path in Terrascope.ini or with --data";
+        return false;
+    }
+    for (const std::string& name : names) {
+        if (!frame.View().OpenMap(name.c_str(), 1.0)) {
+            continue;
+        }
+        Terrascope::ITerrascope& display = *frame.View().Display();
+        double left = 0, top = 0, right = 0, bottom = 0;
+        display.GetMapExtent(&left, &top, &right, &bottom);
+        char rest[160];
+        std::snprintf(rest, sizeof(rest), "\t%s\t%.10g\t%.10g\t%.10g\t%.10g\n",
+                      frame.LayerRangeText().c_str(), left, bottom, right, top);
+        Print(name + rest);
+    }
+    return true;
+}
+
+bool TakeSnapshot(CMainFrame& frame, const ViewerOptions& options, std::string& error) {
+    CMapView& view = frame.View();
+    const bool complete =
+        PumpUntil([&view] { return view.IsComplete(); }, options.timeoutSeconds * 1000);
+    if (!IsWindow(view.GetSafeHwnd())) {
+        error = "the window was closed before the picture was complete";
+        return false;
+    }
+    if (!view.SavePicture(options.snapshotFile.c_str())) {
+        error =
+            "cannot write \"" + options.snapshotFile + "\"; choose a file in an existing folder";
+        return false;
+    }
+    CRect client;
+    view.GetClientRect(&client);
+    CJsonLine line;
+    line.Add("map", std::string_view(view.Display()->GetMapName().GetString()))
+        .Add("layer", view.Display()->GetLayer())
+        .Add("size", std::to_string(client.Width()) + "x" + std::to_string(client.Height()))
+        .Add("milliseconds", view.Statistics().lastRepaintMs)
+        .Add("repaints", view.Statistics().repaints)
+        .Add("complete", complete)
+        .Add("file", options.snapshotFile);
+    Print(line.Text());
+    return true;
+}
+
+bool PlayTour(CMainFrame& frame, const ViewerOptions& options, std::string& error) {
+    const auto script = ReadScript(options.tourFile);
+    if (!script) {
+        error = "cannot read \"" + options.tourFile + "\"; name a file of tour steps";
+        return false;
+    }
+    const auto steps = ParseTour(*script, error);
+    return steps && CTourPlayer(frame, options.timeoutSeconds).Play(*steps, error);
+}
+
+}  // namespace Viewer

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "viewer/TextValues.h"
+
+namespace Viewer {
+
+/// A provider for a role, as CMapAssistant::SetTileMapInfoProvider takes it.
+struct DataSource {
+    std::string role;
+    std::string name;
+    std::string path;
+};
+
+/// What the command line asks for. Texts are in the program's code page.
+struct ViewerOptions {
+    bool help = false;
+    bool version = false;
+    bool list = false;
+    std::string map;
+    std::optional<int> layer;
+    std::optional<MapPoint> center;
+    std::optional<PixelSize> size;
+    std::string snapshotFile;
+    std::string tourFile;  ///< "-" is standard input
+    double timeoutSeconds = 30;
+    std::vector<DataSource> data;
+
+    /// Whether the program works by itself and ends, without a user.
+    bool IsScripted() const { return list || !snapshotFile.empty() || !tourFile.empty(); }
+};
+
+/// The command line without the program's name. On an error the result is empty and `error` says in
+/// one line what to do.
+std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& arguments,
+                                          std::string& error);
+
+/// The text that --help prints.
+std::string_view OptionsHelp();
+
+}  // namespace Viewer

@@ -1,0 +1,28 @@
+#pragma once
+
+// Resource and command identifiers of the viewer.
+#define IDR_MAIN 100
+#define IDD_ABOUT 101
+
+#define IDC_ABOUT_NAME 1001
+#define IDC_ABOUT_LINE 1002
+#define IDC_ABOUT_LOGS 1003
+#define IDC_ABOUT_TEXT 1004
+
+#define ID_MAP_VIEW 2001
+#define ID_STATUS 2002
+#define ID_TOOLS 2003
+
+#define ID_MAP_OPEN 3001
+#define ID_MAP_EXIT 3002
+#define ID_APP_INFO 3003
+
+// In the order of the tool kinds.
+#define ID_TOOL_ARROW 3010
+#define ID_TOOL_ZOOM_IN 3011
+#define ID_TOOL_ZOOM_OUT 3012
+#define ID_TOOL_PAN 3013
+
+#define ID_LAYER_FINER 3020
+#define ID_LAYER_COARSER 3021
+#define ID_LAYER_WHOLE 3022
