@@ -1,25 +1,22 @@
 #include "terrascope/support/ImageHeader.h"
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <algorithm>
+#include <memory>
 #include <ostream>
 #include <random>
 #include <span>
 #include <string>
 
-#include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/GdiplusSession.h"
-#include "terrascope/support/MemStream.h"
 
 namespace Terrascope {
 namespace {
 
 using namespace std::string_literals;
-
-ImageHeader HeaderOf(const std::string& file) {
-    return ReadImageHeader({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
-}
+using enum ImageFormat;
 
 std::string Big16(unsigned v) {
     return {static_cast<char>(v >> 8), static_cast<char>(v)};
@@ -40,38 +37,33 @@ std::string Segment(char marker, const std::string& body) {
 std::string Frame(char marker, unsigned width, unsigned height) {
     return Segment(marker, "\x08"s + Big16(height) + Big16(width) + "\x01\x01\x11\0"s);
 }
-std::string Jpeg(const std::string& segments) {
+std::string AJpeg(const std::string& segments) {
     return "\xFF\xD8"s + segments;
 }
-std::string Png(unsigned width, unsigned height) {
+std::string APng(unsigned width, unsigned height) {
     return "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR"s + Big32(width) + Big32(height) + "\x08\2\0\0\0"s;
 }
 std::string GifFrame(unsigned width, unsigned height) {
-    return "\x2C"s + Little32(0) + Little16(width) + Little16(height) + "\0\2\1x\0"s;
+    return "\x2C\0\0\0\0"s + Little16(width) + Little16(height) + "\0\2\1x\0"s;
 }
-std::string Gif(unsigned width, unsigned height, const std::string& blocks) {
-    return "GIF89a"s + Little16(width) + Little16(height) + "\x80\0\0"s + "rgbRGB" + blocks;
+std::string AGif(unsigned width, unsigned height, const std::string& blocks) {
+    return "GIF89a"s + Little16(width) + Little16(height) + "\x80\0\0rgbRGB"s + blocks;
 }
-std::string Bmp(unsigned headerBytes, const std::string& size) {
+std::string ABmp(unsigned headerBytes, const std::string& size) {
     return "BM"s + std::string(12, '\0') + Little32(headerBytes) + size + std::string(8, '\0');
 }
-std::string TiffLittle(unsigned directory, unsigned width, unsigned height) {
-    return "II*\0"s + Little32(directory) + Little16(2) + Little16(256) + Little16(3) +
-           Little32(1) + Little32(width) + Little16(257) + Little16(4) + Little32(1) +
-           Little32(height);
-}
-std::string TiffBig(unsigned width, unsigned height) {
-    return "MM\0*"s + Big32(8) + Big16(2) + Big16(256) + Big16(3) + Big32(1) + Big16(width) +
-           Big16(0) + Big16(257) + Big16(4) + Big32(1) + Big32(height);
+std::string ATiff(unsigned directory, unsigned width, unsigned height) {
+    return "II*\0"s + Little32(directory) + "\2\0\0\1\3\0\1\0\0\0"s + Little32(width) +
+           "\1\1\4\0\1\0\0\0"s + Little32(height);
 }
 
 struct Case {
     const char* name;
     std::string file;
-    ImageFormat format;
-    unsigned width;
-    unsigned height;
-    bool safe;
+    ImageFormat format = Unknown;
+    unsigned width = 0;
+    unsigned height = 0;
+    bool safe = false;
 };
 void PrintTo(const Case& c, std::ostream* out) {
     *out << c.name;
@@ -79,57 +71,45 @@ void PrintTo(const Case& c, std::ostream* out) {
 
 const std::string kExif = Segment('\xE1', std::string(65533, '\xFF'));
 const Case kCases[] = {
-    {"jpeg", Jpeg(Frame('\xC0', 256, 128)), ImageFormat::Jpeg, 256, 128, true},
+    {"jpeg", AJpeg(Frame('\xC0', 256, 128)), Jpeg, 256, 128, true},
     {"jpeg progressive behind long segments",
-     Jpeg(kExif + kExif + Segment('\xC4', "tables") + "\xFF\xFF"s + Frame('\xC2', 300, 200)),
-     ImageFormat::Jpeg, 300, 200, true},
-    {"jpeg with bytes between segments", Jpeg("junk"s + "\xFF\0"s + Frame('\xC0', 8, 9)),
-     ImageFormat::Jpeg, 8, 9, true},
-    {"jpeg too large to decode", Jpeg(Frame('\xC0', 27000, 27000)), ImageFormat::Jpeg, 27000, 27000,
-     false},
-    {"jpeg without a frame", Jpeg(Segment('\xDA', "scan") + Frame('\xC0', 8, 8)), ImageFormat::Jpeg,
-     0, 0, false},
-    {"jpeg without a height", Jpeg(Frame('\xC0', 8, 0)), ImageFormat::Jpeg, 0, 0, false},
-    {"jpeg with a segment of no length", Jpeg("\xFF\xE0\0\0"s), ImageFormat::Jpeg, 0, 0, false},
-    {"jpeg of fill bytes", Jpeg(std::string(100000, '\xFF')), ImageFormat::Jpeg, 0, 0, false},
-    {"png", Png(256, 257), ImageFormat::Png, 256, 257, true},
-    {"png of 64 megapixels", Png(8192, 8192), ImageFormat::Png, 8192, 8192, true},
-    {"png just above", Png(8192, 8193), ImageFormat::Png, 8192, 8193, false},
-    {"png whose area wraps", Png(0x7FFFFFFF, 0x7FFFFFFF), ImageFormat::Png, 0x7FFFFFFF, 0x7FFFFFFF,
-     false},
-    {"png with a negative size", Png(0x80000001, 1), ImageFormat::Png, 0, 0, false},
-    {"gif", Gif(16, 9, GifFrame(16, 9) + ";"), ImageFormat::Gif, 16, 9, true},
-    {"gif with a huge second frame",
-     Gif(16, 9, "!\xF9\4\0\0\0\0\0"s + GifFrame(16, 9) + GifFrame(65535, 65535)), ImageFormat::Gif,
-     65535, 65535, false},
-    {"bmp", Bmp(40, Little32(7) + Little32(5)), ImageFormat::Bmp, 7, 5, true},
-    {"bmp from the top down", Bmp(124, Little32(7) + Little32(0U - 5)), ImageFormat::Bmp, 7, 5,
+     AJpeg(kExif + kExif + Segment('\xC4', "tables") + "\xFF\xFF"s + Frame('\xC2', 300, 200)), Jpeg,
+     300, 200, true},
+    {"jpeg with bytes between segments", AJpeg("junk\xFF\0"s + Frame('\xC0', 8, 9)), Jpeg, 8, 9,
      true},
-    {"bmp of OS/2", Bmp(12, Little16(7) + Little16(5)), ImageFormat::Bmp, 7, 5, true},
-    {"bmp with the lowest height", Bmp(40, Little32(7) + Little32(0x80000000)), ImageFormat::Bmp, 0,
-     0, false},
-    {"bmp with a negative width", Bmp(40, Little32(0U - 7) + Little32(5)), ImageFormat::Bmp, 0, 0,
-     false},
-    {"tiff", TiffLittle(8, 640, 480), ImageFormat::Tiff, 640, 480, true},
-    {"tiff the other way round", TiffBig(640, 480), ImageFormat::Tiff, 640, 480, true},
-    {"tiff with its directory far away", TiffLittle(0xFFFFFFFF, 1, 1), ImageFormat::Tiff, 0, 0,
-     false},
-    {"webp", "RIFF\x10\0\0\0WEBPVP8 "s, ImageFormat::WebP, 0, 0, false},
-    {"avif",
-     "\0\0\0\x1C"
-     "ftypavif"s,
-     ImageFormat::IsoMedia, 0, 0, false},
-    {"packed vector tile", "\x1F\x8B\x08"s, ImageFormat::Gzip, 0, 0, false},
-    {"error page", "\r\n <!DOCTYPE html>"s, ImageFormat::Markup, 0, 0, false},
-    {"nothing", "", ImageFormat::Unknown, 0, 0, false},
-    {"text", "no such tile", ImageFormat::Unknown, 0, 0, false},
+    {"jpeg too large", AJpeg(Frame('\xC0', 27000, 27000)), Jpeg, 27000, 27000},
+    {"jpeg without a frame", AJpeg(Segment('\xDA', "scan") + Frame('\xC0', 8, 8)), Jpeg},
+    {"jpeg of fill bytes", AJpeg(std::string(100000, '\xFF')), Jpeg},
+    {"png", APng(256, 257), Png, 256, 257, true},
+    {"png of 64 megapixels", APng(8192, 8192), Png, 8192, 8192, true},
+    {"png just above", APng(8192, 8193), Png, 8192, 8193},
+    {"png with a negative size", APng(0x80000001, 1), Png},
+    {"gif", AGif(16, 9, GifFrame(16, 9) + ";"), Gif, 16, 9, true},
+    {"gif with a huge second frame",
+     AGif(16, 9, "!\xF9\4\0\0\0\0\0"s + GifFrame(16, 9) + GifFrame(65535, 65535)), Gif, 65535,
+     65535},
+    {"bmp", ABmp(40, Little32(7) + Little32(5)), Bmp, 7, 5, true},
+    {"bmp from the top down", ABmp(124, Little32(7) + Little32(0U - 5)), Bmp, 7, 5, true},
+    {"bmp of OS/2", ABmp(12, Little16(7) + Little16(5)), Bmp, 7, 5, true},
+    {"bmp with the lowest height", ABmp(40, Little32(7) + Little32(0x80000000)), Bmp},
+    {"tiff", ATiff(8, 640, 480), Tiff, 640, 480, true},
+    {"tiff the other way round",
+     "MM\0*\0\0\0\x8\0\2\1\0\0\3\0\0\0\1\2\x80\0\0\1\1\0\4\0\0\0\1\0\0\1\xE0"s, Tiff, 640, 480,
+     true},
+    {"tiff with its directory far away", ATiff(0xFFFFFFFF, 1, 1), Tiff},
+    {"webp", "RIFF\x10\0\0\0WEBPVP8 "s, WebP},
+    {"avif", "\0\0\0\x1C\x66typavif"s, IsoMedia},
+    {"packed vector tile", "\x1F\x8B\x08"s, Gzip},
+    {"error page", "\r\n <!DOCTYPE html>"s, Markup},
+    {"nothing", ""},
 };
 
 class ImageHeaderCases : public testing::TestWithParam<Case> {};
 
 TEST_P(ImageHeaderCases, TellsFormatSizeAndSafety) {
     const Case& c = GetParam();
-    const ImageHeader header = HeaderOf(c.file);
+    const ImageHeader header =
+        ReadImageHeader({reinterpret_cast<const std::uint8_t*>(c.file.data()), c.file.size()});
     EXPECT_EQ(header.format, c.format);
     EXPECT_EQ(header.width, c.width);
     EXPECT_EQ(header.height, c.height);
@@ -178,52 +158,13 @@ TEST(ImageHeader, ReadsNothingBeyondACutOrDamagedFile) {
     }
 }
 
-TEST(ImageHeader, AgreesWithTheDecoder) {
-    const CGdiplusSession session;
-    ASSERT_TRUE(session.IsStarted());
-    struct {
-        unsigned long encoder;
-        ImageFormat format;
-    } const cases[] = {{0x557CF400, ImageFormat::Bmp},
-                       {0x557CF401, ImageFormat::Jpeg},
-                       {0x557CF405, ImageFormat::Tiff},
-                       {0x557CF406, ImageFormat::Png}};
-    for (const auto& c : cases) {
-        const CLSID encoder = {
-            c.encoder, 0x1A04, 0x11D3, {0x9A, 0x73, 0, 0, 0xF8, 0x1E, 0xF3, 0x2E}};
-        IStream* target = nullptr;
-        ASSERT_EQ(::CreateStreamOnHGlobal(nullptr, TRUE, &target), S_OK);
-        Gdiplus::Bitmap drawn(37, 21, PixelFormat24bppRGB);
-        ASSERT_EQ(drawn.Save(target, &encoder, nullptr), Gdiplus::Ok);
-        STATSTG stat{};
-        HGLOBAL block = nullptr;
-        target->Stat(&stat, STATFLAG_NONAME);
-        ::GetHGlobalFromStream(target, &block);
-        CMemStream file(::GlobalLock(block), stat.cbSize.LowPart);
-        ::GlobalUnlock(block);
-        target->Release();
-
-        const ImageHeader header =
-            ReadImageHeader({file.GetBuffer(), static_cast<std::size_t>(file.GetLength())});
-        EXPECT_EQ(header.format, c.format);
-        EXPECT_TRUE(IsSafeToDecode(header));
-        Gdiplus::Bitmap decoded(file.GetIStream());
-        EXPECT_EQ(decoded.GetLastStatus(), Gdiplus::Ok);
-        EXPECT_EQ(decoded.GetWidth(), header.width);
-        EXPECT_EQ(decoded.GetHeight(), header.height);
-    }
-}
-
 TEST(GdiplusSession, CountsUntilTheLastOneEnds) {
-    EXPECT_EQ(CGdiplusSession::LiveCount(), 0);
-    {
-        const CGdiplusSession outer;
-        {
-            const CGdiplusSession inner;
-            EXPECT_EQ(CGdiplusSession::LiveCount(), 2);
-        }
-        EXPECT_EQ(CGdiplusSession::LiveCount(), 1);
-    }
+    auto first = std::make_unique<CGdiplusSession>();
+    auto second = std::make_unique<CGdiplusSession>();
+    EXPECT_EQ(CGdiplusSession::LiveCount(), 2);
+    first.reset();
+    EXPECT_EQ(CGdiplusSession::LiveCount(), 1);
+    second.reset();
     EXPECT_EQ(CGdiplusSession::LiveCount(), 0);
 }
 

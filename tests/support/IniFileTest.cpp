@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <shlwapi.h>
 
+#include <climits>
 #include <memory>
 #include <vector>
 
@@ -34,29 +35,21 @@ TEST_P(BothIniFiles, ReadNumbersByTheirOwnRules) {
     const auto file = Open(folder.Path("new.ini"));
     EXPECT_TRUE(::PathFileExistsA(folder.Path("new.ini")));
     EXPECT_EQ(file->ReadInteger("s", "none", -7), -7);
-    EXPECT_EQ(file->ReadUInt("s", "none", 7U), 7U);
-    EXPECT_EQ(file->ReadByte("s", "none", 200), 200);
-    EXPECT_TRUE(file->ReadBool("s", "none", true));
     EXPECT_EQ(file->ReadFloat("s", "none", 0.5f), 0.5f);
 
-    const auto write = [&](const char* text) { file->WriteString("s", "k", text); };
-    write("12x");
-    EXPECT_EQ(file->ReadInteger("s", "k", 0), 12);
+    file->WriteString("s", "k", "123x");
+    EXPECT_EQ(file->ReadInteger("s", "k", 0), 123);
     EXPECT_EQ(file->ReadUInt("s", "k", 9), 0U);
-    write("123");
-    EXPECT_EQ(file->ReadUInt("s", "k", 9), 3U);
-    write("99999999999");
-    EXPECT_EQ(file->ReadInteger("s", "k", 0), 2147483647);
-    write("300");
+    file->WriteString("s", "k", "300");
+    EXPECT_EQ(file->ReadUInt("s", "k", 9), 0U);
     EXPECT_EQ(file->ReadByte("s", "k", 0), 44);
     EXPECT_TRUE(file->ReadBool("s", "k", false));
+    file->WriteString("s", "k", "-99999999999");
+    EXPECT_EQ(file->ReadInteger("s", "k", 0), INT_MIN);
+    EXPECT_EQ(file->ReadUInt("s", "k", 0), 9U) << "the last digit alone";
 
     file->WriteUInt("s", "k", 4294967295U);
     EXPECT_EQ(file->ReadString("s", "k", ""), "-1");
-    file->WriteBool("s", "k", false);
-    EXPECT_EQ(file->ReadString("s", "k", ""), "0");
-    file->WriteByte("s", "k", 200);
-    EXPECT_EQ(file->ReadByte("s", "k", 0), 200);
     file->WriteFloat("s", "k", 0.1f);
     EXPECT_EQ(file->ReadString("s", "k", ""), "0.100000");
     file->WriteDouble("s", "k", -1e10);
@@ -74,10 +67,8 @@ TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
         {"2024-5-6 7:8:9", "2024-05-06 07:08:09"},
         {"2024-05-06 x", "2024-05-06 00:00:00"},
         {"2024-05-06", nullptr},
-        {"2024-05", nullptr},
         {"2024-05-06 07:08", nullptr},
         {"", nullptr},
-        {"text", nullptr},
     };
     for (const auto& c : cases) {
         file->WriteString("s", "k", c.text);
@@ -90,14 +81,10 @@ TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
             EXPECT_EQ(file->ReadString("s", "k", ""), c.read);
         }
     }
-    for (const char* text :
-         {"1969-05-06 07:08:09", "2024-13-06 x", "2024-5-32 x", "2024-5-6 24:0:0",
-          "2024-5-6 0:60:0", "2024-5-6 0:0:60", "a-b-c d:e:f"}) {
+    for (const char* text : {"1969-05-06 07:08:09", "2024-5-32 x", "a-b-c d:e:f"}) {
         file->WriteString("s", "k", text);
         EXPECT_THROW(file->ReadDateTime("s", "k", fallback), CDateTimeRangeError) << text;
     }
-    file->WriteString("s", "k", "9999-12-31 0:0:0");
-    EXPECT_THROW(file->ReadDateTime("s", "k", fallback), CDateTimeCalendarError);
 }
 
 TEST(IniFile, AsksTheSystemForEveryValue) {
@@ -108,38 +95,28 @@ TEST(IniFile, AsksTheSystemForEveryValue) {
     EXPECT_EQ(file.ReadString("s", "none", "default"), "default");
     EXPECT_EQ(file.ReadSections(), (Names{"S", "t"}));
     EXPECT_EQ(file.ReadSection("S"), (Names{"k", "q", "empty"}));
-    EXPECT_EQ(file.ReadSectionValues("S"), (Names{"k", "q", "empty"}));
+    EXPECT_EQ(file.ReadSectionValues("S"), file.ReadSection("S"));
     EXPECT_FALSE(file.SectionExists("s"));
-    EXPECT_TRUE(file.ValueExists("s", "k"));
     EXPECT_FALSE(file.ValueExists("S", "K"));
 
     file.WriteString("S", "k", " blank");
     file.WriteString("S", "tail", "blank ");
     file.UpdateFile();
     EXPECT_NE(folder.Read("a.ini").find("k=\" blank\""), std::string::npos);
-    EXPECT_NE(folder.Read("a.ini").find("tail=\"blank \""), std::string::npos);
-    EXPECT_EQ(file.ReadString("S", "k", ""), " blank");
+    EXPECT_EQ(file.ReadString("S", "tail", ""), "blank ");
 
     file.DeleteKey("S", "q");
     EXPECT_EQ(file.ReadSection("S"), (Names{"k", "empty", "tail"}));
     file.AddSection("S");
-    EXPECT_TRUE(file.SectionExists("S"));
     EXPECT_TRUE(file.ReadSection("S").empty());
     file.AddSection("new");
-    EXPECT_TRUE(file.SectionExists("new"));
+    EXPECT_EQ(file.ReadSections(), (Names{"S", "t", "new"}));
     file.EraseSection("S");
-    EXPECT_FALSE(file.SectionExists("S"));
+    EXPECT_EQ(file.ReadSections(), (Names{"t", "new"}));
+    file.WriteString("long", CString('k', 1500), "1");
+    EXPECT_EQ(file.ReadSection("long"), Names{CString('k', 999)}) << "longer names are cut";
     file.Clear();
     EXPECT_EQ(folder.Read("a.ini"), "");
-}
-
-TEST(IniFile, CutsNamesThatItsListsHaveNoRoomFor) {
-    const TempFolder folder;
-    CIniFile file(folder.Write("a.ini", "[s]\r\n" + std::string(1500, 'k') + "=1\r\nb=2\r\n"));
-    const Names keys = file.ReadSection("s");
-    ASSERT_EQ(keys.size(), 2U);
-    EXPECT_EQ(keys[0].GetLength(), 999);
-    EXPECT_EQ(keys[1], "b");
 }
 
 TEST(IniFile, AndItsMemoryKindReadWhatTheOtherWrote) {
@@ -160,12 +137,9 @@ TEST(IniFile, AndItsMemoryKindReadWhatTheOtherWrote) {
 }
 
 TEST(IniFile, LooksForRelativeNamesBesideTheProgram) {
-    CMemIniFile file("SupportTest.Relative.ini", true);
-    EXPECT_EQ(file.GetFileName(), ModuleFolder(nullptr) + "\\SupportTest.Relative.ini");
-    file.WriteString("s", "k", "v");
-    file.UpdateFile();
-    file.SetFileName("");
-    EXPECT_EQ(file.ReadString("s", "k", ""), "v");
+    const CString name = CreateGuidString();
+    const CMemIniFile file(name, true);
+    EXPECT_EQ(file.GetFileName(), ModuleFolder(nullptr) + "\\" + name);
     EXPECT_TRUE(ForceDeleteFile(file.GetFileName()));
 
     CMemIniFile nowhere("Z:\\no such folder\\a.ini", true);
