@@ -39,10 +39,9 @@ std::optional<FileFacts> LookAtFile(const std::wstring& path) {
 
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,
                                                        std::size_t limit) {
-    const CFileHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
-                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                         nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN,
-                                         nullptr));
+    const CFileHandle file(::CreateFileW(
+        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     LARGE_INTEGER size{};
     if (!file.IsOpen() || ::GetFileType(file.Get()) != FILE_TYPE_DISK ||
         !::GetFileSizeEx(file.Get(), &size) ||

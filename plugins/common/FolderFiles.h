@@ -25,7 +25,6 @@ std::optional<FileFacts> LookAtFile(const std::wstring& path);
 
 /// A file's bytes; nothing when it cannot be read or is larger than `limit` bytes.
 /// Threads: any; others may read and replace the file meanwhile.
-std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,
-                                                       std::size_t limit);
+std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path, std::size_t limit);
 
 }  // namespace Terrascope::Plugins

@@ -18,8 +18,8 @@ bool IsDeviceName(std::wstring_view name) {
             letter = static_cast<wchar_t>(letter - L'a' + L'A');
         }
     }
-    constexpr std::array<std::wstring_view, 6> kPlain{L"CON",    L"PRN",     L"AUX",
-                                                      L"NUL",    L"CONIN$", L"CONOUT$"};
+    constexpr std::array<std::wstring_view, 6> kPlain{L"CON", L"PRN",    L"AUX",
+                                                      L"NUL", L"CONIN$", L"CONOUT$"};
     if (std::find(kPlain.begin(), kPlain.end(), stem) != kPlain.end()) {
         return true;
     }

@@ -35,8 +35,7 @@ int IniValues::Whole(const CString& section, const char* key, int least, int mos
     const std::optional<int> value = ParseNumber<int>(ViewOf(text));
     if (!value || *value < least || *value > most) {
         CString reason;
-        reason.Format("'%.60s' is not a whole number from %d to %d", text.GetString(), least,
-                      most);
+        reason.Format("'%.60s' is not a whole number from %d to %d", text.GetString(), least, most);
         Refuse(section, key, reason);
         return least;
     }

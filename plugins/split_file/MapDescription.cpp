@@ -7,10 +7,10 @@ namespace Terrascope::Plugins {
 namespace {
 
 constexpr char kMap[] = "MAP";
-constexpr int kLargestTile = 8192;            // pixels; a larger image is not decoded
-constexpr int kDefaultTile = 256;             // pixels
-constexpr double kFarthest = 1e9;             // map units: far beyond metres around the earth
-constexpr double kSmallestSpan = 1e-9;        // map units
+constexpr int kLargestTile = 8192;      // pixels; a larger image is not decoded
+constexpr int kDefaultTile = 256;       // pixels
+constexpr double kFarthest = 1e9;       // map units: far beyond metres around the earth
+constexpr double kSmallestSpan = 1e-9;  // map units
 constexpr double kSmallestZoom = 1.0 / 256.0;
 constexpr double kLargestZoom = 256.0;
 constexpr int kLongestName = 255;
@@ -35,8 +35,7 @@ std::vector<tagTILE_MAP_LAYER_INFO> ReadLayers(IniValues& values, const tagTILE_
                                           first ? first->nTileCountX : 1, step);
         layer.nTileCountY = ReadTileCount(values, section, "TILE_COUNT_Y", layer.nLayerNumber,
                                           first ? first->nTileCountY : 1, step);
-        layer.dZoomFactor =
-            values.Real(section, "ZOOM_FACTOR", kSmallestZoom, kLargestZoom, 1.0);
+        layer.dZoomFactor = values.Real(section, "ZOOM_FACTOR", kSmallestZoom, kLargestZoom, 1.0);
         layer.nTileWidth = info.nTileWidth;
         layer.nTileHeight = info.nTileHeight;
         layers.push_back(layer);

@@ -1,3 +1,4 @@
+#include "plugins/common/PluginLog.h"
 #include "plugins/common/ProviderFactory.h"
 #include "plugins/split_file/SplittedFileTileMapInfoProvider.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
@@ -12,7 +13,15 @@ __declspec(dllexport) std::int32_t getEngineVersion() {
 }
 
 __declspec(dllexport) void registerPlugin(Terrascope::CTileMapInfoProviderPluginKernel* kernel) {
+    Terrascope::Plugins::BeginPluginLog(CSplittedFileTileMapInfoProvider::kName);
     kernel->RegisterFactory(new ProviderFactory<CSplittedFileTileMapInfoProvider>(
         CSplittedFileTileMapInfoProvider::kName));
+}
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
+        Terrascope::Plugins::EndPluginLog();
+    }
+    return TRUE;
 }
 }

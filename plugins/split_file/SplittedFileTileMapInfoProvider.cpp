@@ -24,8 +24,7 @@ TResult WithoutThrowing(TWork work) {
 }
 
 /// The file of one tile, if the tile belongs to the map's layer.
-std::optional<std::wstring> TileFile(const MapDescription& map,
-                                     const tagTILE_MAP_LAYER_INFO& layer,
+std::optional<std::wstring> TileFile(const MapDescription& map, const tagTILE_MAP_LAYER_INFO& layer,
                                      const TileAddress& address, const CString& key) {
     if (address.layer != layer.nLayerNumber ||
         address.column >= static_cast<std::uint32_t>(layer.nTileCountX) ||
@@ -162,7 +161,8 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
                 tiles.push_back(tile.get());
                 tile.release();
             } else if (m_pRemoteProvider != nullptr) {
-                tiles.splice(tiles.end(), m_pRemoteProvider->LoadTiles(mapName, layerNumber, {key}));
+                tiles.splice(tiles.end(),
+                             m_pRemoteProvider->LoadTiles(mapName, layerNumber, {key}));
             }
         }
         return tiles;

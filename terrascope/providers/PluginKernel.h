@@ -80,15 +80,14 @@ bool CPluginKernel<TKernel>::Introduce(const CString& path, const PluginModule& 
         const std::int32_t version = plugin.GetEngineVersionEntry()();
         if (version != GetEngineVersion()) {
             LogLine("plug-in refused: '%s' was built for engine version %d, not %d",
-                            path.GetString(), static_cast<int>(version),
-                            static_cast<int>(GetEngineVersion()));
+                    path.GetString(), static_cast<int>(version),
+                    static_cast<int>(GetEngineVersion()));
             return false;
         }
         plugin.GetRegisterEntry()(kernel);
         return true;
     } catch (const std::exception& failure) {
-        LogLine("plug-in refused: '%s' failed to register: %s", path.GetString(),
-                        failure.what());
+        LogLine("plug-in refused: '%s' failed to register: %s", path.GetString(), failure.what());
     } catch (...) {
         LogLine("plug-in refused: '%s' failed to register", path.GetString());
     }

@@ -55,8 +55,8 @@ std::list<tagTILE_MAP_LAYER_INFO*> CTileMapInfoProviderWrapper::GetLayerList(
 
 tagTILE_MAP_LAYER_INFO* CTileMapInfoProviderWrapper::GetLayerInfo(const CString& mapName,
                                                                   int layerNumber) {
-    tagTILE_MAP_LAYER_INFO* layer = Ask<tagTILE_MAP_LAYER_INFO*>(
-        m_provider.get(), [&](ITileMapInfoProvider& provider) {
+    tagTILE_MAP_LAYER_INFO* layer =
+        Ask<tagTILE_MAP_LAYER_INFO*>(m_provider.get(), [&](ITileMapInfoProvider& provider) {
             return provider.GetLayerInfo(mapName, layerNumber);
         });
     if (layer != nullptr && layerNumber == m_nFirstLayer &&

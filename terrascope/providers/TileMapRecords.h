@@ -47,8 +47,8 @@ struct tagTILE_MAP_LAYER_INFO {
 struct tagTILE_IMAGE {
     std::uint32_t nColumn = 0;
     std::uint32_t nRow = 0;
-    CString strKey;      ///< the tile key that was asked for
-    CMemStream stream;   ///< the image file's bytes
+    CString strKey;     ///< the tile key that was asked for
+    CMemStream stream;  ///< the image file's bytes
 };
 
 }  // namespace Terrascope

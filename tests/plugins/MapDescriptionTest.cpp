@@ -12,8 +12,10 @@ using namespace Terrascope::Plugins;
 /// A usable description with one key changed; "" takes the key out.
 MapReading Read(const char* section, const char* key, const char* value) {
     CMemIniFile file("", false);
-    for (const auto& [name, text] : {std::pair{"LAYER_COUNT", "3"}, {"LONGITUDE_START", " -180"},
-                                     {"LATITUDE_START", "-90 "}, {"LONGITUDE", "360"},
+    for (const auto& [name, text] : {std::pair{"LAYER_COUNT", "3"},
+                                     {"LONGITUDE_START", " -180"},
+                                     {"LATITUDE_START", "-90 "},
+                                     {"LONGITUDE", "360"},
                                      {"LATITUDE", "1.8e2"}})
         file.WriteString("MAP", name, text);
     file.WriteString(section, key, value);

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+#include "tests/fixtures/LibraryFolder.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/TemporaryFolder.h"
 
@@ -108,8 +109,8 @@ TEST_F(SplitFile, OpensNothingOutsideTheMapsFolder) {
           secret.substr(2), "\\\\?\\" + secret, "\\\\localhost\\" + secret, std::string("{format}"),
           std::string("NUL"), std::string("con.jpg"), std::string(".{format}")}) {
         const std::string name = "m" + std::to_string(n++);
-        m_folder.WriteFile(name + "\\map.ini", World("TILE_PATH", pattern) +
-                                                   "TILE_FORMAT=.\\..\\secret.jpg\n");
+        m_folder.WriteFile(name + "\\map.ini",
+                           World("TILE_PATH", pattern) + "TILE_FORMAT=.\\..\\secret.jpg\n");
         m_folder.MakeFolder(name + "\\x");
         Open();
         EXPECT_EQ("none", Tile(name.c_str(), 1, "0")) << pattern;
@@ -201,21 +202,28 @@ TEST_F(SplitFile, MayBeCalledFromManyThreads) {
     EXPECT_EQ(0, wrong);
 }
 
-TEST(SplitFilePlugin, RegistersItsProvider) {
+TEST(SplitFilePlugin, RegistersItsProviderAndLogsBesideTheLibrary) {
+    TerrascopeTest::LibraryFolder library;
+    library.AddPlugin("SplittedFileTileMapInfoProvider.dll");
+    ASSERT_TRUE(library.LoadPlugins());
     auto& kernel = CTileMapInfoProviderPluginKernel::GetInstance();
-    ASSERT_TRUE(kernel.LoadPlugins("Terrascope.dll"));
     ASSERT_EQ(1u, kernel.GetFactories().size());
     EXPECT_STREQ(CSplittedFileTileMapInfoProvider::kName, kernel.GetFactories()[0]->GetName());
-    {
-        TerrascopeTest::TemporaryFolder folder;
-        folder.WriteFile("m\\map.ini", kWorld);
-        const std::unique_ptr<ITileMapInfoProvider> provider(kernel.GetFactories()[0]->Create());
-        provider->SetDataPath(folder.Path().c_str());
-        const std::unique_ptr<tagTILE_MAP_INFO> map(provider->GetMapInfo("M"));
-        ASSERT_NE(nullptr, map);
-        EXPECT_STREQ("m", map->strName);
-    }
+
+    library.Folder().WriteFile("maps\\m\\map.ini", kWorld);
+    library.Folder().WriteFile("maps\\n\\map.ini", "");
+    std::unique_ptr<ITileMapInfoProvider> provider(kernel.GetFactories()[0]->Create());
+    provider->SetDataPath((library.Folder() / "maps").c_str());
+    const std::unique_ptr<tagTILE_MAP_INFO> map(provider->GetMapInfo("M"));
+    ASSERT_NE(nullptr, map);
+    EXPECT_STREQ("m", map->strName);
+
+    provider.reset();
     CTileMapInfoProviderPluginKernel::ReleaseInstance();
+    const std::string log = "log\\SplittedFileTileMapInfoProvider\\";
+    EXPECT_TRUE(
+        ::DeleteFileA((library.Folder() / (log + "SplittedFileTileMapInfoProvider.log")).c_str()))
+        << "written, and closed with the plug-in";
 }
 
 }  // namespace

@@ -26,10 +26,26 @@ TEST(TilePathTemplate, ExpandsFields) {
 }
 
 TEST(TilePathTemplate, RefusesWhatItCannotRead) {
-    for (const char* pattern : {"", "{", "}", "{layer", "layer}", "{{layer}}", "{}", "{zoom}",
-                                "{Layer}", "{layer:}", "{layer:x}", "{layer:-1}", "{layer:21}",
-                                "{layer:99999999999999999999}", "{layer-}", "{layer+-1}",
-                                "{layer-1000001}", "{key:3}", "{layer:2-1}", "{ layer}"}) {
+    for (const char* pattern : {"",
+                                "{",
+                                "}",
+                                "{layer",
+                                "layer}",
+                                "{{layer}}",
+                                "{}",
+                                "{zoom}",
+                                "{Layer}",
+                                "{layer:}",
+                                "{layer:x}",
+                                "{layer:-1}",
+                                "{layer:21}",
+                                "{layer:99999999999999999999}",
+                                "{layer-}",
+                                "{layer+-1}",
+                                "{layer-1000001}",
+                                "{key:3}",
+                                "{layer:2-1}",
+                                "{ layer}"}) {
         EXPECT_EQ(0u, Expand(pattern).find("refused: it ")) << pattern;
     }
     EXPECT_NE("", Expand(std::string(1025, 'x').c_str()));

@@ -20,7 +20,7 @@ constexpr char kRoles[] = "TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE";
 struct Choice {
     const char* what;
     ProviderRole role;
-    const char* inFile;                     // the role's provider in the file
+    const char* inFile;  // the role's provider in the file
     std::pair<const char*, const char*> host;
     std::pair<const char*, const char*> expected;
     friend void PrintTo(const Choice& c, std::ostream* out) { *out << c.what; }
@@ -36,8 +36,8 @@ TEST_P(ChooseProviderTest, FollowsFileThenHostThenDefault) {
     if (*GetParam().inFile)
         file.WriteString(kRoles, role, GetParam().inFile);
 
-    const ProviderChoice choice = ChooseProvider(
-        GetParam().role, file, {GetParam().host.first, GetParam().host.second});
+    const ProviderChoice choice =
+        ChooseProvider(GetParam().role, file, {GetParam().host.first, GetParam().host.second});
 
     EXPECT_STREQ(GetParam().expected.first, choice.name);
     EXPECT_STREQ(GetParam().expected.second, choice.dataPath);
@@ -46,16 +46,28 @@ TEST_P(ChooseProviderTest, FollowsFileThenHostThenDefault) {
 INSTANTIATE_TEST_SUITE_P(
     , ChooseProviderTest,
     testing::Values(
-        Choice{"nothing, local", ProviderRole::Local, "", {"", ""},
+        Choice{"nothing, local",
+               ProviderRole::Local,
+               "",
+               {"", ""},
                {"SplittedFileTileMapInfoProvider", "default's path"}},
-        Choice{"nothing, remote", ProviderRole::Remote, "", {"", ""},
-               {"DBTileMapInfoProvider", ""}},
+        Choice{
+            "nothing, remote", ProviderRole::Remote, "", {"", ""}, {"DBTileMapInfoProvider", ""}},
         Choice{"host alone", ProviderRole::Local, "", {"Hosted", "p"}, {"Hosted", "p"}},
-        Choice{"host without path: the file is not asked", ProviderRole::Remote, "",
-               {"Hosted", ""}, {"Hosted", ""}},
-        Choice{"host's path without name is dropped", ProviderRole::Local, "", {"", "p"},
+        Choice{"host without path: the file is not asked",
+               ProviderRole::Remote,
+               "",
+               {"Hosted", ""},
+               {"Hosted", ""}},
+        Choice{"host's path without name is dropped",
+               ProviderRole::Local,
+               "",
+               {"", "p"},
                {"SplittedFileTileMapInfoProvider", "default's path"}},
-        Choice{"file over host", ProviderRole::Local, "Filed", {"Hosted", "p"},
+        Choice{"file over host",
+               ProviderRole::Local,
+               "Filed",
+               {"Hosted", "p"},
                {"Filed", "file's path"}},
         Choice{"file without path", ProviderRole::Remote, "Bare", {"Hosted", "p"}, {"Bare", ""}}));
 
@@ -103,8 +115,9 @@ TEST_F(ProviderSelection, MakesTheRemoteProviderFirstAndAttachesIt) {
     m_library.AddPlugin("ScriptedProvider.dll");
     m_library.LoadPlugins();
 
-    auto provider = Select("LOCAL=SCRIPTEDprovider\nREMOTE=ScriptedRemoteProvider\n"
-                           "[SCRIPTEDprovider]\nDATA_PATH=maps\n");
+    auto provider = Select(
+        "LOCAL=SCRIPTEDprovider\nREMOTE=ScriptedRemoteProvider\n"
+        "[SCRIPTEDprovider]\nDATA_PATH=maps\n");
 
     ASSERT_NE(nullptr, provider);
     EXPECT_NE(nullptr, provider->m_pRemoteProvider);
