@@ -129,6 +129,8 @@ pipe="$demo/display.$$"
 mkfifo "$pipe"
 at_end rm -f "$pipe"
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
+# Wine's own processes go before the screen that they are on.
+at_end env WINEPREFIX="$prefix" /usr/lib/wine/wineserver64 -k
 at_end kill $!
 read -r -t 20 number <"$pipe" || fail "Xvfb did not start"
 export DISPLAY=":$number"

@@ -119,12 +119,19 @@ void CMainFrame::ChooseMap() {
 }
 
 void CMainFrame::ResizeView(PixelSize size) {
-    CRect window, view;
-    GetWindowRect(&window);
-    m_view.GetClientRect(&view);
-    SetWindowPos(nullptr, 0, 0, window.Width() + size.width - view.Width(),
-                 window.Height() + size.height - view.Height(),
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    // A narrow window's menu takes more lines, which is known only afterwards.
+    constexpr int kMostTries = 3;
+    for (int i = 0; i < kMostTries; ++i) {
+        CRect window, view;
+        GetWindowRect(&window);
+        m_view.GetClientRect(&view);
+        if (view.Width() == size.width && view.Height() == size.height) {
+            return;
+        }
+        SetWindowPos(nullptr, 0, 0, window.Width() + size.width - view.Width(),
+                     window.Height() + size.height - view.Height(),
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
 }
 
 void CMainFrame::OnGetMinMaxInfo(MINMAXINFO* info) {

@@ -106,6 +106,15 @@ bool CMapView::ShowLayer(int layer) {
 void CMapView::ShowCenter(MapPoint center) {
     if (m_display != nullptr) {
         m_display->SetCenter(CPointF(static_cast<float>(center.x), static_cast<float>(center.y)));
+        // New tiles wait behind those of the former place, until they are wanted a second time.
+        Refresh();
+    }
+}
+
+void CMapView::Refresh() {
+    if (m_display != nullptr && m_display->GetLayer() >= 0 && !m_display->IsSwitchingLayer()) {
+        const MapPoint center = Center();
+        m_display->SetCenter(CPointF(static_cast<float>(center.x), static_cast<float>(center.y)));
         NoteChange();
     }
 }
@@ -172,7 +181,7 @@ bool CMapView::PointUnderMouse(MapPoint& point) {
     return true;
 }
 
-bool CMapView::IsComplete() {
+bool CMapView::IsQuiet() {
     return !GetUpdateRect(nullptr, FALSE) && MillisecondsSince(m_llChangeTime) >= kQuietMs &&
            (m_display == nullptr || !m_display->IsSwitchingLayer());
 }

@@ -40,6 +40,11 @@ public:
     /// Shows a layer with the middle of the map in the middle; false when there is no such layer.
     bool ShowLayer(int layer);
     void ShowCenter(MapPoint center);
+
+    /// Has the display look at its tiles again: what is still missing is fetched before all else.
+    /// Posts one repaint message.
+    void Refresh();
+
     void ShowWholeMap();
 
     void SelectTool(Terrascope::MapToolKind tool);
@@ -61,8 +66,9 @@ public:
     /// The map point under the mouse; false when the mouse is outside the view or no map is open.
     bool PointUnderMouse(MapPoint& point);
 
-    /// Nothing is painted, animated or heard of for kQuietMs: what is shown is all there is.
-    bool IsComplete();
+    /// Nothing waits to be painted, nothing is animated, and no change came for 700 ms. Tiles may
+    /// still be missing behind others that nobody wants any more: see WaitForPicture.
+    bool IsQuiet();
 
     void ResetStatistics();
     const ViewStatistics& Statistics() const { return m_statistics; }

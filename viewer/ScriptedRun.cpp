@@ -8,7 +8,7 @@
 #include "viewer/JsonLine.h"
 #include "viewer/MainFrame.h"
 #include "viewer/MapList.h"
-#include "viewer/MessagePump.h"
+#include "viewer/PictureWait.h"
 #include "viewer/TourPlayer.h"
 
 namespace Viewer {
@@ -62,8 +62,7 @@ bool PrintMaps(CMainFrame& frame, std::string& error) {
 
 bool TakeSnapshot(CMainFrame& frame, const ViewerOptions& options, std::string& error) {
     CMapView& view = frame.View();
-    const bool complete =
-        PumpUntil([&view] { return view.IsComplete(); }, options.timeoutSeconds * 1000);
+    const PictureWait wait = WaitForPicture(view, options.timeoutSeconds * 1000);
     if (!IsWindow(view.GetSafeHwnd())) {
         error = "the window was closed before the picture was complete";
         return false;
@@ -79,9 +78,9 @@ bool TakeSnapshot(CMainFrame& frame, const ViewerOptions& options, std::string& 
     line.Add("map", std::string_view(view.Display()->GetMapName().GetString()))
         .Add("layer", view.Display()->GetLayer())
         .Add("size", std::to_string(client.Width()) + "x" + std::to_string(client.Height()))
-        .Add("milliseconds", view.Statistics().lastRepaintMs)
+        .Add("milliseconds", wait.lastChangeMs)
         .Add("repaints", view.Statistics().repaints)
-        .Add("complete", complete)
+        .Add("complete", wait.complete)
         .Add("file", options.snapshotFile);
     Print(line.Text());
     return true;

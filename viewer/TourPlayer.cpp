@@ -6,6 +6,7 @@
 #include "viewer/JsonLine.h"
 #include "viewer/MainFrame.h"
 #include "viewer/MessagePump.h"
+#include "viewer/PictureWait.h"
 
 namespace Viewer {
 
@@ -80,9 +81,14 @@ std::string CTourPlayer::Act(const WheelStep& step) {
                          MAKELPARAM(screen.x, screen.y));
         // The display refuses a second step while it animates the first.
         if (notch + direction != step.notches) {
-            m_bTimedOut = !PumpUntil([&view] { return view.IsComplete(); }, m_timeoutMs);
+            m_bTimedOut = !PumpUntil([&view] { return view.IsQuiet(); }, m_timeoutMs);
         }
     }
+    return {};
+}
+
+std::string CTourPlayer::Act(const KeyStep& step) {
+    m_frame.View().SendMessage(WM_KEYDOWN, step.key);
     return {};
 }
 
@@ -104,15 +110,14 @@ std::string CTourPlayer::Act(const SizeStep& step) {
 }
 
 std::string CTourPlayer::Act(const WaitStep&) {
-    CMapView& view = m_frame.View();
-    m_bTimedOut = !PumpUntil([&view] { return view.IsComplete(); }, m_timeoutMs);
+    m_bTimedOut = !WaitForPicture(m_frame.View(), m_timeoutMs).complete;
     return {};
 }
 
 std::string CTourPlayer::Act(const FramesStep& step) {
     CMapView& view = m_frame.View();
     m_bTimedOut = !PumpUntil(
-        [&] { return view.Statistics().frames >= step.count || view.IsComplete(); }, m_timeoutMs);
+        [&] { return view.Statistics().frames >= step.count || view.IsQuiet(); }, m_timeoutMs);
     return {};
 }
 

@@ -31,6 +31,7 @@ private:
     std::string Act(const DragStep& step);
     std::string Act(const ClickStep& step);
     std::string Act(const WheelStep& step);
+    std::string Act(const KeyStep& step);
     std::string Act(const LayerStep& step);
     std::string Act(const CenterStep& step);
     std::string Act(const SizeStep& step);

@@ -79,6 +79,28 @@ std::optional<TourAction> ParseWheel(std::string_view rest) {
     return WheelStep{*notches, *at};
 }
 
+std::optional<TourAction> ParseKey(std::string_view rest) {
+    static constexpr std::array<std::pair<std::string_view, unsigned>, 11> names = {{
+        {"left", VK_LEFT},
+        {"right", VK_RIGHT},
+        {"up", VK_UP},
+        {"down", VK_DOWN},
+        {"home", VK_HOME},
+        {"+", VK_ADD},
+        {"-", VK_SUBTRACT},
+        {"1", '1'},
+        {"2", '2'},
+        {"3", '3'},
+        {"4", '4'},
+    }};
+    for (const auto& [name, key] : names) {
+        if (rest == name) {
+            return KeyStep{key};
+        }
+    }
+    return std::nullopt;
+}
+
 struct Verb {
     std::string_view name;
     std::string_view form;
@@ -88,11 +110,12 @@ struct Verb {
 using Text = std::string_view;
 using Action = std::optional<TourAction>;
 
-constexpr std::array<Verb, 10> kVerbs = {{
+constexpr std::array<Verb, 11> kVerbs = {{
     {"tool", "tool arrow|zoomin|zoomout|pan", ParseTool},
     {"drag", "drag X1,Y1 X2,Y2 [moves]", ParseDrag},
     {"click", "click X,Y", [](Text rest) { return StepOf<ClickStep>(ParsePixelPoint(rest)); }},
     {"wheel", "wheel NOTCHES X,Y", ParseWheel},
+    {"key", "key left|right|up|down|home|+|-|1|2|3|4", ParseKey},
     {"layer", "layer N", [](Text rest) { return StepOf<LayerStep>(ParseInt(rest, 0, 1000)); }},
     {"center", "center X,Y", [](Text rest) { return StepOf<CenterStep>(ParseMapPoint(rest)); }},
     {"size", "size WIDTHxHEIGHT", [](Text rest) { return StepOf<SizeStep>(ParsePixelSize(rest)); }},

@@ -28,6 +28,10 @@ struct WheelStep {
     int notches;
     PixelPoint at;
 };
+/// A key of the map view, as a virtual key code.
+struct KeyStep {
+    unsigned key;
+};
 struct LayerStep {
     int layer;
 };
@@ -48,8 +52,8 @@ struct SnapshotStep {
     std::string file;
 };
 
-using TourAction = std::variant<ToolStep, DragStep, ClickStep, WheelStep, LayerStep, CenterStep,
-                                SizeStep, WaitStep, FramesStep, SnapshotStep>;
+using TourAction = std::variant<ToolStep, DragStep, ClickStep, WheelStep, KeyStep, LayerStep,
+                                CenterStep, SizeStep, WaitStep, FramesStep, SnapshotStep>;
 
 struct TourStep {
     int line;          ///< counted from 1

@@ -135,7 +135,8 @@ std::string_view OptionsHelp() {
   --version, --help   print and end
 Tour steps, one a line, # begins a comment:
   tool arrow|zoomin|zoomout|pan    drag X1,Y1 X2,Y2 [moves]    click X,Y    wheel STEPS X,Y
-  layer N    center X,Y    size WxH    wait    frames N    snapshot FILE
+  key left|right|up|down|home|+|-|1|2|3|4    layer N    center X,Y    size WxH
+  wait    frames N    snapshot FILE
 Exit code 0, or 2 after one line on standard error that says what is wrong.
 )";
 }
