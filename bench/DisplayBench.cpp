@@ -70,13 +70,15 @@ SIZE_T PrivateBytes() {
 void WaitUntilQuiet(TerrascopeTest::IScriptedControl& script) {
     std::size_t seen = 0;
     ULONGLONG since = ::GetTickCount64();
-    Await([&] {
-        if (script.Requests().size() != seen) {
-            seen = script.Requests().size();
-            since = ::GetTickCount64();
-        }
-        return ::GetTickCount64() - since > 400;
-    }, 120000);
+    Await(
+        [&] {
+            if (script.Requests().size() != seen) {
+                seen = script.Requests().size();
+                since = ::GetTickCount64();
+            }
+            return ::GetTickCount64() - since > 400;
+        },
+        120000);
 }
 
 void Drag(CTerrascope2& display, CSize shift) {
@@ -133,15 +135,16 @@ void BenchDisplay() {
         std::size_t{256} * 256 * static_cast<std::size_t>(range.columnCount * range.rowCount);
     std::vector<std::uint32_t> from(pixels, 1);
     std::vector<std::uint32_t> to(pixels, 2);
-    const double copy =
-        Bench::Median(30, [&] { std::memcpy(to.data(), from.data(), pixels * 4); });
+    const double copy = Bench::Median(30, [&] { std::memcpy(to.data(), from.data(), pixels * 4); });
     int direction = 1;
     Drag(display, {100, 0});
     Drag(display, {-100, 0});
-    Bench::Row("RefreshTiles after 100 pixels, against one copy", Bench::Median(30, [&] {
-                   Drag(display, {direction * 100, 0});
-                   direction = -direction;
-               }),
+    Bench::Row("RefreshTiles after 100 pixels, against one copy",
+               Bench::Median(30,
+                             [&] {
+                                 Drag(display, {direction * 100, 0});
+                                 direction = -direction;
+                             }),
                copy, 2.0);
     Bench::Row("RefreshTiles, nothing moved, against one copy",
                Bench::Median(30, [&] { display.RefreshTiles(); }), copy, 0.2);

@@ -49,7 +49,9 @@ bool CMapAssistant::UpdateMapLib(bool flag) {
 
 void CMapAssistant::FreeResource() {}
 
-float CMapAssistant::DPToLP(float value) { return DeviceToLogical(value, ScreenDeviceFactor()); }
+float CMapAssistant::DPToLP(float value) {
+    return DeviceToLogical(value, ScreenDeviceFactor());
+}
 
 void CMapAssistant::DPToLP(CPoint& point) {
     const float factor = ScreenDeviceFactor();
@@ -69,7 +71,9 @@ void CMapAssistant::DPToLP(CSize& size) {
     size.cy = DeviceToLogical(static_cast<int>(size.cy), factor);
 }
 
-float CMapAssistant::LPToDP(float value) { return LogicalToDevice(value, ScreenDeviceFactor()); }
+float CMapAssistant::LPToDP(float value) {
+    return LogicalToDevice(value, ScreenDeviceFactor());
+}
 
 void CMapAssistant::LPToDP(CPoint& point) {
     const float factor = ScreenDeviceFactor();

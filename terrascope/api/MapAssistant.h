@@ -2,8 +2,8 @@
 
 #include <afxwin.h>
 
-#include "terrascope/support/Export.h"
 #include "terrascope/api/ITerrascope.h"
+#include "terrascope/support/Export.h"
 #include "terrascope/support/PointF.h"
 
 namespace Terrascope {

@@ -14,8 +14,8 @@ namespace Terrascope {
 
 namespace {
 
-constexpr int kLevel = 6;       // everything
-constexpr int kLimit = 10000;   // kilobytes
+constexpr int kLevel = 6;      // everything
+constexpr int kLimit = 10000;  // kilobytes
 constexpr bool kToFile = true;
 constexpr bool kToConsole = false;
 constexpr std::size_t kMostEarlyLines = 200;
@@ -30,11 +30,15 @@ void KeepLine(const char* line) {
         earlyLines.emplace_back(line);
 }
 
-void WriteLine(const char* line) { Lumilog::_dout(logModule.c_str(), "%s", line); }
+void WriteLine(const char* line) {
+    Lumilog::_dout(logModule.c_str(), "%s", line);
+}
 
 }  // namespace
 
-void KeepEarlyLogLines() { SetLogReceiver(&KeepLine); }
+void KeepEarlyLogLines() {
+    SetLogReceiver(&KeepLine);
+}
 
 void SetUpModuleLog(const char* moduleName, const char* version) {
     const std::lock_guard guard(logLock);
@@ -56,7 +60,9 @@ void SetUpModuleLog(const char* moduleName, const char* version) {
     SetLogReceiver(&WriteLine);
 }
 
-void SetUpModuleLog() { SetUpModuleLog("Terrascope", TERRASCOPE_VERSION); }
+void SetUpModuleLog() {
+    SetUpModuleLog("Terrascope", TERRASCOPE_VERSION);
+}
 
 void ShutDownModuleLog() {
     SetLogReceiver(nullptr);

@@ -5,8 +5,12 @@
 
 namespace Terrascope {
 
-BOOL CArrowTool2::OnSetCursor() { return SetCursorFromResource(IDC_TERRASCOPE_ARROW); }
+BOOL CArrowTool2::OnSetCursor() {
+    return SetCursorFromResource(IDC_TERRASCOPE_ARROW);
+}
 
-int CArrowTool2::GetToolType() { return static_cast<int>(MapToolKind::Arrow); }
+int CArrowTool2::GetToolType() {
+    return static_cast<int>(MapToolKind::Arrow);
+}
 
 }  // namespace Terrascope

@@ -11,13 +11,19 @@ namespace Terrascope {
 constexpr float kLogicalScale = 1000.0F;
 
 /// D for a screen of `dpi` horizontal dots per inch: 319 at 96, 399 at 120, 479 at 144.
-inline float DeviceFactor(int dpi) { return static_cast<float>(::MulDiv(100, dpi * 8450, 254000)); }
+inline float DeviceFactor(int dpi) {
+    return static_cast<float>(::MulDiv(100, dpi * 8450, 254000));
+}
 
 /// D of the screen as it is now; asked afresh at every call.
 float ScreenDeviceFactor();
 
-inline float DeviceToLogical(float value, float factor) { return value * kLogicalScale / factor; }
-inline float LogicalToDevice(float value, float factor) { return value * factor / kLogicalScale; }
+inline float DeviceToLogical(float value, float factor) {
+    return value * kLogicalScale / factor;
+}
+inline float LogicalToDevice(float value, float factor) {
+    return value * factor / kLogicalScale;
+}
 
 /// The same for whole numbers, truncated toward zero: there and back may lose one. That is wanted,
 /// hosts lay out their windows with it.

@@ -7,7 +7,9 @@ constexpr int kWaitsPerStep = 3;
 constexpr DWORD kWait = 30;  // ms
 }  // namespace
 
-CLayerSwitchThread::~CLayerSwitchThread() { Stop(); }
+CLayerSwitchThread::~CLayerSwitchThread() {
+    Stop();
+}
 
 DWORD CLayerSwitchThread::Run() {
     while (m_tool->Step()) {

@@ -68,11 +68,14 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
         return false;
 
     // What of the old content is still in the bitmap, at its new place.
+    const auto within = [](std::int64_t value, std::int64_t least, std::int64_t most) {
+        return static_cast<LONG>(std::clamp(value, least, most));
+    };
     CRect kept;
-    kept.left = std::clamp<std::int64_t>(-std::int64_t{dx}, 0, newSize.cx);
-    kept.top = std::clamp<std::int64_t>(-std::int64_t{dy}, 0, newSize.cy);
-    kept.right = std::clamp<std::int64_t>(std::int64_t{m_size.cx} - dx, kept.left, newSize.cx);
-    kept.bottom = std::clamp<std::int64_t>(std::int64_t{m_size.cy} - dy, kept.top, newSize.cy);
+    kept.left = within(-std::int64_t{dx}, 0, newSize.cx);
+    kept.top = within(-std::int64_t{dy}, 0, newSize.cy);
+    kept.right = within(std::int64_t{m_size.cx} - dx, kept.left, newSize.cx);
+    kept.bottom = within(std::int64_t{m_size.cy} - dy, kept.top, newSize.cy);
 
     const std::size_t rowBytes = static_cast<std::size_t>(kept.Width()) * sizeof(std::uint32_t);
     const auto moveRow = [&](int y) {
@@ -101,8 +104,8 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
         for (int y = kept.top; y < kept.bottom; ++y) {
             std::uint32_t* row = m_pixels + std::int64_t{y} * m_capacity.cx;
             const bool known = y >= oldOpaque.top - dy && y < oldOpaque.bottom - dy;
-            const int knownLeft = known ? std::clamp<int>(oldOpaque.left - dx, kept.left, kept.right)
-                                        : kept.right;
+            const int knownLeft =
+                known ? std::clamp<int>(oldOpaque.left - dx, kept.left, kept.right) : kept.right;
             const int knownRight =
                 known ? std::clamp<int>(oldOpaque.right - dx, knownLeft, kept.right) : kept.right;
             const auto ground = [](std::uint32_t pixel) { return pixel == 0; };

@@ -19,7 +19,9 @@ void CMapTool2::OnLButtonUp(UINT, CPoint point) {
     m_pressed = false;
 }
 
-BOOL CMapTool2::OnSetCursor() { return SetCursorFromResource(IDC_TERRASCOPE_ARROW); }
+BOOL CMapTool2::OnSetCursor() {
+    return SetCursorFromResource(IDC_TERRASCOPE_ARROW);
+}
 
 bool CMapTool2::IsOnMap(CPoint point) const {
     return m_display && !m_display->IsPointOutside(point);

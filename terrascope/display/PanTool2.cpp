@@ -42,9 +42,13 @@ void CPanTool2::OnLButtonUp(UINT flags, CPoint point) {
         Display()->RefreshTiles();
 }
 
-BOOL CPanTool2::OnSetCursor() { return SetCursorFromResource(IDC_TERRASCOPE_PAN); }
+BOOL CPanTool2::OnSetCursor() {
+    return SetCursorFromResource(IDC_TERRASCOPE_PAN);
+}
 
-int CPanTool2::GetToolType() { return static_cast<int>(MapToolKind::Pan); }
+int CPanTool2::GetToolType() {
+    return static_cast<int>(MapToolKind::Pan);
+}
 
 CSize CPanTool2::PermittedShift(CSize shift) const {
     const Viewport view = Display()->View();

@@ -67,7 +67,8 @@ void CTerrascope2::SetViewOrigin(CPoint origin) {
 
 void CTerrascope2::SetViewSize(CSize size) {
     const float factor = ScreenDeviceFactor();
-    const CSize pixels(LogicalToDevice(static_cast<int>(size.cx), factor), LogicalToDevice(static_cast<int>(size.cy), factor));
+    const CSize pixels(LogicalToDevice(static_cast<int>(size.cx), factor),
+                       LogicalToDevice(static_cast<int>(size.cy), factor));
     CSingleLock lock(&m_viewLock, TRUE);
     m_view.size = pixels;
 }
@@ -140,8 +141,7 @@ BOOL CTerrascope2::SetLayer(UINT layerNumber) {
 
 void CTerrascope2::SetCenter(const CPointF& point) {
     const Viewport view = View();
-    StoreCenter(
-        CCenterPointAdjuster2(&view.extent, &view.resolution, point, view.size).Adjusted());
+    StoreCenter(CCenterPointAdjuster2(&view.extent, &view.resolution, point, view.size).Adjusted());
     RefreshTiles();
 }
 
@@ -182,7 +182,9 @@ void CTerrascope2::StoreCenter(const CPointF& point) {
     m_view.center = point;
 }
 
-CPointF CTerrascope2::Center() const { return View().center; }
+CPointF CTerrascope2::Center() const {
+    return View().center;
+}
 
 Viewport CTerrascope2::View() const {
     CSingleLock lock(&m_viewLock, TRUE);

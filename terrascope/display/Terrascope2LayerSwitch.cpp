@@ -1,6 +1,6 @@
 // The animated switch to the next finer or coarser layer.
-#include <algorithm>
 #include <array>
+#include <cmath>
 #include <set>
 
 #include "terrascope/display/Terrascope2.h"
@@ -10,8 +10,19 @@
 namespace Terrascope {
 
 namespace {
+
 constexpr int kStepsPerFactor = 5;
+
+/// One step from `current` towards `target`. The sum of five fifths falls short of 1 by rounding;
+/// that must not cost a sixth step.
+double StepTowards(double current, double target, double step) {
+    constexpr double kRounding = 1e-9;
+    return std::fabs(target - current) <= step + kRounding
+               ? target
+               : current + (target > current ? step : -step);
 }
+
+}  // namespace
 
 int CTerrascope2::ZoomAt(CPointF point) {
     if (m_switch.switching || (m_switchThread && !m_switchThread->IsFinished()))
@@ -43,9 +54,8 @@ void CTerrascope2::BeginLayerSwitch() {
     const bool zoomIn = Tool()->GetToolType() == static_cast<int>(MapToolKind::ZoomIn);
     const int next = m_layer.nLayerNumber + (zoomIn ? 1 : -1);
     // The provider is asked before the locks are taken: nobody is called under them.
-    const double target =
-        ZoomFactorOf(next) * (zoomIn ? 2.0 : 0.5) /
-        (m_layer.dZoomFactor != 0.0 ? m_layer.dZoomFactor : 1.0);
+    const double target = ZoomFactorOf(next) * (zoomIn ? 2.0 : 0.5) /
+                          (m_layer.dZoomFactor != 0.0 ? m_layer.dZoomFactor : 1.0);
     {
         CSingleLock bitmapLock(&m_bitmapLock);
         CSingleLock switchLock(&m_switch.lock);
@@ -86,9 +96,9 @@ void CTerrascope2::PrepareFinerTiles() {
     const TileRange range = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
     for (int column = range.firstColumn; column < range.EndColumn(); ++column) {
         for (int row = range.firstRow; row < range.EndRow(); ++row) {
-            const auto found = m_tiles.find(MakeTileKey(static_cast<std::uint32_t>(column),
-                                                        static_cast<std::uint32_t>(row),
-                                                        m_layer.nLayerNumber));
+            const auto found =
+                m_tiles.find(MakeTileKey(static_cast<std::uint32_t>(column),
+                                         static_cast<std::uint32_t>(row), m_layer.nLayerNumber));
             if (found == m_tiles.end())
                 continue;
             try {
@@ -153,9 +163,9 @@ bool CTerrascope2::Step() {
     double& current = m_switch.currentFactor;
     const double target = m_switch.targetFactor;
     if (m_switch.mode == SwitchMode::ZoomIn && current < target)
-        current = std::min(current + 1.0 / kStepsPerFactor, target);
+        current = StepTowards(current, target, 1.0 / kStepsPerFactor);
     else if (m_switch.mode == SwitchMode::ZoomOut && target < current)
-        current = std::max(current - 0.5 / kStepsPerFactor, target);
+        current = StepTowards(current, target, 0.5 / kStepsPerFactor);
     else
         FinishSwitchLocked();
 

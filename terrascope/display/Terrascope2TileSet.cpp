@@ -44,8 +44,7 @@ void CTerrascope2::RefreshTiles() {
             if (auto kept = m_tiles.extract(key))
                 wanted.insert(std::move(kept));
             else
-                wanted.emplace(key,
-                               std::make_unique<CTile2>(m_map, m_layer, key, m_queue.get()));
+                wanted.emplace(key, std::make_unique<CTile2>(m_map, m_layer, key, m_queue.get()));
         }
     }
     m_tiles = std::move(wanted);
@@ -86,8 +85,8 @@ void CTerrascope2::PrepareBitmapLocked(const Viewport& view, const TileRange& ra
     const CSize slack(view.tileSize.cx, view.tileSize.cy);
     const bool sameOrigin = origin == m_bitmapOrigin;
 
-    const bool kept = reuse && (sameOrigin ? m_bitmap->Size() == size
-                                           : ScrollBitmapLocked(size, slack, origin));
+    const bool kept =
+        reuse && (sameOrigin ? m_bitmap->Size() == size : ScrollBitmapLocked(size, slack, origin));
     if (!kept) {
         m_bitmap.reset();
         m_bitmap = CMapBitmap::Create(size, slack);

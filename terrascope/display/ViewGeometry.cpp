@@ -13,10 +13,14 @@ namespace {
 constexpr double kMostTiles = 65536;
 
 /// The first whole tile beyond `end` tiles, cut to five decimal places before it is rounded up.
-double EndTile(double end) { return std::ceil(std::trunc(end * 100000) / 100000); }
+double EndTile(double end) {
+    return std::ceil(std::trunc(end * 100000) / 100000);
+}
 
 /// Whole pixels that can be added to others without overflow.
-int BoundedPixels(double value) { return TruncateToInt(std::clamp(value, -1.0e9, 1.0e9)); }
+int BoundedPixels(double value) {
+    return TruncateToInt(std::clamp(value, -1.0e9, 1.0e9));
+}
 
 }  // namespace
 

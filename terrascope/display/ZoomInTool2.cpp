@@ -10,8 +10,12 @@ void CZoomInTool2::OnLButtonDown(UINT flags, CPoint point) {
     ZoomAt(point);
 }
 
-BOOL CZoomInTool2::OnSetCursor() { return SetCursorFromResource(IDC_TERRASCOPE_ZOOM_IN); }
+BOOL CZoomInTool2::OnSetCursor() {
+    return SetCursorFromResource(IDC_TERRASCOPE_ZOOM_IN);
+}
 
-int CZoomInTool2::GetToolType() { return static_cast<int>(MapToolKind::ZoomIn); }
+int CZoomInTool2::GetToolType() {
+    return static_cast<int>(MapToolKind::ZoomIn);
+}
 
 }  // namespace Terrascope

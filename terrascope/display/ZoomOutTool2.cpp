@@ -10,8 +10,12 @@ void CZoomOutTool2::OnLButtonDown(UINT flags, CPoint point) {
     ZoomAt(point);
 }
 
-BOOL CZoomOutTool2::OnSetCursor() { return SetCursorFromResource(IDC_TERRASCOPE_ZOOM_OUT); }
+BOOL CZoomOutTool2::OnSetCursor() {
+    return SetCursorFromResource(IDC_TERRASCOPE_ZOOM_OUT);
+}
 
-int CZoomOutTool2::GetToolType() { return static_cast<int>(MapToolKind::ZoomOut); }
+int CZoomOutTool2::GetToolType() {
+    return static_cast<int>(MapToolKind::ZoomOut);
+}
 
 }  // namespace Terrascope

@@ -9,7 +9,9 @@ namespace {
 constexpr DWORD kStopTimeout = 10000;
 }
 
-CThread::~CThread() { Stop(); }
+CThread::~CThread() {
+    Stop();
+}
 
 void CThread::Start() {
     if (m_thread)

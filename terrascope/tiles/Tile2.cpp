@@ -118,9 +118,9 @@ CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
     const TileIndex index = IndexOf(m_image.get(), m_key);
     // The map's tile size times the factor, not the layer's truncated size: with a factor such as
     // 0.7 the tiles keep their true places and the odd pixel between two stays open.
-    const double x = std::trunc(static_cast<double>(m_map.nTileWidth) * index.column) *
-                         m_layer.dZoomFactor -
-                     (viewTopLeft.x - m_map.dLongitudeStart) / m_layer.dUnitsPerPixelX;
+    const double x =
+        std::trunc(static_cast<double>(m_map.nTileWidth) * index.column) * m_layer.dZoomFactor -
+        (viewTopLeft.x - m_map.dLongitudeStart) / m_layer.dUnitsPerPixelX;
     const double y =
         std::trunc(static_cast<double>(m_map.nTileHeight) * index.row) * m_layer.dZoomFactor -
         ((m_map.dLatitudeStart + m_map.dLatitude) - viewTopLeft.y) / m_layer.dUnitsPerPixelY;
@@ -160,8 +160,8 @@ void CTile2::SetPosition() {
     const double x = static_cast<double>(m_layer.nTileWidth) * index.column;
     const double y = static_cast<double>(m_layer.nTileHeight) * index.row;
     m_left = static_cast<float>(x * m_layer.dUnitsPerPixelX + m_map.dLongitudeStart);
-    m_top = static_cast<float>((m_map.dLatitudeStart + m_map.dLatitude) -
-                               y * m_layer.dUnitsPerPixelY);
+    m_top =
+        static_cast<float>((m_map.dLatitudeStart + m_map.dLatitude) - y * m_layer.dUnitsPerPixelY);
 }
 
 void CTile2::MakeGreyPicture() {

@@ -16,7 +16,9 @@ CTileLoadThread::CTileLoadThread(ITileLoadedSlot* slot, CTileMapInfoProviderWrap
                                  CTileLoadQueue2* queue)
     : m_slot(slot), m_provider(provider), m_queue(queue) {}
 
-CTileLoadThread::~CTileLoadThread() { Stop(); }
+CTileLoadThread::~CTileLoadThread() {
+    Stop();
+}
 
 DWORD CTileLoadThread::Run() {
     while (!ShouldStop(0)) {

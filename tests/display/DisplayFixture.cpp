@@ -10,7 +10,9 @@ HostWindow::HostWindow() {
     CreateEx(0, "STATIC", "host", WS_POPUP, CRect(0, 0, 400, 300), nullptr, 0);
 }
 
-HostWindow::~HostWindow() { DestroyWindow(); }
+HostWindow::~HostWindow() {
+    DestroyWindow();
+}
 
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == kRepaintMessage) {
@@ -72,7 +74,7 @@ Display::Display() {
 Display::~Display() {
     script->Release();
     display.reset();
-    Await([] { return true; });
+    Pump();
     EXPECT_EQ(CLiveCount<CTile2>::Live(), 0);
     EXPECT_EQ(CLiveCount<CMapBitmap>::Live(), 0);
     EXPECT_EQ(script->LiveProviders(), 0);
@@ -82,6 +84,7 @@ ScriptedMap Display::WorldMap() {
     ScriptedMap map;
     map.name = "world";
     map.layerCount = 5;
+    map.left = map.bottom;  // so that SetLayer shows the map's middle
     return map;
 }
 
@@ -109,13 +112,15 @@ void Display::AwaitPicture() {
     // Quiet for longer than a thread needs from one tile to the next.
     std::size_t seen = 0;
     ULONGLONG since = ::GetTickCount64();
-    ASSERT_TRUE(Await([&] {
-        if (script->Requests().size() != seen) {
-            seen = script->Requests().size();
-            since = ::GetTickCount64();
-        }
-        return ::GetTickCount64() - since > 350;
-    }, 60000));
+    ASSERT_TRUE(Await(
+        [&] {
+            if (script->Requests().size() != seen) {
+                seen = script->Requests().size();
+                since = ::GetTickCount64();
+            }
+            return ::GetTickCount64() - since > 350;
+        },
+        60000));
 }
 
 std::vector<std::uint32_t> Display::Paint() {

@@ -54,7 +54,9 @@ private:
 };
 
 /// 0xAARRGGBB or 0x00RRGGBB without its alpha, and a COLORREF in the same order.
-inline std::uint32_t Rgb(std::uint32_t pixel) { return pixel & 0xFFFFFF; }
+inline std::uint32_t Rgb(std::uint32_t pixel) {
+    return pixel & 0xFFFFFF;
+}
 inline std::uint32_t FromColour(COLORREF c) {
     return static_cast<std::uint32_t>(GetRValue(c)) << 16 |
            static_cast<std::uint32_t>(GetGValue(c)) << 8 | GetBValue(c);

@@ -1,15 +1,25 @@
 // What the display's pixels are: copies of the tiles', in their places, and nothing else.
 #include <gtest/gtest.h>
 
-#include <array>
+#include <random>
 
 #include "terrascope/display/DeviceUnits.h"
+#include "terrascope/display/ViewPainter.h"
 #include "tests/display/DisplayFixture.h"
 
 namespace TerrascopeTest {
 namespace {
 
 using namespace Terrascope;
+
+/// Opaque pixels without order.
+std::vector<std::uint32_t> Noise(int width, int height) {
+    std::mt19937 random(11);
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height));
+    for (auto& pixel : pixels)
+        pixel = 0xFF000000 | random();
+    return pixels;
+}
 
 class Painting : public Display {
 protected:
@@ -35,21 +45,43 @@ protected:
 };
 
 // Layer 4 is 1024 x 512 pixels; a view of 200 x 120 about its middle begins at (412, 196).
-constexpr CPoint kMiddleOffset(412, 196);
+const CPoint kMiddleOffset(412, 196);
 
-TEST_F(Painting, AtRestIsTheTilesPixelForPixelAtEveryScreenFactor) {
+TEST_F(Painting, AtRestIsTheTilesPixelForPixel) {
     Open(4);
     AwaitPicture();
-    for (const int factor : {319, 399, 479}) {
-        Screen screen(size);
-        screen.SetFactor(factor);
-        // The rectangle is that of the screen that the process runs on; on a finer one it scales.
-        if (static_cast<float>(factor) == ScreenDeviceFactor()) {
-            display->Draw(&screen.Dc());
-            EXPECT_EQ(WrongPixels(screen.Pixels(), kMiddleOffset), 0) << factor;
+    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
+}
+
+// The truncated logical size is a fraction of a pixel short: that must not resample the picture.
+TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
+    auto bitmap = CMapBitmap::Create({80, 60}, {0, 0});
+    ASSERT_TRUE(bitmap);
+    auto noise = Noise(80, 60);
+    CTileCanvas canvas = bitmap->Canvas();
+    const CGdiplusSession session;
+    Gdiplus::Bitmap picture(80, 60, 80 * 4, PixelFormat32bppARGB,
+                            reinterpret_cast<BYTE*>(noise.data()));
+    ASSERT_TRUE(canvas.Paint(picture, {0, 0}, {80, 60}));
+    for (const bool opaque : {false, true}) {
+        if (opaque)
+            bitmap->AddOpaque({0, 0, 80, 60});
+        for (const int dpi : {96, 120, 144}) {
+            const float factor = DeviceFactor(dpi);
+            for (const CSize size : {CSize(80, 60), CSize(61, 47), CSize(1, 1)}) {
+                Screen screen(size);
+                screen.SetFactor(static_cast<int>(factor));
+                PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor);
+                int wrong = 0;
+                for (int y = 0; y < size.cy; ++y)
+                    for (int x = 0; x < size.cx; ++x)
+                        wrong += screen.At(x, y) != Rgb(noise[static_cast<std::size_t>(y * 80 + x)])
+                                     ? 1
+                                     : 0;
+                EXPECT_EQ(wrong, 0) << dpi << " dpi, " << size.cx << "x" << size.cy;
+            }
         }
     }
-    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
 }
 
 TEST_F(Painting, ADeviceContextThatReallyScalesGetsThePictureInTheLogicalRectangle) {
@@ -83,15 +115,16 @@ TEST_F(Painting, FollowsTheOriginOfTheDeviceContext) {
 }
 
 TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
-    Open(1);  // 128 x 64 pixels at the view's left and top
+    Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
     AwaitPicture();
     const auto picture = Paint();
     const auto at = [&](int x, int y) { return picture[static_cast<std::size_t>(y * 200 + x)]; };
-    EXPECT_EQ(at(127, 63), LayerPixel(127, 63, 1));
-    EXPECT_EQ(at(0, 0), LayerPixel(0, 0, 1));
-    EXPECT_EQ(at(128, 10), Rgb(Screen::kBackground));
-    EXPECT_EQ(at(10, 64), Rgb(Screen::kBackground));
-    EXPECT_EQ(at(199, 119), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(36, 28), LayerPixel(0, 0, 1));
+    EXPECT_EQ(at(36 + 127, 28 + 63), LayerPixel(127, 63, 1));
+    EXPECT_EQ(at(35, 60), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(36 + 128, 60), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(100, 27), Rgb(Screen::kBackground));
+    EXPECT_EQ(at(100, 28 + 64), Rgb(Screen::kBackground));
 }
 
 TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
@@ -150,8 +183,7 @@ TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {
     int wrong = 0;
     for (int y = 0; y < 240; ++y)
         for (int x = 0; x < 400; ++x)
-            wrong += picture[static_cast<std::size_t>(y * 400 + x)] !=
-                             LayerPixel(56 + x, 8 + y, 3)
+            wrong += picture[static_cast<std::size_t>(y * 400 + x)] != LayerPixel(56 + x, 8 + y, 3)
                          ? 1
                          : 0;
     EXPECT_EQ(wrong, 0);
@@ -163,8 +195,9 @@ TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {
     AwaitPicture();
     ASSERT_TRUE(display->SetLayer(2));
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(255, 127), LayerPixel(255, 127, 2));
-    EXPECT_EQ(PaintedAt(256, 10), Rgb(Screen::kBackground));
+    // 256 x 128 pixels in the middle of 600 x 400: from (172, 136)
+    EXPECT_EQ(PaintedAt(172 + 255, 136 + 127), LayerPixel(255, 127, 2));
+    EXPECT_EQ(PaintedAt(172 + 256, 200), Rgb(Screen::kBackground));
 }
 
 }  // namespace

@@ -40,9 +40,9 @@ TEST_F(Terrascope2, ReportsTheOpenMap) {
     double right = 0;
     double bottom = 0;
     EXPECT_EQ(display->GetMapExtent(&left, &top, &right, &bottom), TRUE);
-    EXPECT_EQ(left, -180);
+    EXPECT_EQ(left, -90);
     EXPECT_EQ(top, 90);
-    EXPECT_EQ(right, 180);
+    EXPECT_EQ(right, 270);
     EXPECT_EQ(bottom, -90);
     EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
     EXPECT_EQ(display->SetLayer(7), FALSE);
@@ -86,11 +86,11 @@ TEST_F(Terrascope2, ConvertsInTwoDirectionsAndIgnoresOthers) {
 }
 
 TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
-    Open(1);  // 128 x 64 pixels in a view of 200 x 120, at its left and top
-    EXPECT_FALSE(display->IsPointOutside({0, 0}));
-    EXPECT_FALSE(display->IsPointOutside({127, 63}));
-    EXPECT_TRUE(display->IsPointOutside({130, 10}));
-    EXPECT_TRUE(display->IsPointOutside({10, 66}));
+    Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
+    EXPECT_FALSE(display->IsPointOutside({37, 29}));
+    EXPECT_FALSE(display->IsPointOutside({163, 91}));
+    EXPECT_TRUE(display->IsPointOutside({35, 60}));
+    EXPECT_TRUE(display->IsPointOutside({100, 93}));
     Open(5);
     EXPECT_FALSE(display->IsPointOutside({199, 119}));
     EXPECT_TRUE(display->IsPointOutside({200, 10}));
@@ -117,14 +117,14 @@ TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
     EXPECT_EQ(window->repaints[0], CRect(0, 0, 200, 120));
     std::sort(window->repaints.begin() + 1, window->repaints.end(),
               [](const CRect& a, const CRect& b) { return a.left < b.left; });
-    EXPECT_EQ(window->repaints[1], CRect(-3, -3, 67, 67));
-    EXPECT_EQ(window->repaints[2], CRect(61, -3, 131, 67));
+    EXPECT_TRUE(window->repaints[1] == CRect(33, 25, 103, 95)) << window->repaints[1].left;
+    EXPECT_TRUE(window->repaints[2] == CRect(97, 25, 167, 95)) << window->repaints[2].left;
 }
 
 TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
-    for (const TileAnswer answer : {TileAnswer::Nothing, TileAnswer::Junk, TileAnswer::EmptyStream,
-                                    TileAnswer::NullRecord, TileAnswer::WrongKey,
-                                    TileAnswer::Throw}) {
+    for (const TileAnswer answer :
+         {TileAnswer::Nothing, TileAnswer::Junk, TileAnswer::EmptyStream, TileAnswer::NullRecord,
+          TileAnswer::WrongKey, TileAnswer::Throw}) {
         script->SetTileAnswer(answer);
         display.reset();
         Open(2);
@@ -140,8 +140,8 @@ TEST_F(Terrascope2, DropsATileThatComesTooLate) {
     ASSERT_TRUE(display->SetLayer(1));
     script->Release();
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(10, 10), FromColour(TileColour(1, 0, 0)));
-    EXPECT_EQ(PaintedAt(100, 10), FromColour(TileColour(1, 1, 0)));
+    EXPECT_EQ(PaintedAt(46, 38), FromColour(TileColour(1, 0, 0)));
+    EXPECT_EQ(PaintedAt(136, 38), FromColour(TileColour(1, 1, 0)));
 }
 
 TEST_F(Terrascope2, IsSilentWhileTheMouseDragsTheMap) {
@@ -149,7 +149,7 @@ TEST_F(Terrascope2, IsSilentWhileTheMouseDragsTheMap) {
     Open(4);
     ASSERT_TRUE(script->AwaitHeld(2, 10000));
     display->OnLButtonDown(0, {100, 60});
-    Await([] { return true; });
+    Pump();
     const auto before = window->repaints.size();
     script->Release();
     AwaitPicture();

@@ -34,8 +34,7 @@ TEST(ViewGeometry, DeviceToMapAndBackReturnsToThePoint) {
             EXPECT_NEAR(back.x, device.x, 1e-9);
             EXPECT_NEAR(back.y, device.y, 1e-9);
         }
-        const PointD middle =
-            DeviceToMap(view, {7.0 + view.size.cx / 2, 11.0 + view.size.cy / 2});
+        const PointD middle = DeviceToMap(view, {7.0 + view.size.cx / 2, 11.0 + view.size.cy / 2});
         EXPECT_DOUBLE_EQ(middle.x, 12.5) << "the centre is at the truncated half";
         EXPECT_DOUBLE_EQ(middle.y, -30.25);
     }
@@ -123,8 +122,8 @@ TEST(ViewGeometry, TheSourceAtRestIsTheViewAndShrinksOrGrowsToTheTarget) {
 
     moment.shift = {10, 5};  // 20 pixels right, 10 up
     moment.currentFactor = 1.6;
-    EXPECT_EQ(SourceRectangle(moment, {60, 40}), CRect(CPoint(100 + 12 - 21, 100 - 6 - 14),
-                                                       CSize(42, 28)));
+    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
+              CRect(CPoint(100 + 12 - 21, 100 - 6 - 14), CSize(42, 28)));
     moment.currentFactor = 2.0;
     EXPECT_EQ(SourceRectangle(moment, {60, 40}),
               CRect(CPoint(100 + 20 - 15, 100 - 10 - 10), CSize(30, 20)));
@@ -144,18 +143,18 @@ TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
         CPointF expected;
     };
     const Case cases[] = {
-        {{20, 10}, {50, 25}, {50, 25}},       // inside: unchanged
-        {{20, 10}, {0, 0}, {10, 5}},          // beyond left and bottom
-        {{20, 10}, {99, 49}, {90, 45}},       // beyond right and top
-        {{200, 100}, {150, 75}, {100, 0}},    // wider: to the left edge; higher: to the top
-        {{200, 100}, {0, -50}, {0, 0}},       // right edge inside the view; top edge inside it
-        {{100, 50}, {60, 20}, {50, 25}},      // exactly the map
+        {{20, 10}, {50, 25}, {50, 25}},      // inside: unchanged
+        {{20, 10}, {0, 0}, {10, 5}},         // beyond left and bottom
+        {{20, 10}, {99, 49}, {90, 45}},      // beyond right and top
+        {{200, 100}, {150, 75}, {100, 50}},  // wider: to the left edge; higher: to the bottom
+        {{200, 100}, {0, -50}, {0, 0}},      // right edge inside the view; top edge inside it
+        {{100, 50}, {60, 20}, {50, 25}},     // exactly the map
     };
     for (const Case& c : cases) {
         const CPointF result = CCenterPointAdjuster2(&map, &one, c.proposed, c.view).Adjusted();
-        EXPECT_EQ(result, c.expected) << c.proposed.x << "," << c.proposed.y << " in "
-                                      << c.view.cx << "x" << c.view.cy << " gave " << result.x
-                                      << "," << result.y;
+        EXPECT_EQ(result, c.expected)
+            << c.proposed.x << "," << c.proposed.y << " in " << c.view.cx << "x" << c.view.cy
+            << " gave " << result.x << "," << result.y;
     }
 
     // On the very edge of the band x stays as given, y is computed anew: 0.1 has no exact float.

@@ -19,9 +19,8 @@ constexpr std::uint32_t kBlue = 0xFF0000FF;
 /// A picture of one colour, but for what `other` says is blue.
 template <class Other>
 std::vector<std::uint8_t> Picture(int width, int height, Other other) {
-    return TerrascopeTest::MakeBitmapFile(width, height, [&](int x, int y) {
-        return other(x, y) ? RGB(0, 0, 255) : RGB(255, 0, 0);
-    });
+    return TerrascopeTest::MakeBitmapFile(
+        width, height, [&](int x, int y) { return other(x, y) ? RGB(0, 0, 255) : RGB(255, 0, 0); });
 }
 
 std::vector<std::uint8_t> Red(int width, int height) {
@@ -30,15 +29,12 @@ std::vector<std::uint8_t> Red(int width, int height) {
 
 /// A canvas over pixels of its own.
 struct Surface {
-    Surface(int width, int height)
-        : width(width), height(height), pixels(static_cast<std::size_t>(width * height), 0) {}
+    Surface(int w, int h) : width(w), height(h), pixels(static_cast<std::size_t>(w * h), 0) {}
 
     CTileCanvas Canvas(CSize scrolled = {0, 0}) {
         return {{pixels.data(), width, height, width}, 1, scrolled};
     }
-    std::uint32_t At(int x, int y) const {
-        return pixels[static_cast<std::size_t>(y * width + x)];
-    }
+    std::uint32_t At(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
 
     int width;
     int height;
@@ -131,9 +127,9 @@ TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
 TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
     auto cut = Red(16, 8);
     cut.resize(20);
-    std::vector<std::uint8_t> hugeJpeg{0xFF, 0xD8, 0xFF, 0xC0, 0x00, 0x11, 0x08, 0x69, 0x78, 0x69,
-                                       0x78, 0x03, 0x01, 0x11, 0x00, 0x02, 0x11, 0x00, 0x03, 0x11,
-                                       0x00, 0xFF, 0xDA};
+    std::vector<std::uint8_t> hugeJpeg{0xFF, 0xD8, 0xFF, 0xC0, 0x00, 0x11, 0x08, 0x69,
+                                       0x78, 0x69, 0x78, 0x03, 0x01, 0x11, 0x00, 0x02,
+                                       0x11, 0x00, 0x03, 0x11, 0x00, 0xFF, 0xDA};
     const std::vector<std::uint8_t> page{'<', 'h', 't', 'm', 'l', '>'};
     for (const auto& bytes : {cut, hugeJpeg, page, std::vector<std::uint8_t>{}}) {
         CTile2 tile(map, Layer(1), "0", nullptr);

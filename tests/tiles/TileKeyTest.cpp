@@ -14,7 +14,9 @@ struct KeyCase {
     std::uint32_t row;
 };
 
-void PrintTo(const KeyCase& c, std::ostream* out) { *out << '"' << c.key << '"'; }
+void PrintTo(const KeyCase& c, std::ostream* out) {
+    *out << '"' << c.key << '"';
+}
 
 class TileKeyDecoding : public testing::TestWithParam<KeyCase> {};
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/fixtures/Await.h"
 #include "terrascope/tiles/TileLoadThread.h"
+#include "tests/fixtures/Await.h"
 
 namespace Terrascope {
 namespace {

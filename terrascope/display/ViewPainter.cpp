@@ -1,0 +1,54 @@
+#include "terrascope/display/ViewPainter.h"
+
+#include "terrascope/display/DeviceUnits.h"
+
+namespace Terrascope {
+
+namespace {
+
+/// Where a rectangle of logical units at (0, 0) lies in device units, when there it has the
+/// bitmap's size in pixels. The truncated logical size falls short of it by a fraction: drawn as
+/// it stands, it would resample every pixel.
+bool IsPixelExact(const CDC& dc, CSize logical, CSize pixels, CPoint& corner) {
+    POINT corners[2] = {{0, 0}, {logical.cx, logical.cy}};
+    if (!::LPtoDP(dc.GetSafeHdc(), corners, 2))
+        return false;
+    corner = corners[0];
+    const auto nearly = [](LONG a, LONG b) { return a - b >= -1 && a - b <= 1; };
+    return nearly(corners[1].x - corners[0].x, pixels.cx) &&
+           nearly(corners[1].y - corners[0].y, pixels.cy);
+}
+
+/// Device units for as long as it lives.
+class CDeviceUnits {
+public:
+    explicit CDeviceUnits(CDC& dc) : m_dc(dc.GetSafeHdc()), m_saved(::SaveDC(m_dc)) {
+        ::ModifyWorldTransform(m_dc, nullptr, MWT_IDENTITY);
+        ::SetMapMode(m_dc, MM_TEXT);
+        ::SetWindowOrgEx(m_dc, 0, 0, nullptr);
+        ::SetViewportOrgEx(m_dc, 0, 0, nullptr);
+    }
+    CDeviceUnits(const CDeviceUnits&) = delete;
+    CDeviceUnits& operator=(const CDeviceUnits&) = delete;
+    ~CDeviceUnits() { ::RestoreDC(m_dc, m_saved); }
+
+private:
+    HDC m_dc;
+    int m_saved;
+};
+
+}  // namespace
+
+void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, float factor) {
+    const CSize logical(DeviceToLogical(static_cast<int>(view.cx), factor),
+                        DeviceToLogical(static_cast<int>(view.cy), factor));
+    CPoint corner;
+    if (source.Size() == view && IsPixelExact(dc, logical, view, corner)) {
+        const CDeviceUnits units(dc);
+        bitmap.CopyTo(dc, corner, source);
+    } else {
+        bitmap.DrawTo(dc, {0, 0, logical.cx, logical.cy}, source);
+    }
+}
+
+}  // namespace Terrascope
