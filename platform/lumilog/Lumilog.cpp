@@ -81,9 +81,10 @@ void RegisterByModule(const Configuration& configuration) {
             const std::size_t limit =
                 configuration.limit > 0 ? static_cast<std::size_t>(configuration.limit) : 1;
             const std::string folder = configuration.directory;
-            const bool open = folder.empty() || folder.back() == '/' || folder.back() == '\\';
+            // Doubled separators do no harm, and a last byte 0x5C may be half of a character.
             module.file = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                folder + (open ? "" : "/") + name + ".log", limit * kKilobyte, kFiles - 1);
+                folder + (folder.empty() ? "" : "/") + name + ".log", limit * kKilobyte,
+                kFiles - 1);
             module.logger->sinks().push_back(module.file);
         });
         module.console = std::make_shared<spdlog::sinks::stderr_sink_mt>();

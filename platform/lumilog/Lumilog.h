@@ -11,8 +11,8 @@ namespace Lumilog {
 struct Configuration {
     const char* moduleName = "";  ///< names the log and its file, MODULE.log
     const char* directory = "";   ///< in the active code page; it must exist
-    int level = 6;     ///< 0 off, 1 critical, 2 errors, 3 warnings, 4 information, 5 debug, 6 all
-    int limit = 10000; ///< kilobytes; a file that would grow beyond it becomes MODULE.1.log
+    int level = 6;      ///< 0 off, 1 critical, 2 errors, 3 warnings, 4 information, 5 debug, 6 all
+    int limit = 10000;  ///< kilobytes; a file that would grow beyond it becomes MODULE.1.log
 };
 
 /// Begins a module's log; its file sink is on, its console sink off. A name that is registered

@@ -7,9 +7,13 @@ IMPLEMENT_DYNAMIC(CListCtrl, CWnd)
 namespace {
 
 /// A position is the row plus one, so that null means none.
-POSITION ToPosition(LRESULT row) { return reinterpret_cast<POSITION>(row + 1); }
+POSITION ToPosition(LRESULT row) {
+    return reinterpret_cast<POSITION>(row + 1);
+}
 
-LPSTR Writable(LPCSTR text) { return const_cast<LPSTR>(text); }  // the control only reads it
+LPSTR Writable(LPCSTR text) {
+    return const_cast<LPSTR>(text);
+}  // the control only reads it
 
 }  // namespace
 
@@ -35,8 +39,8 @@ BOOL CListCtrl::SetItemText(int row, int column, LPCSTR text) {
     LVITEMA item{};
     item.iSubItem = column;
     item.pszText = Writable(text);
-    return static_cast<BOOL>(SendMessage(LVM_SETITEMTEXTA, static_cast<WPARAM>(row),
-                                         reinterpret_cast<LPARAM>(&item)));
+    return static_cast<BOOL>(
+        SendMessage(LVM_SETITEMTEXTA, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)));
 }
 
 CString CListCtrl::GetItemText(int row, int column) const {
@@ -57,8 +61,8 @@ BOOL CListCtrl::SetItemState(int row, UINT state, UINT mask) {
     LVITEMA item{};
     item.state = state;
     item.stateMask = mask;
-    return static_cast<BOOL>(SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(row),
-                                         reinterpret_cast<LPARAM>(&item)));
+    return static_cast<BOOL>(
+        SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)));
 }
 
 POSITION CListCtrl::GetFirstSelectedItemPosition() const {
@@ -67,7 +71,6 @@ POSITION CListCtrl::GetFirstSelectedItemPosition() const {
 
 int CListCtrl::GetNextSelectedItem(POSITION& position) const {
     const auto row = reinterpret_cast<LRESULT>(position) - 1;
-    position =
-        ToPosition(SendMessage(LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+    position = ToPosition(SendMessage(LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
     return static_cast<int>(row);
 }

@@ -28,6 +28,10 @@ public:
     BOOL SetItemState(int row, UINT state, UINT mask);
     void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
 
+    /// The next row after `row` (-1: from the first) with these LVNI_ flags; -1 when there is none.
+    int GetNextItem(int row, int flags) const {
+        return static_cast<int>(SendMessage(LVM_GETNEXTITEM, static_cast<WPARAM>(row), flags));
+    }
     /// A walk over the selected rows: null when there is none (left).
     POSITION GetFirstSelectedItemPosition() const;
     int GetNextSelectedItem(POSITION& position) const;

@@ -4,4 +4,6 @@
 
 IMPLEMENT_DYNAMIC(CRichEditCtrl, CWnd)
 
-void CRichEditCtrl::LimitText(LONG bytes) { SendMessage(EM_EXLIMITTEXT, 0, bytes); }
+void CRichEditCtrl::LimitText(LONG bytes) {
+    SendMessage(EM_EXLIMITTEXT, 0, bytes);
+}

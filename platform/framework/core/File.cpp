@@ -44,8 +44,8 @@ BOOL CFile::Open(LPCSTR fileName, UINT openFlags, CFileException* error) {
     if (openFlags & modeCreate)
         creation = (openFlags & modeNoTruncate) ? OPEN_ALWAYS : CREATE_ALWAYS;
 
-    m_hFile = ::CreateFileA(fileName, access, share, nullptr, creation, FILE_ATTRIBUTE_NORMAL,
-                            nullptr);
+    m_hFile =
+        ::CreateFileA(fileName, access, share, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (m_hFile != INVALID_HANDLE_VALUE)
         return TRUE;
     if (error) {

@@ -44,12 +44,12 @@ public:                                   \
     static CRuntimeClass* GetThisClass(); \
     CRuntimeClass* GetRuntimeClass() const override;
 
-#define IMPLEMENT_DYNAMIC(name, base)                                            \
-    CRuntimeClass* name::GetThisClass() {                                        \
-        static CRuntimeClass record = {#name, static_cast<int>(sizeof(name)),    \
-                                       RUNTIME_CLASS(base)};                     \
-        return &record;                                                          \
-    }                                                                            \
-    CRuntimeClass* name::GetRuntimeClass() const {                               \
-        return GetThisClass();                                                   \
+#define IMPLEMENT_DYNAMIC(name, base)                                         \
+    CRuntimeClass* name::GetThisClass() {                                     \
+        static CRuntimeClass record = {#name, static_cast<int>(sizeof(name)), \
+                                       RUNTIME_CLASS(base)};                  \
+        return &record;                                                       \
+    }                                                                         \
+    CRuntimeClass* name::GetRuntimeClass() const {                            \
+        return GetThisClass();                                                \
     }

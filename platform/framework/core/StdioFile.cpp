@@ -29,7 +29,7 @@ BOOL CStdioFile::Open(LPCSTR fileName, UINT openFlags, CFileException* error) {
     const UINT access = openFlags & 3;
     const int flags = (binary ? _O_BINARY : _O_TEXT) | (access == modeRead ? _O_RDONLY : _O_RDWR);
     const int descriptor = ::_open_osfhandle(reinterpret_cast<intptr_t>(m_hFile), flags);
-    const char* mode = access == modeRead ? (binary ? "rb" : "rt")
+    const char* mode = access == modeRead    ? (binary ? "rb" : "rt")
                        : access == modeWrite ? (binary ? "wb" : "wt")
                                              : (binary ? "r+b" : "r+t");
     if (descriptor != -1)

@@ -9,20 +9,27 @@
 
 namespace {
 
-const unsigned char* Mbs(LPCSTR text) { return reinterpret_cast<const unsigned char*>(text); }
+const unsigned char* Mbs(LPCSTR text) {
+    return reinterpret_cast<const unsigned char*>(text);
+}
 
-int LengthOf(LPCSTR text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
+int LengthOf(LPCSTR text) {
+    return text ? static_cast<int>(std::strlen(text)) : 0;
+}
 
 /// The length in bytes of the character at `p`, which is not the terminator.
 int CharacterLength(LPCSTR p) {
     return ::IsDBCSLeadByte(static_cast<BYTE>(*p)) && p[1] != '\0' ? 2 : 1;
 }
 
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool IsSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 bool IsIn(LPCSTR set, LPCSTR character, int length) {
     for (LPCSTR p = set; *p != '\0'; p += CharacterLength(p)) {
-        if (CharacterLength(p) == length && std::memcmp(p, character, static_cast<size_t>(length)) == 0)
+        if (CharacterLength(p) == length &&
+            std::memcmp(p, character, static_cast<size_t>(length)) == 0)
             return true;
     }
     return false;
@@ -49,17 +56,23 @@ int TrailingStart(LPCSTR text, Drop drop) {
     return end;
 }
 
-bool DropSpace(LPCSTR p, int length) { return length == 1 && IsSpace(*p); }
+bool DropSpace(LPCSTR p, int length) {
+    return length == 1 && IsSpace(*p);
+}
 
 }  // namespace
 
-CString CString::Left(int count) const { return Mid(0, count); }
+CString CString::Left(int count) const {
+    return Mid(0, count);
+}
 
 CString CString::Right(int count) const {
     return Mid(std::max(0, GetLength() - std::max(count, 0)));
 }
 
-CString CString::Mid(int first) const { return Mid(first, GetLength()); }
+CString CString::Mid(int first) const {
+    return Mid(first, GetLength());
+}
 
 CString CString::Mid(int first, int count) const {
     first = std::clamp(first, 0, GetLength());
@@ -71,14 +84,21 @@ CString CString::Mid(int first, int count) const {
 
 int CString::Find(char character, int start) const {
     const char text[] = {character, '\0'};
-    return Find(text, start);
+    return character == '\0' ? -1 : Find(text, start);
 }
 
+// Not by _mbsstr, which also finds a match that begins with a trail byte.
 int CString::Find(LPCSTR text, int start) const {
     if (!text || start < 0 || start > GetLength())
         return -1;
-    const auto* found = ::_mbsstr(Mbs(m_text + start), Mbs(text));
-    return found ? static_cast<int>(found - Mbs(m_text)) : -1;
+    const size_t length = std::strlen(text);
+    LPCSTR p = m_text + start;
+    while (std::strncmp(p, text, length) != 0) {
+        if (*p == '\0')
+            return -1;
+        p += CharacterLength(p);
+    }
+    return static_cast<int>(p - m_text);
 }
 
 int CString::FindOneOf(LPCSTR characters) const {
@@ -94,7 +114,9 @@ int CString::ReverseFind(char character) const {
     return found ? static_cast<int>(found - Mbs(m_text)) : -1;
 }
 
-int CString::Compare(LPCSTR other) const { return std::strcmp(m_text, other ? other : ""); }
+int CString::Compare(LPCSTR other) const {
+    return std::strcmp(m_text, other ? other : "");
+}
 
 int CString::CompareNoCase(LPCSTR other) const {
     return ::_mbsicmp(Mbs(m_text), Mbs(other ? other : ""));
@@ -114,13 +136,21 @@ CString& CString::MakeUpper() {
     return *this;
 }
 
-CString& CString::Trim() { return TrimRight().TrimLeft(); }
+CString& CString::Trim() {
+    return TrimRight().TrimLeft();
+}
 
-CString& CString::Trim(char character) { return TrimRight(character).TrimLeft(character); }
+CString& CString::Trim(char character) {
+    return TrimRight(character).TrimLeft(character);
+}
 
-CString& CString::Trim(LPCSTR characters) { return TrimRight(characters).TrimLeft(characters); }
+CString& CString::Trim(LPCSTR characters) {
+    return TrimRight(characters).TrimLeft(characters);
+}
 
-CString& CString::TrimLeft() { return *this = Mid(LeadingEnd(m_text, DropSpace)); }
+CString& CString::TrimLeft() {
+    return *this = Mid(LeadingEnd(m_text, DropSpace));
+}
 
 CString& CString::TrimLeft(char character) {
     const char set[] = {character, '\0'};
@@ -132,7 +162,9 @@ CString& CString::TrimLeft(LPCSTR characters) {
                m_text, [&](LPCSTR p, int length) { return IsIn(characters, p, length); }));
 }
 
-CString& CString::TrimRight() { return *this = Left(TrailingStart(m_text, DropSpace)); }
+CString& CString::TrimRight() {
+    return *this = Left(TrailingStart(m_text, DropSpace));
+}
 
 CString& CString::TrimRight(char character) {
     const char set[] = {character, '\0'};

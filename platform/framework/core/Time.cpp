@@ -19,7 +19,9 @@ CTime::CTime(int year, int month, int day, int hour, int minute, int second, int
         AfxThrowInvalidArgException();
 }
 
-CTime CTime::GetCurrentTime() { return CTime(::_time64(nullptr)); }
+CTime CTime::GetCurrentTime() {
+    return CTime(::_time64(nullptr));
+}
 
 int CTime::GetYear() const {
     std::tm fields{};

@@ -57,9 +57,9 @@ void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL) {
         {
             ModuleList& list = Modules();
             const std::lock_guard guard(list.lock);
-            const auto at =
-                std::find_if(list.modules.begin(), list.modules.end(),
-                             [&](const CDynLinkLibrary* m) { return m->m_hModule == state.hModule; });
+            const auto at = std::find_if(
+                list.modules.begin(), list.modules.end(),
+                [&](const CDynLinkLibrary* m) { return m->m_hModule == state.hModule; });
             if (at != list.modules.end())
                 found = *at;
         }
@@ -70,7 +70,9 @@ void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL) {
     state.bInitialized = FALSE;
 }
 
-HINSTANCE AfxGetInstanceHandle() { return ::GetModuleHandleA(nullptr); }
+HINSTANCE AfxGetInstanceHandle() {
+    return ::GetModuleHandleA(nullptr);
+}
 
 HINSTANCE AfxGetResourceHandle() {
     ModuleList& list = Modules();

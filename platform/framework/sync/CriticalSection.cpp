@@ -7,7 +7,9 @@ CCriticalSection::CCriticalSection() {
         AfxThrowResourceException();
 }
 
-CCriticalSection::~CCriticalSection() { ::DeleteCriticalSection(&m_sect); }
+CCriticalSection::~CCriticalSection() {
+    ::DeleteCriticalSection(&m_sect);
+}
 
 BOOL CCriticalSection::Lock(DWORD) {
     ::EnterCriticalSection(&m_sect);

@@ -5,7 +5,9 @@ CSingleLock::CSingleLock(CCriticalSection* object, BOOL initialLock) : m_object(
         Lock();
 }
 
-CSingleLock::~CSingleLock() { Unlock(); }
+CSingleLock::~CSingleLock() {
+    Unlock();
+}
 
 BOOL CSingleLock::Lock(DWORD timeout) {
     m_locked = m_object->Lock(timeout);

@@ -65,8 +65,7 @@ void DDX_Text(CDataExchange* exchange, int id, double& value) {
     value = number;
 }
 
-void DDV_MinMaxDouble(CDataExchange* exchange, const double& value, double least,
-                      double greatest) {
+void DDV_MinMaxDouble(CDataExchange* exchange, const double& value, double least, double greatest) {
     if (value >= least && value <= greatest)
         return;
     if (!exchange->m_bSaveAndValidate)

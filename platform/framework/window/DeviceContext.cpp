@@ -3,7 +3,9 @@
 #include "../core/Exception.h"
 #include "Wnd.h"
 
-CDC::~CDC() { DeleteDC(); }
+CDC::~CDC() {
+    DeleteDC();
+}
 
 BOOL CDC::Attach(HDC dc) {
     m_hDC = dc;
@@ -68,4 +70,6 @@ CClientDC::CClientDC(CWnd* window) : m_window(window->GetSafeHwnd()) {
         AfxThrowResourceException();
 }
 
-CClientDC::~CClientDC() { ::ReleaseDC(m_window, Detach()); }
+CClientDC::~CClientDC() {
+    ::ReleaseDC(m_window, Detach());
+}

@@ -9,10 +9,9 @@ IMPLEMENT_DYNAMIC(CDialog, CWnd)
 INT_PTR CDialog::DoModal() {
     const char* name = MAKEINTRESOURCEA(m_templateId);
     CWnd* owner = m_parent ? m_parent : AfxGetMainWnd();
-    const INT_PTR result =
-        ::DialogBoxParamA(AfxFindResourceHandle(name, RT_DIALOG), name,
-                          owner ? owner->GetSafeHwnd() : nullptr, &CDialog::DialogProcedure,
-                          reinterpret_cast<LPARAM>(this));
+    const INT_PTR result = ::DialogBoxParamA(
+        AfxFindResourceHandle(name, RT_DIALOG), name, owner ? owner->GetSafeHwnd() : nullptr,
+        &CDialog::DialogProcedure, reinterpret_cast<LPARAM>(this));
     return result;
 }
 

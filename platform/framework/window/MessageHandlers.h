@@ -43,7 +43,8 @@ bool CallMouse(CWnd* window, const void* handler, UINT, WPARAM w, LPARAM l, LRES
 template <class H>
 bool CallWheel(CWnd* window, const void* handler, UINT, WPARAM w, LPARAM l, LRESULT* result) {
     // FALSE leaves the message to the parent.
-    *result = Handler<H>::Call(window, handler, LOWORD(w), static_cast<short>(HIWORD(w)), CPoint(l));
+    *result =
+        Handler<H>::Call(window, handler, LOWORD(w), static_cast<short>(HIWORD(w)), CPoint(l));
     return *result != FALSE;
 }
 
@@ -122,12 +123,12 @@ bool CallNotify(CWnd* window, const void* handler, UINT, WPARAM, LPARAM l, LRESU
 
 }  // namespace FrameworkMessages
 
-#define FRAMEWORK_ENTRY(message, code, first, last, form, member)                     \
-    {message,                                                                         \
-     code,                                                                            \
-     static_cast<UINT>(first),                                                        \
-     static_cast<UINT>(last),                                                         \
-     &FrameworkMessages::form<decltype(member)>,                                      \
+#define FRAMEWORK_ENTRY(message, code, first, last, form, member) \
+    {message,                                                     \
+     code,                                                        \
+     static_cast<UINT>(first),                                    \
+     static_cast<UINT>(last),                                     \
+     &FrameworkMessages::form<decltype(member)>,                  \
      &FrameworkMessages::kHandler<member>},
 #define FRAMEWORK_WM(message, form, member) \
     FRAMEWORK_ENTRY(message, 0, 0, 0, form, &ThisClass::member)
@@ -142,8 +143,7 @@ bool CallNotify(CWnd* window, const void* handler, UINT, WPARAM, LPARAM l, LRESU
 
 #define ON_WM_CAPTURECHANGED() FRAMEWORK_WM(WM_CAPTURECHANGED, CallWindowL, OnCaptureChanged)
 #define ON_WM_CREATE() FRAMEWORK_WM(WM_CREATE, CallCreate, OnCreate)
-#define ON_WM_CTLCOLOR_REFLECT() \
-    FRAMEWORK_WM(kReflectedCtlColor, CallCtlColorReflect, CtlColor)
+#define ON_WM_CTLCOLOR_REFLECT() FRAMEWORK_WM(kReflectedCtlColor, CallCtlColorReflect, CtlColor)
 #define ON_WM_DESTROY() FRAMEWORK_WM(WM_DESTROY, CallVoid, OnDestroy)
 #define ON_WM_ERASEBKGND() FRAMEWORK_WM(WM_ERASEBKGND, CallDC, OnEraseBkgnd)
 #define ON_WM_GETMINMAXINFO() FRAMEWORK_WM(WM_GETMINMAXINFO, CallMinMaxInfo, OnGetMinMaxInfo)

@@ -30,21 +30,25 @@ struct MessageMap {
     const MessageEntry* entries;
 };
 
-#define DECLARE_MESSAGE_MAP()                        \
-protected:                                           \
-    static const MessageMap* GetThisMessageMap();    \
+#define DECLARE_MESSAGE_MAP()                     \
+protected:                                        \
+    static const MessageMap* GetThisMessageMap(); \
     const MessageMap* GetMessageMap() const override;
 
-#define BEGIN_MESSAGE_MAP(theClass, baseClass)                                        \
-    const MessageMap* theClass::GetMessageMap() const { return GetThisMessageMap(); } \
-    const MessageMap* theClass::GetThisMessageMap() {                                 \
-        using ThisClass [[maybe_unused]] = theClass;                                  \
-        using BaseClass = baseClass;                                                  \
+#define BEGIN_MESSAGE_MAP(theClass, baseClass)          \
+    const MessageMap* theClass::GetMessageMap() const { \
+        return GetThisMessageMap();                     \
+    }                                                   \
+    const MessageMap* theClass::GetThisMessageMap() {   \
+        using ThisClass [[maybe_unused]] = theClass;    \
+        using BaseClass = baseClass;                    \
         static const MessageEntry entries[] = {
-#define END_MESSAGE_MAP()                                                \
-            {0, 0, 0, 0, nullptr, nullptr}};                             \
-        static const MessageMap map = {&BaseClass::GetThisMessageMap, entries}; \
-        return &map;                                                     \
+#define END_MESSAGE_MAP()                                                   \
+    { 0, 0, 0, 0, nullptr, nullptr }                                        \
+    }                                                                       \
+    ;                                                                       \
+    static const MessageMap map = {&BaseClass::GetThisMessageMap, entries}; \
+    return &map;                                                            \
     }
 
 /// A parent's WM_CTLCOLORxxx as it is offered to the control first.
@@ -69,4 +73,3 @@ struct Handler<Result (Class::*)(Arguments...)> {
 };
 
 }  // namespace FrameworkMessages
-

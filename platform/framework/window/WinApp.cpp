@@ -6,7 +6,9 @@ namespace {
 CWinApp* application = nullptr;
 }
 
-CWinApp::CWinApp() { application = this; }
+CWinApp::CWinApp() {
+    application = this;
+}
 
 CWinApp::~CWinApp() {
     if (application == this)
@@ -32,9 +34,13 @@ BOOL CWinApp::PreTranslateMessage(MSG* message) {
     return FALSE;
 }
 
-CWinApp* AfxGetApp() { return application; }
+CWinApp* AfxGetApp() {
+    return application;
+}
 
-CWnd* AfxGetMainWnd() { return application ? application->m_pMainWnd : nullptr; }
+CWnd* AfxGetMainWnd() {
+    return application ? application->m_pMainWnd : nullptr;
+}
 
 int AfxMessageBox(LPCSTR text, UINT type) {
     char path[MAX_PATH] = "";

@@ -49,7 +49,9 @@ LRESULT AfterException(HWND window, UINT message, LPCSTR what) {
 
 }  // namespace
 
-CWnd* FrameworkMessages::WindowOf(HWND handle) { return CWnd::FromHandle(handle); }
+CWnd* FrameworkMessages::WindowOf(HWND handle) {
+    return CWnd::FromHandle(handle);
+}
 
 CWnd::~CWnd() {
     if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
@@ -111,8 +113,7 @@ BOOL CWnd::Create(LPCSTR className, LPCSTR title, DWORD style, const RECT& rect,
 BOOL CWnd::CreateEx(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, const RECT& rect,
                     CWnd* parent, UINT id) {
     WindowThread& thread = ThisThread();
-    const HHOOK hook =
-        ::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
+    const HHOOK hook = ::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
     thread.creating = this;
     const bool placed = rect.left != CW_USEDEFAULT;
     const HWND window = ::CreateWindowExA(
@@ -177,9 +178,13 @@ BOOL CWnd::UpdateData(BOOL saveAndValidate) {
     return FALSE;
 }
 
-BOOL CWnd::PreTranslateMessage(MSG*) { return FALSE; }
+BOOL CWnd::PreTranslateMessage(MSG*) {
+    return FALSE;
+}
 
-const MessageMap* CWnd::GetMessageMap() const { return GetThisMessageMap(); }
+const MessageMap* CWnd::GetMessageMap() const {
+    return GetThisMessageMap();
+}
 
 const MessageMap* CWnd::GetThisMessageMap() {
     static const MessageEntry entries[] = {{0, 0, 0, 0, nullptr, nullptr}};
@@ -218,7 +223,8 @@ LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     } else if (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) {
         // The control is asked first.
         CWnd* control = FromHandlePermanent(reinterpret_cast<HWND>(lParam));
-        if (control && control->Dispatch(kReflectedCtlColor, 0, 0, message, wParam, lParam, &result))
+        if (control &&
+            control->Dispatch(kReflectedCtlColor, 0, 0, message, wParam, lParam, &result))
             return result;
     } else if (Dispatch(message, 0, 0, message, wParam, lParam, &result)) {
         return result;
@@ -264,8 +270,7 @@ LRESULT CALLBACK CWnd::Procedure(HWND handle, UINT message, WPARAM wParam, LPARA
 
     if (message == WM_NCDESTROY && FromHandlePermanent(handle) == window) {
         if (window->m_former)
-            ::SetWindowLongPtrA(handle, GWLP_WNDPROC,
-                                reinterpret_cast<LONG_PTR>(window->m_former));
+            ::SetWindowLongPtrA(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(window->m_former));
         window->m_former = nullptr;
         window->Detach();
         window->PostNcDestroy();

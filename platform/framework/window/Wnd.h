@@ -76,9 +76,7 @@ public:
     BOOL IsWindowEnabled() const { return ::IsWindowEnabled(m_hWnd); }
     void UpdateWindow() { ::UpdateWindow(m_hWnd); }
     void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
-    void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) {
-        ::InvalidateRect(m_hWnd, rect, erase);
-    }
+    void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
     BOOL GetUpdateRect(LPRECT rect, BOOL erase = FALSE) {
         return ::GetUpdateRect(m_hWnd, rect, erase);
     }
