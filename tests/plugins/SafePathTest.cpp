@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 using namespace Terrascope::Plugins;
@@ -11,41 +13,12 @@ TEST(JoinUnder, TakesPlainNamesOnly) {
     EXPECT_EQ(folder + L"\\1\\2 3\\4.5.jpg", JoinUnder(folder, "1\\2 3/4.5.jpg"));
     EXPECT_EQ(folder + L"\\.hidden\\console.jpg", JoinUnder(folder, ".hidden\\console.jpg"));
 
-    for (const char* escape : {"",
-                               "\\",
-                               "..",
-                               "..\\x",
-                               "1\\..\\..\\x",
-                               "1/../x",
-                               ".",
-                               "1\\.\\x",
-                               "...",
-                               "1\\.. \\x",
-                               "\\x",
-                               "/x",
-                               "1\\\\x",
-                               "x\\",
-                               "\\\\server\\x",
-                               "\\\\?\\C:\\x",
-                               "C:x",
-                               "C:\\x",
-                               "x:stream",
-                               "x.jpg.",
-                               "x.jpg ",
-                               "*.jpg",
-                               "?.jpg",
-                               "1|x",
-                               "<x",
-                               "\"x\"",
-                               "x\ty",
-                               "con",
-                               "NUL.jpg",
-                               "1\\Aux\\x",
-                               "com1",
-                               "lpt9.tar.gz",
-                               "COM0",
-                               "nul .jpg",
-                               "conin$"}) {
+    std::istringstream escapes(
+        R"(;\;..;..\x;1\..\..\x;1/../x;.;1\.\x;...;1\.. \x;\x;/x;1\\x;x\;\\server\x;\\?\C:\x;C:x;)"
+        R"(C:\x;x:stream;x.jpg.;x.jpg ;*.jpg;?.jpg;1|x;<x;"x";con;NUL.jpg;1\Aux\x;com1;COM0;)"
+        R"(lpt9.tar.gz;nul .jpg;conin$)"
+        "; x\tx");
+    for (std::string escape; std::getline(escapes, escape, ';');) {
         EXPECT_EQ(std::nullopt, JoinUnder(folder, escape)) << '"' << escape << '"';
     }
 }

@@ -121,18 +121,15 @@ DialogDriver::Windows DialogDriver::FindWindows() const {
     return search.found;
 }
 
-// Some rich edit controls tell the length in characters and copy nothing that does not fit.
 std::string WindowText(HWND window) {
-    std::string text(static_cast<std::size_t>(::GetWindowTextLengthA(window)) * 2 + 1, '\0');
-    text.resize(static_cast<std::size_t>(::GetWindowTextA(window, text.data(), int(text.size()))));
-    std::erase(text, '\r');
-    return text;
-}
-
-std::wstring WideWindowText(HWND window) {
-    std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(window)) * 2 + 1, L'\0');
-    text.resize(static_cast<std::size_t>(::GetWindowTextW(window, text.data(), int(text.size()))));
-    std::erase(text, L'\r');
+    // Some rich edit controls copy nothing if the buffer has no room for their bytes.
+    std::wstring wide(static_cast<std::size_t>(::GetWindowTextLengthW(window)) * 2 + 1, L'\0');
+    wide.resize(static_cast<std::size_t>(::GetWindowTextW(window, wide.data(), int(wide.size()))));
+    std::erase(wide, L'\r');
+    std::string text(wide.size() * 3, '\0');
+    text.resize(static_cast<std::size_t>(
+        ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                              static_cast<int>(text.size()), nullptr, nullptr)));
     return text;
 }
 

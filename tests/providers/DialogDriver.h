@@ -32,7 +32,6 @@ public:
     /// Does something once.
     DialogDriver& Do(std::function<void(HWND dialog)> action);
 
-    /// Posts a press of a button.
     DialogDriver& Press(int button);
     DialogDriver& Type(int edit, const std::string& text);
     /// Clicks into a row of a list view with the mouse.
@@ -56,7 +55,7 @@ private:
     int m_ticks = 0;
 };
 
+/// A window's text in UTF-8, with plain line feeds.
 std::string WindowText(HWND window);
-std::wstring WideWindowText(HWND window);
 
 }  // namespace TerrascopeTest

@@ -17,59 +17,32 @@ using testing::IsEmpty;
 
 constexpr char kRoles[] = "TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE";
 
-struct Choice {
-    const char* what;
-    ProviderRole role;
-    const char* inFile;  // the role's provider in the file
-    std::pair<const char*, const char*> host;
-    std::pair<const char*, const char*> expected;
-    friend void PrintTo(const Choice& c, std::ostream* out) { *out << c.what; }
-};
-class ChooseProviderTest : public testing::TestWithParam<Choice> {};
-
-TEST_P(ChooseProviderTest, FollowsFileThenHostThenDefault) {
-    CMemIniFile file("", false);
-    file.WriteString("Filed", "DATA_PATH", "file's path");
-    file.WriteString("Hosted", "DATA_PATH", "not the host's path");
-    file.WriteString("splittedfiletilemapinfoprovider", "DATA_PATH", "default's path");
-    const char* role = GetParam().role == ProviderRole::Local ? "local" : "remote";
-    if (*GetParam().inFile)
-        file.WriteString(kRoles, role, GetParam().inFile);
-
-    const ProviderChoice choice =
-        ChooseProvider(GetParam().role, file, {GetParam().host.first, GetParam().host.second});
-
-    EXPECT_STREQ(GetParam().expected.first, choice.name);
-    EXPECT_STREQ(GetParam().expected.second, choice.dataPath);
+TEST(ChooseProvider, FollowsFileThenHostThenDefault) {
+    struct Case {
+        ProviderRole role;
+        const char *inFile, *hostName, *hostPath, *name, *path;
+    };
+    constexpr char kDefault[] = "SplittedFileTileMapInfoProvider";
+    const Case cases[] = {
+        {ProviderRole::Local, "", "", "", kDefault, "default's path"},
+        {ProviderRole::Remote, "", "", "", "DBTileMapInfoProvider", ""},
+        {ProviderRole::Local, "", "Hosted", "p", "Hosted", "p"},
+        {ProviderRole::Remote, "", "Hosted", "", "Hosted", ""},  // the file is not asked
+        {ProviderRole::Local, "", "", "p", kDefault, "default's path"},
+        {ProviderRole::Local, "Filed", "Hosted", "p", "Filed", "file's path"},
+        {ProviderRole::Remote, "Bare", "Hosted", "p", "Bare", ""},
+    };
+    for (const Case& c : cases) {
+        CMemIniFile file("", false);
+        file.WriteString("Filed", "DATA_PATH", "file's path");
+        file.WriteString("Hosted", "DATA_PATH", "not the host's path");
+        file.WriteString("splittedfiletilemapinfoprovider", "DATA_PATH", "default's path");
+        file.WriteString(kRoles, c.role == ProviderRole::Local ? "local" : "remote", c.inFile);
+        const ProviderChoice choice = ChooseProvider(c.role, file, {c.hostName, c.hostPath});
+        EXPECT_STREQ(c.name, choice.name) << c.inFile << '/' << c.hostName << '/' << c.hostPath;
+        EXPECT_STREQ(c.path, choice.dataPath) << c.inFile << '/' << c.hostName;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , ChooseProviderTest,
-    testing::Values(
-        Choice{"nothing, local",
-               ProviderRole::Local,
-               "",
-               {"", ""},
-               {"SplittedFileTileMapInfoProvider", "default's path"}},
-        Choice{
-            "nothing, remote", ProviderRole::Remote, "", {"", ""}, {"DBTileMapInfoProvider", ""}},
-        Choice{"host alone", ProviderRole::Local, "", {"Hosted", "p"}, {"Hosted", "p"}},
-        Choice{"host without path: the file is not asked",
-               ProviderRole::Remote,
-               "",
-               {"Hosted", ""},
-               {"Hosted", ""}},
-        Choice{"host's path without name is dropped",
-               ProviderRole::Local,
-               "",
-               {"", "p"},
-               {"SplittedFileTileMapInfoProvider", "default's path"}},
-        Choice{"file over host",
-               ProviderRole::Local,
-               "Filed",
-               {"Hosted", "p"},
-               {"Filed", "file's path"}},
-        Choice{"file without path", ProviderRole::Remote, "Bare", {"Hosted", "p"}, {"Bare", ""}}));
 
 TEST(ResolveDataPath, MakesAllButAddressesAbsolute) {
     const CString folder = "C:\\lib";
