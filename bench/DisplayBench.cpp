@@ -22,6 +22,7 @@ using TerrascopeTest::Await;
 
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
+constexpr ULONGLONG kQuiet = 400;  // ms without a request: all tiles are there
 
 /// A DIB section of the frame's size, selected into a device context of the host's units.
 class Target {
@@ -60,11 +61,10 @@ private:
     HGDIOBJ m_former = nullptr;
 };
 
-SIZE_T PrivateBytes() {
-    PROCESS_MEMORY_COUNTERS_EX counters{};
-    ::GetProcessMemoryInfo(::GetCurrentProcess(),
-                           reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof(counters));
-    return counters.PrivateUsage;
+SIZE_T ResidentBytes() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters));
+    return counters.WorkingSetSize;
 }
 
 void WaitUntilQuiet(TerrascopeTest::IScriptedControl& script) {
@@ -76,7 +76,7 @@ void WaitUntilQuiet(TerrascopeTest::IScriptedControl& script) {
                 seen = script.Requests().size();
                 since = ::GetTickCount64();
             }
-            return ::GetTickCount64() - since > 400;
+            return ::GetTickCount64() - since > kQuiet;
         },
         120000);
 }
@@ -103,30 +103,30 @@ void BenchDisplay() {
         {DeviceToLogical(kWidth, factor) + 1, DeviceToLogical(kHeight, factor) + 1}, nullptr, 1.0);
     display.OpenMap(map.name.c_str());
 
-    const ULONGLONG start = ::GetTickCount64();
-    display.SetLayer(5);
-    WaitUntilQuiet(script);
-    // The quiet time that ends the wait is no part of the filling.
-    const double filled = static_cast<double>(::GetTickCount64() - start) - 400.0;
+    double filled = Bench::MicrosecondsOf([&] {
+        display.SetLayer(5);
+        WaitUntilQuiet(script);
+    });
+    filled -= kQuiet * 1000.0;  // the quiet time that ends the wait is no part of the filling
     const auto tiles = static_cast<double>(script.Requests().size());
-    // A worker sleeps 16 times for each tile; what 16 sleeps take is measured.
-    const double pace = Bench::Median(3, [] {
+    // A loading thread sleeps 16 times for each tile; what 16 sleeps take is measured.
+    const double pace = Bench::MicrosecondsOf([] {
         for (int i = 0; i < 16; ++i)
             ::Sleep(10);
     });
-    Bench::Row("fill a view, against pace x tiles / 2", filled, pace * tiles / 2, 1.05);
+    Bench::PrintRow("fill a view, against pace x tiles / 2", filled, pace * tiles / 2, 1.05);
 
     Target target;
     Target source;
-    const double blit = Bench::Median(50, [&] {
-        ::BitBlt(target.dc.GetSafeHdc(), 0, 0, kWidth, kHeight, source.dc.GetSafeHdc(), 0, 0,
-                 SRCCOPY);
-        ::GdiFlush();
-    });
     Target screen;
     screen.UseHostUnits();
-    Bench::Row("frame at rest 1920x1080, against BitBlt",
-               Bench::Median(50, [&] { display.Draw(&screen.dc); }), blit, 2.0);
+    Bench::Compare(
+        "frame at rest 1920x1080, against BitBlt", 2.0, 50, 1, [&] { display.Draw(&screen.dc); },
+        [&] {
+            ::BitBlt(target.dc.GetSafeHdc(), 0, 0, kWidth, kHeight, source.dc.GetSafeHdc(), 0, 0,
+                     SRCCOPY);
+            ::GdiFlush();
+        });
 
     // The bitmap covers the load region in whole tiles.
     const Viewport view = display.View();
@@ -135,19 +135,23 @@ void BenchDisplay() {
         std::size_t{256} * 256 * static_cast<std::size_t>(range.columnCount * range.rowCount);
     std::vector<std::uint32_t> from(pixels, 1);
     std::vector<std::uint32_t> to(pixels, 2);
-    const double copy = Bench::Median(30, [&] { std::memcpy(to.data(), from.data(), pixels * 4); });
+    const auto copy = [&] {
+        std::memcpy(to.data(), from.data(), pixels * 4);
+        Bench::Use(to);
+    };
     int direction = 1;
     Drag(display, {100, 0});
     Drag(display, {-100, 0});
-    Bench::Row("RefreshTiles after 100 pixels, against one copy",
-               Bench::Median(30,
-                             [&] {
-                                 Drag(display, {direction * 100, 0});
-                                 direction = -direction;
-                             }),
-               copy, 2.0);
-    Bench::Row("RefreshTiles, nothing moved, against one copy",
-               Bench::Median(30, [&] { display.RefreshTiles(); }), copy, 0.2);
+    Bench::Compare(
+        "RefreshTiles after 100 pixels, against one copy", 2.0, 30, 1,
+        [&] {
+            Drag(display, {direction * 100, 0});
+            direction = -direction;
+        },
+        copy);
+    Bench::Compare(
+        "RefreshTiles, nothing moved, against one copy", 0.2, 30, 1,
+        [&] { display.RefreshTiles(); }, copy);
 }
 
 void BenchTileMemory() {
@@ -162,22 +166,22 @@ void BenchTileMemory() {
     info.nLayerNumber = 8;
     info.nTileCountX = info.nTileCountY = 256;
     const CTileLayer2 layer(map, info);
-    constexpr int kTiles = 400;
+    constexpr unsigned kTiles = 400;
     std::vector<std::unique_ptr<CTile2>> tiles;
     tiles.reserve(kTiles);
     tiles.push_back(std::make_unique<CTile2>(map, layer, MakeTileKey(0, 0, 8), nullptr));
-    const SIZE_T before = PrivateBytes();
+    const SIZE_T before = ResidentBytes();
     for (unsigned i = 1; i < kTiles; ++i)
         tiles.push_back(std::make_unique<CTile2>(map, layer, MakeTileKey(i, 1, 8), nullptr));
-    const double each = static_cast<double>(PrivateBytes() - before) / (kTiles - 1);
-    Bench::Row("bytes of a live tile, against width x height x 4", each, 256.0 * 256 * 4, 1.15,
-               "bytes");
+    const double each = static_cast<double>(ResidentBytes() - before) / (kTiles - 1);
+    Bench::PrintRow("BYTES of a live tile, against width x height x 4", each, 256.0 * 256 * 4,
+                    1.15);
 }
 
 }  // namespace
 
 int main() {
-    Bench::Header();
+    Bench::PrintHeader();
     BenchDisplay();
     BenchTileMemory();
     return 0;
