@@ -171,6 +171,10 @@ void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
     Gdiplus::Bitmap bitmap(m_size.cx, m_size.cy, m_capacity.cx * 4, PixelFormat32bppARGB,
                            reinterpret_cast<BYTE*>(m_pixels));
     Gdiplus::Graphics graphics(dc.GetSafeHdc());
+    // Smooth scaling would blend the outermost pixels with nothing: the picture would get a rim. It
+    // also takes twice as long, and the picture is in motion.
+    graphics.SetInterpolationMode(Gdiplus::InterpolationModeNearestNeighbor);
+    graphics.SetPixelOffsetMode(Gdiplus::PixelOffsetModeHalf);
     graphics.DrawImage(&bitmap, to, from.left, from.top, from.Width(), from.Height(),
                        Gdiplus::UnitPixel);
     graphics.Flush(Gdiplus::FlushIntentionSync);
