@@ -9,7 +9,7 @@ namespace Terrascope::Plugins {
 namespace {
 
 constexpr wchar_t kDescriptionFile[] = L"map.ini";
-constexpr std::uint64_t kLargestDescription = 1024 * 1024;  // bytes
+constexpr std::uint64_t kLargestDescription = 1024 * std::uint64_t{1024};  // bytes
 
 void LeaveOut(const CString& file, const char* reason) {
     LogLine("map left out: '%s': %s", file.GetString(), reason);

@@ -8,7 +8,7 @@
 namespace Terrascope::Plugins {
 namespace {
 
-constexpr std::size_t kLargestTileFile = 64 * 1024 * 1024;  // bytes
+constexpr std::size_t kLargestTileFile = std::size_t{64} * 1024 * 1024;  // bytes
 
 /// Runs a piece of work that must not throw into the library, which was built apart.
 template <class TResult, class TWork>
@@ -159,7 +159,7 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
             }
             if (auto tile = ReadTile(*file, *address, key)) {
                 tiles.push_back(tile.get());
-                tile.release();
+                static_cast<void>(tile.release());
             } else if (m_pRemoteProvider != nullptr) {
                 tiles.splice(tiles.end(),
                              m_pRemoteProvider->LoadTiles(mapName, layerNumber, {key}));

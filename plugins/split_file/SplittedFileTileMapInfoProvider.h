@@ -38,9 +38,9 @@ private:
     std::shared_ptr<const MapLibrary> Library();
     bool Rescan();
 
-    CCriticalSection m_lock;  // guards the two below
-    CString m_dataPath;
-    std::shared_ptr<const MapLibrary> m_library = std::make_shared<MapLibrary>();
+    CCriticalSection m_lock;
+    CString m_dataPath GUARDED_BY(m_lock);
+    std::shared_ptr<const MapLibrary> m_library GUARDED_BY(m_lock) = std::make_shared<MapLibrary>();
 };
 
 }  // namespace Terrascope::Plugins
