@@ -110,6 +110,8 @@ CMemStream::~CMemStream() {
     }
 }
 
+// Positions, stream and block stay on purpose.
+// cppcheck-suppress operatorEqVarError
 CMemStream& CMemStream::operator=(const CMemStream& other) {
     if (this == &other) {
         return *this;

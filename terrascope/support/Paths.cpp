@@ -7,7 +7,8 @@
 
 #include "terrascope/support/MultibyteText.h"
 
-extern "C" IMAGE_DOS_HEADER __ImageBase;
+// The linker gives each module this name for its own start.
+extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier)
 
 namespace Terrascope {
 
@@ -15,7 +16,7 @@ namespace {
 
 // The system's functions are told of MAX_PATH; what is beyond is for code pages in which they
 // count characters and write more bytes.
-using PathBuffer = std::array<char, 2 * MAX_PATH>;
+using PathBuffer = std::array<char, std::size_t{2} * MAX_PATH>;
 
 CString CurrentDirectory() {
     PathBuffer buffer{};

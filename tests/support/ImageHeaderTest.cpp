@@ -32,7 +32,7 @@ std::string Little32(unsigned v) {
 }
 
 std::string Segment(char marker, const std::string& body) {
-    return "\xFF"s + marker + Big16(static_cast<unsigned>(body.size()) + 2) + body;
+    return std::string{'\xFF', marker} + Big16(static_cast<unsigned>(body.size()) + 2) + body;
 }
 std::string Frame(char marker, unsigned width, unsigned height) {
     return Segment(marker, "\x08"s + Big16(height) + Big16(width) + "\x01\x01\x11\0"s);

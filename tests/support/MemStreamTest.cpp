@@ -16,10 +16,6 @@ std::string Content(CMemStream& stream) {
     return bytes == nullptr ? std::string() : std::string(bytes, stream.GetLength());
 }
 
-CMemStream Filled(const std::string& bytes) {
-    return CMemStream(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
-
 template <typename T>
 void ExpectBack(T value, std::uint64_t bytes) {
     CMemStream stream;
@@ -84,13 +80,13 @@ TEST(MemStream, MovesTheCursorsThatSeekNames) {
 }
 
 TEST(MemStream, KeepsItsPositionsWhenItIsAssignedTo) {
-    const CMemStream source = Filled("new");
+    const CMemStream source("new", 3);
     CMemStream written;
     written.Write("12", 2);
     written = source;
     EXPECT_EQ(Content(written), std::string("\0\0new", 5));
 
-    CMemStream atStart = Filled("old content");
+    CMemStream atStart("old content", 11);
     atStart = source;
     EXPECT_EQ(Content(atStart), "new");
 
