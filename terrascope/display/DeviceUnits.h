@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "terrascope/support/Truncate.h"
+
 namespace Terrascope {
 
 /// The relation of device pixels (DP) and the library's logical units (LP): LP = DP x 1000 / D.
@@ -28,10 +30,10 @@ inline float LogicalToDevice(float value, float factor) {
 /// The same for whole numbers, truncated toward zero: there and back may lose one. That is wanted,
 /// hosts lay out their windows with it.
 inline int DeviceToLogical(int value, float factor) {
-    return static_cast<int>(DeviceToLogical(static_cast<float>(value), factor));
+    return TruncateToInt(DeviceToLogical(static_cast<float>(value), factor));
 }
 inline int LogicalToDevice(int value, float factor) {
-    return static_cast<int>(LogicalToDevice(static_cast<float>(value), factor));
+    return TruncateToInt(LogicalToDevice(static_cast<float>(value), factor));
 }
 
 }  // namespace Terrascope

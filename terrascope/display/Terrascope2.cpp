@@ -117,6 +117,7 @@ BOOL CTerrascope2::OpenMap(const CString& mapName) {
         return FALSE;
     }
     m_map = *record;
+    ForgetFormerMap();
     {
         CSingleLock lock(&m_viewLock, TRUE);
         m_view.extent = {m_map.dLongitudeStart, m_map.dLatitudeStart, m_map.dLongitude,

@@ -117,6 +117,7 @@ private:
     CPoint MapToDevicePixels(double mapX, double mapY);
 
     // Terrascope2TileSet.cpp
+    void ForgetFormerMap();
     void TakePreparedTilesLocked(TileMap& prepared) REQUIRES(m_tileLock);
     void RenderLocked() REQUIRES(m_tileLock);
     void PrepareBitmapLocked(const Viewport& view, const TileRange& range, const CPointF& origin)

@@ -71,6 +71,11 @@ void CTerrascope2::BeginLayerSwitch() {
     }
     m_switchThread = std::make_unique<CLayerSwitchThread>(this);
     m_switchThread->Start();
+    if (m_switchThread->IsFinished()) {
+        // The system had no thread to give: nothing would ever end the switch.
+        CSingleLock lock(&m_switch.lock, TRUE);
+        FinishSwitchLocked();
+    }
 }
 
 double CTerrascope2::ZoomFactorOf(int layerNumber) {

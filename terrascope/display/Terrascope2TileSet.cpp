@@ -51,6 +51,15 @@ void CTerrascope2::RefreshTiles() {
     RenderLocked();
 }
 
+// Keys say nothing of the map: the tiles of the former one must not be taken for the new one's.
+void CTerrascope2::ForgetFormerMap() {
+    CSingleLock tiles(&m_tileLock, TRUE);
+    m_tiles.clear();
+    m_queue->Clear();
+    CSingleLock bitmap(&m_bitmapLock, TRUE);
+    m_bitmapLayer = CTileLayer2();  // what it shows is not to be reused
+}
+
 // A tile that is there already stays; the prepared one is then dropped.
 void CTerrascope2::TakePreparedTilesLocked(TileMap& prepared) {
     m_tiles.merge(prepared);
@@ -151,7 +160,7 @@ void CTerrascope2::OnTileLoaded(tagTILE_IMAGE* image) {
         if (!tiles.Lock())
             return;
         const auto found = m_tiles.find(record->strKey);
-        if (found == m_tiles.end())
+        if (found == m_tiles.end() || m_queue->IsStale())
             return;
         CTile2& tile = *found->second;
         tile.SetImage(record.release());

@@ -70,6 +70,7 @@ tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
     CSingleLock lock(&m_lock);
     if (!lock.Lock() || m_paused || m_requests.empty())
         return {};
+    m_clearsAtPop[::GetCurrentThreadId()] = m_clears;
     tagTILE_LOAD_REQUEST request = std::move(m_requests.front());
     m_requests.pop_front();
     m_byKey.erase(FoldedKey(request.strKey));
@@ -91,7 +92,16 @@ bool CTileLoadQueue2::Clear() {
     if (!lock.Lock())
         return false;
     ClearLocked();
+    ++m_clears;
     return true;
+}
+
+bool CTileLoadQueue2::IsStale() {
+    CSingleLock lock(&m_lock);
+    if (!lock.Lock())
+        return false;
+    const auto popped = m_clearsAtPop.find(::GetCurrentThreadId());
+    return popped != m_clearsAtPop.end() && popped->second != m_clears;
 }
 
 // Pausing happens only where the lock cannot be had, which a critical section never refuses: the

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <list>
+#include <map>
 #include <string>
 #include <unordered_map>
 
@@ -48,7 +49,12 @@ public:
     /// Makes a queued key (case ignored) the next to be fetched.
     bool MoveToFront(const CString& key);
 
+    /// Forgets what is pending. What is being fetched meanwhile becomes stale.
     bool Clear();
+
+    /// Whether the request that the calling thread popped last came before a Clear: its tile is of
+    /// a map or layer that is no longer shown, though a tile of the same key may be there.
+    bool IsStale();
 
     /// Leave the queue as it is: see the source.
     void Pause();
@@ -64,6 +70,8 @@ private:
     Requests m_requests GUARDED_BY(m_lock);  ///< front = next to fetch
     /// Each queued key in lower case, and its request.
     std::unordered_map<std::string, Requests::iterator> m_byKey GUARDED_BY(m_lock);
+    unsigned m_clears GUARDED_BY(m_lock) = 0;
+    std::map<DWORD, unsigned> m_clearsAtPop GUARDED_BY(m_lock);  ///< by thread
     ITileLoadedSlot* m_slot;
     CTileMapInfoProviderWrapper* m_provider;
     std::list<CTileLoadThread*> m_workers;

@@ -144,6 +144,29 @@ TEST_F(Terrascope2, DropsATileThatComesTooLate) {
     EXPECT_EQ(PaintedAt(136, 38), FromColour(TileColour(1, 1, 0)));
 }
 
+TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
+    ScriptedMap other = WorldMap();
+    other.name = "other";
+    script->SetMaps({WorldMap(), other});
+    MakeDisplay();
+    ASSERT_TRUE(display->OpenMap("world"));
+    ASSERT_TRUE(display->SetLayer(3));
+    AwaitPicture();
+    script->Hold();
+    ASSERT_TRUE(display->OpenMap("world"));
+    ASSERT_TRUE(display->SetLayer(3));
+    ASSERT_TRUE(script->AwaitHeld(2, 10000));
+
+    // Same layer, same keys: what is there, pending or on its way belongs to the former map.
+    script->SetTileAnswer(TileAnswer::Nothing);
+    ASSERT_TRUE(display->OpenMap("other"));
+    ASSERT_TRUE(display->SetLayer(3));
+    script->Release();
+    AwaitPicture();
+    EXPECT_EQ(PaintedAt(100, 60), kWaitingGrey);
+    EXPECT_EQ(PaintedAt(10, 10), kWaitingGrey);
+}
+
 TEST_F(Terrascope2, IsSilentWhileTheMouseDragsTheMap) {
     script->Hold();
     Open(4);
