@@ -4,6 +4,12 @@ if(NOT CMAKE_HOST_WIN32)
 endif()
 
 if(TERRASCOPE_BUILD_TESTS)
+    if(NOT CMAKE_HOST_WIN32)
+        add_executable(wine_prestart ${PROJECT_SOURCE_DIR}/cmake/WinePrestart.cpp)
+        set_target_properties(wine_prestart PROPERTIES
+            RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+        target_link_options(wine_prestart PRIVATE -static)
+    endif()
     set(TERRASCOPE_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "GoogleTest's sources")
     set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
     set(gtest_disable_pthreads ON CACHE BOOL "" FORCE)

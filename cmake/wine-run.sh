@@ -21,7 +21,10 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     flock -o "$lock" sh "$here/wine-prefix.sh" "$WINEPREFIX" </dev/null >"$WINEPREFIX.log" 2>&1 ||
         { echo "wine-run: the Wine prefix could not be made, see $WINEPREFIX.log" >&2; exit 1; }
 fi
-# The first Windows process starts services that would hold the caller's pipes open: start a
-# server that stays for two idle minutes, and the services, with no pipes of ours.
-flock -o "$lock" sh -c '"$WINESERVER" -p120 && "$WINELOADER" cmd /c exit' </dev/null >/dev/null 2>&1 || true
+# The first Windows process, and the first window, start services that would hold the caller's pipes
+# open: start a server that stays for two idle minutes, and those, with no pipes of ours.
+prestart="$build/wine_prestart.exe"
+[ -f "$prestart" ] || prestart="cmd /c exit"
+flock -o "$lock" sh -c '"$WINESERVER" -p120 && "$WINELOADER" $0' "$prestart" \
+    </dev/null >/dev/null 2>&1 || true
 exec "$WINELOADER" "$@"
