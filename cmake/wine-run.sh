@@ -23,8 +23,15 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
 fi
 # The first Windows process, and the first window, start services that would hold the caller's pipes
 # open: start a server that stays for two idle minutes, and those, with no pipes of ours.
-prestart="$build/wine_prestart.exe"
-[ -f "$prestart" ] || prestart="cmd /c exit"
-flock -o "$lock" sh -c '"$WINESERVER" -p120 && "$WINELOADER" $0' "$prestart" \
-    </dev/null >/dev/null 2>&1 || true
+prestart() {
+    if [ -f "$build/wine_prestart.exe" ]; then
+        "$WINELOADER" "$build/wine_prestart.exe"
+    else
+        "$WINELOADER" cmd /c exit
+    fi
+}
+(
+    flock 9
+    "$WINESERVER" -p120 9>&- && prestart 9>&-
+) </dev/null >/dev/null 2>&1 9>"$lock" || true
 exec "$WINELOADER" "$@"
