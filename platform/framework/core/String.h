@@ -53,7 +53,6 @@ public:
     /// Position of the first match at or after `start`, -1 when there is none.
     int Find(char character, int start = 0) const;
     int Find(LPCSTR text, int start = 0) const;
-    int FindOneOf(LPCSTR characters) const;
     int ReverseFind(char character) const;
 
     /// Negative, zero or positive. Byte order; NoCase ignores letter case.
@@ -61,7 +60,6 @@ public:
     int CompareNoCase(LPCSTR other) const;
 
     CString& MakeLower();
-    CString& MakeUpper();
 
     /// Both ends, left or right; of white space, of one character, or of any in a set.
     CString& Trim();
@@ -79,10 +77,9 @@ public:
     void FormatV(LPCSTR format, va_list arguments);
     void AppendFormat(LPCSTR format, ...) FRAMEWORK_PRINTF(2, 3);
 
-    /// These return how many occurrences were replaced or removed.
+    /// These return how many occurrences were replaced.
     int Replace(char from, char to);
     int Replace(LPCSTR from, LPCSTR to);
-    int Remove(char character);
     /// These return the new length. A position past the end counts as the end.
     int Insert(int index, LPCSTR text);
     int Insert(int index, char character);
@@ -95,20 +92,11 @@ public:
     CString& operator+=(LPCSTR text);
     CString& operator+=(char character);
 
-    /// The next non-empty token at or after `start`, which moves past it; empty with `start` -1
-    /// when there is none.
-    CString Tokenize(LPCSTR delimiters, int& start) const;
-
     /// A writable, unshared buffer for at least `minLength` characters and the terminator. Call
     /// ReleaseBuffer before anything else; -1 takes the length up to the first zero.
     LPSTR GetBuffer(int minLength = 0);
     LPSTR GetBufferSetLength(int length);
     void ReleaseBuffer(int newLength = -1);
-
-    /// A string resource, looked for in the application, then in the extension modules; or in one
-    /// module. FALSE, and the text is unchanged, when there is none.
-    BOOL LoadString(UINT id);
-    BOOL LoadString(HINSTANCE module, UINT id);
 
     friend bool operator==(const CString& a, const CString& b) { return a.Compare(b) == 0; }
     friend bool operator==(const CString& a, LPCSTR b) { return a.Compare(b) == 0; }

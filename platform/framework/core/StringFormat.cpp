@@ -1,8 +1,7 @@
-// CString's formatting and its texts from resources.
+// CString's printf-style functions.
 #include <cstdio>
 #include <utility>
 
-#include "../module/Module.h"
 #include "Exception.h"
 #include "String.h"
 
@@ -36,19 +35,4 @@ void CString::AppendFormat(LPCSTR format, ...) {
     addition.FormatV(format, arguments);
     va_end(arguments);
     *this += addition;
-}
-
-BOOL CString::LoadString(UINT id) {
-    const HINSTANCE module = AfxFindResourceHandle(MAKEINTRESOURCEA((id >> 4) + 1), RT_STRING);
-    return LoadString(module, id);
-}
-
-BOOL CString::LoadString(HINSTANCE module, UINT id) {
-    LPCWSTR text = nullptr;
-    // With a size of 0 the call gives the resource itself and its length, without a terminator.
-    const int length = ::LoadStringW(module, id, reinterpret_cast<LPWSTR>(&text), 0);
-    if (length <= 0)
-        return FALSE;
-    *this = CString(text, length);
-    return TRUE;
 }

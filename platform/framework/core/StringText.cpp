@@ -101,14 +101,6 @@ int CString::Find(LPCSTR text, int start) const {
     return static_cast<int>(p - m_text);
 }
 
-int CString::FindOneOf(LPCSTR characters) const {
-    for (LPCSTR p = m_text; *p != '\0'; p += CharacterLength(p)) {
-        if (IsIn(characters, p, CharacterLength(p)))
-            return static_cast<int>(p - m_text);
-    }
-    return -1;
-}
-
 int CString::ReverseFind(char character) const {
     const auto* found = ::_mbsrchr(Mbs(m_text), static_cast<unsigned char>(character));
     return found ? static_cast<int>(found - Mbs(m_text)) : -1;
@@ -126,13 +118,6 @@ CString& CString::MakeLower() {
     const int length = GetLength();
     if (length > 0)
         ::CharLowerBuffA(GetBuffer(length), static_cast<DWORD>(length));
-    return *this;
-}
-
-CString& CString::MakeUpper() {
-    const int length = GetLength();
-    if (length > 0)
-        ::CharUpperBuffA(GetBuffer(length), static_cast<DWORD>(length));
     return *this;
 }
 
@@ -202,11 +187,6 @@ int CString::Replace(LPCSTR from, LPCSTR to) {
     return count;
 }
 
-int CString::Remove(char character) {
-    const char text[] = {character, '\0'};
-    return Replace(text, "");
-}
-
 int CString::Insert(int index, LPCSTR text) {
     index = std::clamp(index, 0, GetLength());
     *this = Left(index) + text + Mid(index);
@@ -224,19 +204,4 @@ int CString::Delete(int index, int count) {
     if (count > 0)
         *this = Left(index) + Mid(index + count);
     return GetLength();
-}
-
-CString CString::Tokenize(LPCSTR delimiters, int& start) const {
-    if (start >= 0 && start <= GetLength()) {
-        const auto isDelimiter = [&](LPCSTR p, int length) { return IsIn(delimiters, p, length); };
-        const int first = start + LeadingEnd(m_text + start, isDelimiter);
-        const auto isPart = [&](LPCSTR p, int length) { return !isDelimiter(p, length); };
-        const int length = LeadingEnd(m_text + first, isPart);
-        if (length > 0) {
-            start = first + length + (first + length < GetLength() ? 1 : 0);
-            return Mid(first, length);
-        }
-    }
-    start = -1;
-    return {};
 }
