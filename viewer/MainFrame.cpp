@@ -44,10 +44,10 @@ ON_COMMAND(ID_MAP_EXIT, &CMainFrame::OnMapExit)
 ON_COMMAND(ID_APP_INFO, &CMainFrame::OnAppInfo)
 END_MESSAGE_MAP()
 
-bool CMainFrame::Create(PixelSize viewSize) {
+bool CMainFrame::MakeWindow(PixelSize viewSize) {
     if (!CFrameWnd::Create(nullptr, "Terrascope Viewer", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                            rectDefault, nullptr, MAKEINTRESOURCE(IDR_MAIN)) ||
-        !CreateBars() || !m_view.Create(this, ID_MAP_VIEW)) {
+        !CreateBars() || !m_view.MakeWindow(this, ID_MAP_VIEW)) {
         return false;
     }
     m_view.SetStatusListener([this] { ShowStatus(); });

@@ -25,7 +25,7 @@ struct MapChoice {
 class CMainFrame : public CFrameWnd {
 public:
     /// Makes the window with a map view of `viewSize` pixels; it is not shown yet.
-    bool Create(PixelSize viewSize);
+    bool MakeWindow(PixelSize viewSize);
 
     CMapView& View() { return m_view; }
 

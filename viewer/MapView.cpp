@@ -69,7 +69,7 @@ CMapView::~CMapView() {
     DestroyWindow();
 }
 
-bool CMapView::Create(CWnd* parent, UINT id) {
+bool CMapView::MakeWindow(CWnd* parent, UINT id) {
     const CString windowClass = AfxRegisterWndClass(CS_DBLCLKS, nullptr, nullptr, nullptr);
     return CWnd::Create(windowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), parent, id) !=
            FALSE;

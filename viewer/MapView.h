@@ -31,7 +31,7 @@ public:
     CMapView();
     ~CMapView() override;
 
-    bool Create(CWnd* parent, UINT id);
+    bool MakeWindow(CWnd* parent, UINT id);
 
     /// Opens a map in a new display, since a display keeps its first-layer scale for life. False,
     /// and nothing changed, when there is no such map. Follow it with ShowLayer.

@@ -55,7 +55,7 @@ bool CViewerApp::Start(std::string& error) {
     }
     auto* frame = new CMainFrame;  // deletes itself with its window
     m_pMainWnd = frame;
-    if (!frame->Create(m_options.size.value_or(kDefaultSize))) {
+    if (!frame->MakeWindow(m_options.size.value_or(kDefaultSize))) {
         error = "the window could not be made";
         return false;
     }
