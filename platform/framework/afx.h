@@ -5,4 +5,5 @@
 #include "core/Exception.h"
 #include "core/Object.h"
 #include "core/String.h"
+#include "core/Time.h"
 #include "core/Windows.h"

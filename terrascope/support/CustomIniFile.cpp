@@ -114,8 +114,7 @@ void CCustomIniFile::WriteDouble(const CString& section, const CString& key, dou
     WriteString(section, key, text);
 }
 
-std::int64_t CCustomIniFile::ReadDateTime(const CString& section, const CString& key,
-                                          std::int64_t defaultValue) {
+CTime CCustomIniFile::ReadDateTime(const CString& section, const CString& key, CTime defaultValue) {
     const CString text = ReadString(section, key, "");
     // The starts of year, month, day, hour, minute and second.
     std::array<std::size_t, 6> starts{};
@@ -133,17 +132,14 @@ std::int64_t CCustomIniFile::ReadDateTime(const CString& section, const CString&
         starts[i + 1] = separator + 1;
     }
     const auto field = [&](std::size_t i) { return LeadingInteger(text.GetString() + starts[i]); };
-    LocalDateTime local{field(0), field(1), field(2)};
-    if (starts[kFirstColon] != std::string_view::npos) {
-        local.hour = field(3);
-        local.minute = field(4);
-        local.second = field(5);
+    if (starts[kFirstColon] == std::string_view::npos) {
+        return CTime(field(0), field(1), field(2), 0, 0, 0);
     }
-    return SecondsFromLocal(local);
+    return CTime(field(0), field(1), field(2), field(3), field(4), field(5));
 }
 
-void CCustomIniFile::WriteDateTime(const CString& section, const CString& key, std::int64_t value) {
-    WriteString(section, key, FormatDateTime(value));
+void CCustomIniFile::WriteDateTime(const CString& section, const CString& key, CTime value) {
+    WriteString(section, key, value.Format(kDateTimeForm));
 }
 
 bool CCustomIniFile::SectionExists(const CString& section) {

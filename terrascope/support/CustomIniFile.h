@@ -11,7 +11,7 @@ namespace Terrascope {
 /// common to both kinds of file; how a text is read and written is each kind's own, and the two
 /// differ more than one would expect (see CIniFile and CMemIniFile).
 ///
-/// Units:   texts in the active code page; times in seconds since 1970-01-01 00:00:00 UTC.
+/// Units:   texts in the active code page; times in texts are local.
 /// Threads: one at a time for each object; see CIniFile for what its objects share.
 /// Errors:  none are reported: a missing value is the caller's default, a file that cannot be made
 ///          or read is empty. Only ReadDateTime throws.
@@ -46,11 +46,10 @@ public:
     virtual void WriteDouble(const CString& section, const CString& key, double value);
 
     /// "year-month-day hour:minute:second" in local time. The default when the value is empty or
-    /// lacks a separator; midnight when only the first colon is missing. Throws
-    /// CDateTimeRangeError and CDateTimeCalendarError for a time that cannot be.
-    virtual std::int64_t ReadDateTime(const CString& section, const CString& key,
-                                      std::int64_t defaultValue);
-    virtual void WriteDateTime(const CString& section, const CString& key, std::int64_t value);
+    /// lacks a separator; midnight when only the first colon is missing. What CTime's
+    /// constructor throws for a time that cannot be reaches the caller.
+    virtual CTime ReadDateTime(const CString& section, const CString& key, CTime defaultValue);
+    virtual void WriteDateTime(const CString& section, const CString& key, CTime value);
 
     /// Both compare exactly, case included, whatever the kind of file.
     virtual bool SectionExists(const CString& section);

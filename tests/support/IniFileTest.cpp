@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TempFolder.h"
+#include "Throws.h"
 #include "terrascope/support/DateTimeText.h"
 #include "terrascope/support/MemIniFile.h"
 #include "terrascope/support/Paths.h"
@@ -58,7 +59,7 @@ TEST_P(BothIniFiles, ReadNumbersByTheirOwnRules) {
 
 TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
     const auto file = Open(folder.Path("a.ini"));
-    const std::int64_t fallback = 5;
+    const CTime fallback(5);
     struct {
         const char* text;
         const char* read;  // null: the default
@@ -72,18 +73,18 @@ TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
     };
     for (const auto& c : cases) {
         file->WriteString("s", "k", c.text);
-        const std::int64_t read = file->ReadDateTime("s", "k", fallback);
+        const CTime read = file->ReadDateTime("s", "k", fallback);
         if (c.read == nullptr) {
-            EXPECT_EQ(read, fallback) << c.text;
+            EXPECT_TRUE(read == fallback) << c.text;
         } else {
-            EXPECT_EQ(FormatDateTime(read), c.read) << c.text;
+            EXPECT_EQ(read.Format(kDateTimeForm), c.read) << c.text;
             file->WriteDateTime("s", "k", read);
             EXPECT_EQ(file->ReadString("s", "k", ""), c.read);
         }
     }
     for (const char* text : {"1969-05-06 07:08:09", "2024-5-32 x", "a-b-c d:e:f"}) {
         file->WriteString("s", "k", text);
-        EXPECT_THROW(file->ReadDateTime("s", "k", fallback), CDateTimeRangeError) << text;
+        EXPECT_TRUE(Throws<COleException>([&] { file->ReadDateTime("s", "k", fallback); })) << text;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "TempFolder.h"
+#include "Throws.h"
 #include "terrascope/support/Colors.h"
 #include "terrascope/support/DateTimeText.h"
 #include "terrascope/support/MultibyteText.h"
@@ -73,7 +74,7 @@ TEST(TextConvert, SplitsAndComparesWholeCharacters) {
 
 TEST(DateTimeText, ReadsEachFormAndRefusesTheRest) {
     enum Form { FULL, DATE, TIME };
-    const CString today = FormatDateTime(std::time(nullptr)).Left(11);
+    const CString today = CTime::GetCurrentTime().Format("%Y-%m-%d ");
     struct {
         const char* text;
         Form form;
@@ -90,20 +91,22 @@ TEST(DateTimeText, ReadsEachFormAndRefusesTheRest) {
         {"7:8", TIME, ""},
     };
     for (const auto& c : cases) {
-        std::int64_t read = -1;
+        CTime read(-1);
         EXPECT_EQ(ParseDateTime(c.text, read, c.form == DATE, c.form == TIME), !c.read.IsEmpty())
             << c.text;
-        EXPECT_EQ(FormatDateTime(read), c.read) << c.text;
+        EXPECT_EQ(read.Format(kDateTimeForm), c.read) << c.text;
     }
-    std::int64_t kept = 17;
+    CTime kept(17);
     EXPECT_FALSE(ParseDateTime("2024-05-06", kept, true, true));
-    for (const char* text : {"1969-1-1 0:0:0", "2024-13-0 0:0:0", "2024-1-1 24:0:0",
-                             "2024-1-1 0:0:60", "x-y-z 0:0:0"}) {
-        EXPECT_THROW(ParseDateTime(text, kept, false, false), CDateTimeRangeError) << text;
+    for (const char* text :
+         {"1969-1-1 0:0:0", "2024-13-1 0:0:0", "2024-1-32 0:0:0", "2024-1-1 24:0:0",
+          "2024-1-1 0:60:0", "2024-1-1 0:0:60", "x-y-z 0:0:0"}) {
+        EXPECT_TRUE(Throws<COleException>([&] { ParseDateTime(text, kept, false, false); }))
+            << text;
     }
-    EXPECT_THROW(ParseDateTime("99999999999-1-1", kept, true, false), CDateTimeCalendarError);
-    EXPECT_EQ(kept, 17);
-    EXPECT_EQ(FormatDateTime(-1), "");
+    EXPECT_TRUE(
+        Throws<CInvalidArgException>([&] { ParseDateTime("99999999999-1-1", kept, true, false); }));
+    EXPECT_EQ(kept.GetTime(), 17);
 }
 
 TEST(Colors, ComeBackWithinOneFromHueLightnessAndSaturation) {
