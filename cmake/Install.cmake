@@ -24,7 +24,8 @@ install(DIRECTORY terrascope/providers/ DESTINATION include/terrascope/providers
     FILES_MATCHING PATTERN "ITileMapInfoProvider.h" PATTERN "TileMapRecords.h"
     PATTERN "Plugin*.h" PATTERN "TileMapInfoProviderPlugin*.h")
 
-install(DIRECTORY packaging/language DESTINATION bin)
+# A sample: in bin/language it would replace the texts of the resources.
+install(DIRECTORY packaging/language DESTINATION doc)
 
 include(CMakePackageConfigHelpers)
 configure_file(packaging/TerrascopeConfig.cmake.in TerrascopeConfig.cmake @ONLY)
