@@ -120,7 +120,7 @@ flock -o "$prefix.lock" sh "$root/cmake/wine-prefix.sh" "$prefix" "$mode" \
 if ! $pictures; then
     say "the viewer; close its window to end"
     cd "$demo"
-    viewer --map 'Blue Marble' --layer 2 --center 12.5,42
+    viewer --map 'Blue Marble' --layer 3 --center 20,35
     exit 0
 fi
 # A virtual screen for this run alone; the number that Xvfb chose comes through the pipe.

@@ -25,7 +25,13 @@ elif [ "$mode" = virtual ]; then
 fi
 add 'HKCU\Software\Wine\WineDbg' ShowCrashDialog REG_DWORD 0
 add 'HKCU\Software\Wine\WineBrowser' Browsers REG_SZ /bin/true
-for face in Arial Tahoma 'Microsoft Sans Serif' 'MS Shell Dlg' 'Times New Roman' 'Courier New'; do
+# What people look at wants Chinese letters, too; the tests want what they were written with.
+dialogs='WenQuanYi Micro Hei'
+[ "$mode" != null ] || dialogs='DejaVu Sans'
+for face in Tahoma 'Microsoft Sans Serif' 'MS Shell Dlg'; do
+    add 'HKCU\Software\Wine\Fonts\Replacements' "$face" REG_SZ "$dialogs"
+done
+for face in Arial 'Times New Roman' 'Courier New'; do
     add 'HKCU\Software\Wine\Fonts\Replacements' "$face" REG_SZ 'DejaVu Sans'
 done
 add 'HKCU\Software\Wine\Fonts\Replacements' SimSun REG_SZ 'WenQuanYi Micro Hei'

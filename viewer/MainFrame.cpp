@@ -53,6 +53,7 @@ bool CMainFrame::MakeWindow(PixelSize viewSize) {
     m_view.SetStatusListener([this] { ShowStatus(); });
     LayOut();
     ResizeView(viewSize);
+    ShowStatus();
     return true;
 }
 

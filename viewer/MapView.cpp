@@ -1,6 +1,7 @@
 #include "viewer/MapView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "terrascope/api/MapAssistant.h"
@@ -161,9 +162,9 @@ void CMapView::MoveByTenths(int x, int y) {
 
 MapPoint CMapView::Center() {
     const CSize size = m_frame.Size();
-    double x = size.cx / 2, y = size.cy / 2;  // whole pixels: the display halves the same way
+    int x = size.cx / 2, y = size.cy / 2;  // whole pixels: the display halves the same way
     MapPoint center;
-    m_display->DeviceToMap(&x, &y, &center.x, &center.y, 0);
+    m_display->DeviceToMapInt(&x, &y, &center.x, &center.y, 0);
     return center;
 }
 
@@ -243,7 +244,7 @@ void CMapView::Paint(const CRect& area) {
     dc.FillSolidRect(&area, kBackground);
     if (m_display != nullptr) {
         // The display draws in its logical units: 1000 of them are this many pixels.
-        const int pixels = static_cast<int>(CMapAssistant::LPToDP(1000.0F) + 0.5F);
+        const int pixels = static_cast<int>(std::lround(CMapAssistant::LPToDP(1000.0F)));
         dc.SetMapMode(MM_ANISOTROPIC);
         dc.SetWindowExt(1000, 1000);
         dc.SetViewportExt(pixels, pixels);
