@@ -102,7 +102,7 @@ make_pictures() {
 }
 
 "$root/tools/setup.sh"
-build_targets
+build_targets TerrascopeViewer
 say "prepare the demo"
 mkdir -p "$demo"
 make_maps
