@@ -19,6 +19,9 @@ ITerrascope* CMapAssistant::GetTerrascope(CSize viewSize, CWnd* window, double s
         return new CTerrascope2(viewSize, window, scale);
     } catch (const std::bad_alloc&) {
         return nullptr;
+    } catch (CMemoryException* failed) {
+        failed->Delete();
+        return nullptr;
     }
 }
 

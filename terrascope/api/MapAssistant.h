@@ -27,8 +27,9 @@ public:
     /// The caller deletes it. Null when memory is short.
     static ITerrascope* GetTerrascope(CSize viewSize, CWnd* window, double scale);
 
-    /// Runs the map selection dialog. On OK (result 1) the three arguments receive the choice; on
-    /// any other end they are left alone and the result is 0. `mapName` preselects a map.
+    /// Runs the map selection dialog. On OK (result 1) the three arguments receive the choice (the
+    /// number is that of the map's first layer); on any other end they are left alone and the
+    /// result is 0. `mapName` preselects a map.
     static int SelectMap(CString& mapName, int& layerNumber, double& scale);
 
     /// Chooses the provider for a role ("LOCAL" or "REMOTE", case ignored) with its data path, for

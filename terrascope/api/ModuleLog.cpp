@@ -21,17 +21,20 @@ constexpr bool kToConsole = false;
 constexpr std::size_t kMostEarlyLines = 200;
 
 std::mutex logLock;
-std::string logModule;                // empty until the log is set up
-std::vector<std::string> earlyLines;  // what was said before
-
-void KeepLine(const char* line) {
-    const std::lock_guard guard(logLock);
-    if (earlyLines.size() < kMostEarlyLines)
-        earlyLines.emplace_back(line);
-}
+bool logIsSetUp = false;              // guarded by logLock
+std::vector<std::string> earlyLines;  // what was said before; guarded by logLock
+std::string logModule;                // set before WriteLine is the receiver, and kept
 
 void WriteLine(const char* line) {
     Lumilog::_dout(logModule.c_str(), "%s", line);
+}
+
+void KeepLine(const char* line) {
+    const std::lock_guard guard(logLock);
+    if (logIsSetUp)
+        WriteLine(line);
+    else if (earlyLines.size() < kMostEarlyLines)
+        earlyLines.emplace_back(line);
 }
 
 }  // namespace
@@ -42,7 +45,7 @@ void KeepEarlyLogLines() {
 
 void SetUpModuleLog(const char* moduleName, const char* version) {
     const std::lock_guard guard(logLock);
-    if (!logModule.empty())
+    if (logIsSetUp)
         return;
     char path[260];
     GlobalFunc::GetModulePath(reinterpret_cast<HMODULE>(&__ImageBase), path, sizeof(path));
@@ -52,6 +55,7 @@ void SetUpModuleLog(const char* moduleName, const char* version) {
     GlobalFunc::IsDirectoryCreated(directory.c_str());
 
     logModule = moduleName;
+    logIsSetUp = true;
     Lumilog::RegisterByModule({moduleName, directory.c_str(), kLevel, kLimit});
     Lumilog::_dout(moduleName, "%s ver is %s", moduleName, version);
     for (const std::string& line : earlyLines)
@@ -66,13 +70,14 @@ void SetUpModuleLog() {
 
 void ShutDownModuleLog() {
     SetLogReceiver(nullptr);
-    const std::lock_guard guard(logLock);
-    if (logModule.empty())
+    // At the end of the process a thread may have been killed while it held the lock.
+    const std::unique_lock guard(logLock, std::try_to_lock);
+    if (!guard.owns_lock() || !logIsSetUp)
         return;
+    logIsSetUp = false;
     Lumilog::SaveToConsole(logModule.c_str(), kToConsole);
     Lumilog::SaveToFile(logModule.c_str(), kToFile);
     Lumilog::UnRegister(logModule.c_str());
-    logModule.clear();
 }
 
 }  // namespace Terrascope

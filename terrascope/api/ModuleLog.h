@@ -5,7 +5,7 @@ namespace Terrascope {
 /// The library's own log: "log/<module>/" beside the DLL, through Lumilog.
 ///
 /// What the library says while it is being loaded is kept until the log is set up, which happens at
-/// the first use of CMapAssistant: under the loader lock no file is made.
+/// the first GetTerrascope, SelectMap or UpdateMapLib: under the loader lock no file is made.
 ///
 /// Errors: a folder that cannot be made is ignored; then nothing is written.
 

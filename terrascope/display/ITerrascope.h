@@ -25,10 +25,12 @@ constexpr UINT kRepaintMessage = WM_USER + 1301;
 ///          those of CMapAssistant::DPToLP; map units are those of the map's extent, y upwards.
 /// Owns:    its tiles, its off-screen bitmap and its worker threads. The host deletes the display
 ///          through this class, and must do so before it unloads the library.
-/// Borrows: the host window, which may be destroyed before the display.
+/// Borrows: the host window, which may be destroyed before the display. Its handle is taken once:
+///          a window that is created anew needs a new display.
 /// Threads: every call comes on the host's user-interface thread. The display never calls the
 ///          host back; it posts kRepaintMessage.
-/// Errors:  shown by results; no call throws.
+/// Errors:  shown by results. Only when memory runs out may a call throw (std::bad_alloc or the
+///          framework's memory exception).
 /// Ends:    the destructor waits for a tile fetch in progress (up to 10 s per loading thread).
 ///
 /// The order of the virtual functions is part of the binary interface.

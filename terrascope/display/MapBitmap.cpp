@@ -58,7 +58,7 @@ bool CMapBitmap::Allocate(CSize size, CSize slack) {
     m_pixels = static_cast<std::uint32_t*>(bits);
     m_size = size;
     m_capacity = CSize(static_cast<int>(width), static_cast<int>(height));
-    m_serial = NextSerial();
+    m_corner.surface = NextSerial();
     return true;
 }
 
@@ -94,7 +94,8 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
     const bool transparentKept = m_opaque != CRect(0, 0, m_size.cx, m_size.cy);
     const CRect oldOpaque = m_opaque;
     m_size = newSize;
-    m_scrolled -= CSize(dx, dy);
+    m_corner.x += dx;
+    m_corner.y += dy;
     FillGrey({0, 0, newSize.cx, kept.top});
     FillGrey({0, kept.bottom, newSize.cx, newSize.cy});
     FillGrey({0, kept.top, kept.left, kept.bottom});
@@ -133,7 +134,7 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
 }
 
 CTileCanvas CMapBitmap::Canvas() {
-    return {{m_pixels, m_size.cx, m_size.cy, m_capacity.cx}, m_serial, m_scrolled};
+    return {{m_pixels, m_size.cx, m_size.cy, m_capacity.cx}, m_corner};
 }
 
 void CMapBitmap::AddOpaque(const CRect& rect) {

@@ -17,7 +17,7 @@ namespace Terrascope {
 /// Each pixel is either fully opaque or all zero (transparent): tiles and fills are opaque.
 ///
 /// Units:   pixels; (0, 0) is the top-left corner, y downwards.
-/// Owns:    the DIB section, a memory device context and the GDI+ view of the bits.
+/// Owns:    the DIB section and a memory device context.
 /// Threads: none of its own; the caller holds the lock that guards it. GDI's work on the bits is
 ///          finished when a call returns.
 /// Errors:  Create gives null when the size is not positive or memory is short.
@@ -34,7 +34,8 @@ public:
     CSize Size() const { return m_size; }
 
     /// Moves the content by (-dx, -dy), gives the bitmap a new size, and makes what that lays
-    /// bare opaque grey. False, and nothing changed, when the size exceeds the reserve.
+    /// bare opaque grey. False, and nothing changed, when the size is not positive or exceeds the
+    /// reserve.
     bool Scroll(int dx, int dy, CSize newSize);
 
     /// The same content in a fresh bitmap of a larger reserve; null when memory is short.
@@ -61,9 +62,8 @@ private:
 
     CSize m_size{0, 0};
     CSize m_capacity{0, 0};
-    CSize m_scrolled{0, 0};
     CRect m_opaque{0, 0, 0, 0};
-    std::uint64_t m_serial = 0;
+    PaintMark m_corner;  ///< of a picture at (0, 0)
     HBITMAP m_section = nullptr;
     HDC m_memoryDc = nullptr;
     HGDIOBJ m_formerBitmap = nullptr;

@@ -8,7 +8,7 @@ namespace Terrascope {
 
 namespace {
 
-/// One axis; in 64 bits, for a deep layer is wider than an int.
+/// One axis; in 64 bits, for the sums of large numbers.
 std::int64_t Permitted(std::int64_t view, std::int64_t layer, std::int64_t shift,
                        std::int64_t corner) {
     if (shift == 0)

@@ -1,5 +1,7 @@
 #include "terrascope/display/PanTool2.h"
 
+#include <climits>
+
 #include "terrascope/display/OffsetCalculator.h"
 #include "terrascope/display/Terrascope2.h"
 #include "terrascope/resources/resource.h"
@@ -52,9 +54,12 @@ int CPanTool2::GetToolType() {
 
 CSize CPanTool2::PermittedShift(CSize shift) const {
     const Viewport view = Display()->View();
+    const CSize layer = LayerPixelSize(view);
+    if (layer.cx == INT_MAX || layer.cy == INT_MAX)
+        return shift;  // wider than the calculator's numbers: its edges are far away
     COffsetCalculator calculator;
     calculator.SetViewSize(view.size);
-    calculator.SetLayerSize(LayerPixelSize(view));
+    calculator.SetLayerSize(layer);
     calculator.SetMapPosition(MapCornerPosition(view));
     calculator.SetOffset(shift);
     return calculator.PermittedOffset();

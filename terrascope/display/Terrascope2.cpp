@@ -1,6 +1,7 @@
 // The display's life, its slots, and what the other sources of the class share.
 #include "terrascope/display/Terrascope2.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "terrascope/display/CenterPointAdjuster2.h"
@@ -214,10 +215,9 @@ void CTerrascope2::SetCurrentLayer(const CTileLayer2& layer) {
 // The window's handle is taken when the display is made, or, for a window that was created later,
 // at the first call on the user-interface thread that wants it: the host may delete the CWnd while
 // a loading thread posts.
-HWND CTerrascope2::HostHandle() {
+void CTerrascope2::NoteHostWindow() {
     if (!m_windowHandle && m_window)
         m_windowHandle = m_window->GetSafeHwnd();
-    return m_windowHandle;
 }
 
 void CTerrascope2::PostRepaint(CRect rect, bool moveByOrigin) {
@@ -244,7 +244,9 @@ CPoint CTerrascope2::MapToDevicePixels(double mapX, double mapY) {
     int x = 0;
     int y = 0;
     DeviceToMapInt(&x, &y, &mapX, &mapY, 1);
-    return {x, y};
+    // Far enough for any screen, and safe to calculate with.
+    constexpr int kFar = 1 << 28;
+    return {std::clamp(x, -kFar, kFar), std::clamp(y, -kFar, kFar)};
 }
 
 }  // namespace Terrascope

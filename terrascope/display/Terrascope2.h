@@ -50,8 +50,9 @@ struct LayerSwitchState {
 /// Locks:   tile lock -> bitmap lock -> switch lock -> view lock, in this order. The tile lock
 ///          guards the tiles; the bitmap lock the current bitmap and its origin; the switch lock
 ///          the switch state; the view lock the numbers of the viewport, is held only to copy
-///          them, and is innermost. Members without a lock belong to the user-interface thread.
-///          Tiles are decoded and painted under the tile and bitmap locks.
+///          them. The queue's own lock may be taken under any of them. Members without a lock
+///          belong to the user-interface thread. Tiles are decoded and painted under the tile and
+///          bitmap locks.
 /// Ends:    the destructor; its order is written there.
 class CTerrascope2 : public ITerrascope, public ITileLoadedSlot, public ILayerSwitchTool {
 public:
@@ -109,7 +110,7 @@ private:
     // Terrascope2.cpp
     bool LoadLayer(int layerNumber);
     void SetCurrentLayer(const CTileLayer2& layer);
-    HWND HostHandle();
+    void NoteHostWindow();
     void PostRepaint(CRect rect, bool moveByOrigin);
     CMapTool2* Tool() const { return m_tool; }
     bool IsPanTool() const;
@@ -117,6 +118,7 @@ private:
     CPoint MapToDevicePixels(double mapX, double mapY);
 
     // Terrascope2TileSet.cpp
+    static CString KeyOf(int column, int row, int layerNumber);
     void ForgetFormerMap();
     void TakePreparedTilesLocked(TileMap& prepared) REQUIRES(m_tileLock);
     void RenderLocked() REQUIRES(m_tileLock);

@@ -5,7 +5,6 @@
 
 #include "terrascope/display/Terrascope2.h"
 #include "terrascope/support/LogSink.h"
-#include "terrascope/tiles/TileKey.h"
 
 namespace Terrascope {
 
@@ -20,6 +19,14 @@ double StepTowards(double current, double target, double step) {
     return std::fabs(target - current) <= step + kRounding
                ? target
                : current + (target > current ? step : -step);
+}
+
+/// What the old picture is scaled to. A factor that no provider can mean is 1, which ends the
+/// switch at its first step: it might never be reached.
+double TargetFactor(double next, double current) {
+    constexpr double kLargest = 64.0;
+    const double factor = next / current;
+    return factor >= 1 / kLargest && factor <= kLargest ? factor : 1.0;
 }
 
 }  // namespace
@@ -43,8 +50,9 @@ int CTerrascope2::ZoomAt(CPointF point) {
         PrepareFinerTiles();
     else
         PrepareCoarserTiles();
-    LoadLayer(zoomIn ? layer + 1 : layer - 1);
-    m_queue->Clear();
+    // Without the new layer the old one stays, and with it what its tiles have asked for.
+    if (LoadLayer(zoomIn ? layer + 1 : layer - 1))
+        m_queue->Clear();
     SetCenter(Center());
     return 1;
 }
@@ -54,13 +62,15 @@ void CTerrascope2::BeginLayerSwitch() {
     const bool zoomIn = Tool()->GetToolType() == static_cast<int>(MapToolKind::ZoomIn);
     const int next = m_layer.nLayerNumber + (zoomIn ? 1 : -1);
     // The provider is asked before the locks are taken: nobody is called under them.
-    const double target = ZoomFactorOf(next) * (zoomIn ? 2.0 : 0.5) /
-                          (m_layer.dZoomFactor != 0.0 ? m_layer.dZoomFactor : 1.0);
+    const double target =
+        TargetFactor(ZoomFactorOf(next) * (zoomIn ? 2.0 : 0.5), m_layer.dZoomFactor);
     {
         CSingleLock bitmapLock(&m_bitmapLock);
         CSingleLock switchLock(&m_switch.lock);
-        if (!bitmapLock.Lock() || !switchLock.Lock())
+        if (!bitmapLock.Lock() || !switchLock.Lock()) {
+            m_switch.switching = false;
             return;
+        }
         m_switch.mode = zoomIn ? SwitchMode::ZoomIn : SwitchMode::ZoomOut;
         m_switch.painted = true;
         m_switch.oldLayer = m_layer;
@@ -101,9 +111,7 @@ void CTerrascope2::PrepareFinerTiles() {
     const TileRange range = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
     for (int column = range.firstColumn; column < range.EndColumn(); ++column) {
         for (int row = range.firstRow; row < range.EndRow(); ++row) {
-            const auto found =
-                m_tiles.find(MakeTileKey(static_cast<std::uint32_t>(column),
-                                         static_cast<std::uint32_t>(row), m_layer.nLayerNumber));
+            const auto found = m_tiles.find(KeyOf(column, row, m_layer.nLayerNumber));
             if (found == m_tiles.end())
                 continue;
             try {

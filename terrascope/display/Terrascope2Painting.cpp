@@ -8,7 +8,7 @@ namespace Terrascope {
 void CTerrascope2::Draw(CDC* dc) {
     if (!dc || !dc->GetSafeHdc())
         return;
-    HostHandle();
+    NoteHostWindow();
     if (!DrawSwitch(*dc))
         DrawAtRest(*dc);
 }

@@ -1,9 +1,11 @@
 // Which tiles exist about the view, and how they come into the off-screen bitmap.
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "terrascope/display/Terrascope2.h"
+#include "terrascope/support/LogSink.h"
 #include "terrascope/tiles/TileKey.h"
 
 namespace Terrascope {
@@ -11,21 +13,21 @@ namespace Terrascope {
 namespace {
 
 constexpr int kRepaintMargin = 3;  // pixels about a tile that arrived
-
-CString KeyOf(int column, int row, int layerNumber) {
-    return MakeTileKey(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row),
-                       layerNumber);
-}
+constexpr int kFar = 1 << 28;      // pixels; two of these can be added
 
 int Times(int size, int count) {
-    constexpr std::int64_t kLargest = 1 << 29;
-    return static_cast<int>(std::min(std::int64_t{size} * count, kLargest));
+    return static_cast<int>(std::min<std::int64_t>(std::int64_t{size} * count, kFar));
 }
 
 }  // namespace
 
+CString CTerrascope2::KeyOf(int column, int row, int layerNumber) {
+    return MakeTileKey(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row),
+                       layerNumber);
+}
+
 void CTerrascope2::RefreshTiles() {
-    HostHandle();
+    NoteHostWindow();
     const Viewport view = View();
     const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
 
@@ -58,6 +60,8 @@ void CTerrascope2::ForgetFormerMap() {
     m_queue->Clear();
     CSingleLock bitmap(&m_bitmapLock, TRUE);
     m_bitmapLayer = CTileLayer2();  // what it shows is not to be reused
+    CSingleLock switchLock(&m_switch.lock, TRUE);
+    FinishSwitchLocked();  // its picture is of the former map
 }
 
 // A tile that is there already stays; the prepared one is then dropped.
@@ -125,26 +129,34 @@ bool CTerrascope2::ScrollBitmapLocked(CSize size, CSize slack, const CPointF& or
 void CTerrascope2::PaintVisibleTilesLocked(const Viewport& view) {
     const TileRange range = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
     CTileCanvas canvas = m_bitmap->Canvas();
+    // The picture is opaque only where each tile was painted and reaches its neighbours: with an
+    // odd factor, pixels between two tiles stay open.
+    constexpr LONG kNone = std::numeric_limits<LONG>::min();
+    bool whole = true;
     CRect covered(0, 0, 0, 0);
-    std::int64_t columnWidths = 0;
-    std::int64_t rowHeights = 0;
+    LONG leftOfNextColumn = kNone;
     for (int column = range.EndColumn() - 1; column >= range.firstColumn; --column) {
+        LONG topOfNextRow = kNone;
+        LONG left = kNone;
         for (int row = range.EndRow() - 1; row >= range.firstRow; --row) {
             const auto found = m_tiles.find(KeyOf(column, row, m_layer.nLayerNumber));
-            if (found == m_tiles.end())
+            if (found == m_tiles.end()) {
+                whole = false;
                 continue;
+            }
             CTile2& tile = *found->second;
             tile.Promote();
-            tile.Draw(canvas, m_bitmapOrigin);
-
+            const bool shown = tile.Draw(canvas, m_bitmapOrigin);
             const CRect place = tile.PlaceOn(m_bitmapOrigin);
+            whole =
+                whole && shown && place.right >= leftOfNextColumn && place.bottom >= topOfNextRow;
             covered.UnionRect(&covered, &place);
-            columnWidths += row == range.firstRow ? place.Width() : 0;
-            rowHeights += column == range.firstColumn ? place.Height() : 0;
+            topOfNextRow = place.top;
+            left = place.left;
         }
+        leftOfNextColumn = left;
     }
-    // Only when no odd pixel is open between two tiles is the whole rectangle covered.
-    if (columnWidths >= covered.Width() && rowHeights >= covered.Height())
+    if (whole)
         m_bitmap->AddOpaque(covered);
 }
 
@@ -153,13 +165,15 @@ void CTerrascope2::OnTileLoaded(tagTILE_IMAGE* image) {
     if (!record)
         return;
 
-    CPoint corner;
+    PointD corner;
     CSize size;
+    const char* failure = nullptr;
+    const CString key = record->strKey;
     {
         CSingleLock tiles(&m_tileLock);
         if (!tiles.Lock())
             return;
-        const auto found = m_tiles.find(record->strKey);
+        const auto found = m_tiles.find(key);
         if (found == m_tiles.end() || m_queue->IsStale())
             return;
         CTile2& tile = *found->second;
@@ -173,13 +187,17 @@ void CTerrascope2::OnTileLoaded(tagTILE_IMAGE* image) {
                 tile.Draw(canvas, m_bitmapOrigin);
             }
         }
+        failure = tile.TakeFailure();
         const MapRectF rect = tile.GetLogicalRect();
-        corner = MapToDevicePixels(rect.x, rect.y);
+        corner = {rect.x, rect.y};
         size = tile.PixelSize();
     }
+    if (failure)
+        LogTileFailure(key, failure);
     if (m_switch.switching || IsDragging())
         return;
-    CRect rect(corner, size);
+    const CPoint place = MapToDevicePixels(corner.x, corner.y);
+    CRect rect(place, CSize(std::min<LONG>(size.cx, kFar), std::min<LONG>(size.cy, kFar)));
     rect.InflateRect(kRepaintMargin, kRepaintMargin);
     PostRepaint(rect, false);
 }

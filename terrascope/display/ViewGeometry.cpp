@@ -76,10 +76,17 @@ TileRange TileRangeOf(const Viewport& view, const MapRegion& region) {
     const float right = region.left + region.width;
     const float bottom = region.top + region.height;
     const double top = view.extent.Top();
-    const double firstColumn = std::floor((region.left - view.extent.x0) / tileWidth);
-    const double firstRow = std::floor((top - region.top) / tileHeight);
-    const double columns = EndTile((right - view.extent.x0) / tileWidth) - firstColumn;
-    const double rows = EndTile((top - bottom) / tileHeight) - firstRow;
+    // The region's corner is in single precision and may lie a hair beyond the map's: no tile is
+    // there, and the key of a column -1 would name one at the far side.
+    const double firstColumn =
+        std::max(std::floor((region.left - view.extent.x0) / tileWidth), 0.0);
+    const double firstRow = std::max(std::floor((top - region.top) / tileHeight), 0.0);
+    const double endColumn = std::min(EndTile((right - view.extent.x0) / tileWidth),
+                                      static_cast<double>(view.tileCount.cx));
+    const double endRow =
+        std::min(EndTile((top - bottom) / tileHeight), static_cast<double>(view.tileCount.cy));
+    const double columns = endColumn - firstColumn;
+    const double rows = endRow - firstRow;
     if (!(columns > 0.0) || !(rows > 0.0) || columns * rows > kMostTiles)
         return {};
     return {BoundedPixels(firstColumn), BoundedPixels(firstRow), BoundedPixels(columns),

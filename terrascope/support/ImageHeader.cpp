@@ -112,6 +112,8 @@ Size GifSize(const Bytes& file) {
     if (size.width == 0 || size.height == 0) {
         return {};
     }
+    // A decoder may hold all frames at once: together they must not exceed the bound either.
+    std::uint64_t pixels = 0;
     std::size_t at = 13 + ColourTableBytes(file.At(10));
     while (at < file.Size()) {
         switch (file.At(at)) {
@@ -121,6 +123,10 @@ Size GifSize(const Bytes& file) {
             case 0x2C:
                 size.width = std::max(size.width, file.Little16(at + 5));
                 size.height = std::max(size.height, file.Little16(at + 7));
+                pixels += std::uint64_t{file.Little16(at + 5)} * file.Little16(at + 7);
+                if (pixels > kMaxImagePixels) {
+                    return {};
+                }
                 at = AfterSubBlocks(file, at + 11 + ColourTableBytes(file.At(at + 9)));
                 break;
             default:

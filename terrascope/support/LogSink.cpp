@@ -27,13 +27,12 @@ void LogLine(const char* format, ...) {
     receiver(line);
 }
 
-void LogTileFailure(const char* mapName, int layerNumber, const char* key, const char* reason) {
+void LogTileFailure(const char* key, const char* reason) {
     constexpr unsigned kAllReported = 20;
     constexpr unsigned kThenEvery = 100;
     const unsigned count = ++tileFailures;
     if (count <= kAllReported || count % kThenEvery == 0)
-        LogLine("map '%s', layer %d, tile %s: %s (failure %u)", mapName, layerNumber, key, reason,
-                count);
+        LogLine("tile %s: %s (failure %u)", key, reason, count);
 }
 
 }  // namespace Terrascope

@@ -18,6 +18,6 @@ LogReceiver SetLogReceiver(LogReceiver receiver);
 [[gnu::format(printf, 1, 2)]] void LogLine(const char* format, ...);
 
 /// Reports a tile that could not be shown. After 20 reports only every hundredth is passed on.
-void LogTileFailure(const char* mapName, int layerNumber, const char* key, const char* reason);
+void LogTileFailure(const char* key, const char* reason);
 
 }  // namespace Terrascope

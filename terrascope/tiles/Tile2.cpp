@@ -8,7 +8,6 @@
 #include <stdexcept>
 
 #include "terrascope/support/ImageHeader.h"
-#include "terrascope/support/LogSink.h"
 #include "terrascope/support/Truncate.h"
 #include "terrascope/tiles/TileKey.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
@@ -103,17 +102,20 @@ std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
     return result;
 }
 
-void CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
+bool CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
     DecodeImage();
+    bool shown = false;
     if (m_bitmap) {
         const CRect place = PlaceOn(viewTopLeft);
         const PaintMark mark = canvas.MarkAt(place.TopLeft());
-        if (mark != m_painted) {
-            const bool painted = canvas.Paint(*m_bitmap, place.TopLeft(), place.Size());
-            m_painted = painted && canvas.Holds(place) ? mark : PaintMark{};
+        shown = mark == m_painted;
+        if (!shown) {
+            shown = canvas.Paint(*m_bitmap, place.TopLeft(), place.Size());
+            m_painted = shown && canvas.Holds(place) ? mark : PaintMark{};
         }
     }
     RequestLoad();
+    return shown;
 }
 
 CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
@@ -201,11 +203,11 @@ void CTile2::DecodeImage() {
                      {0, 0, imageWidth, imageHeight});
             m_painted = {};
         } else {
-            LogTileFailure(m_map.strName, m_layer.nLayerNumber, m_key, "its image is broken");
+            m_failure = "its image is broken";
         }
     } else {
-        LogTileFailure(m_map.strName, m_layer.nLayerNumber, m_key,
-                       "its image has no known format or is too large");
+        m_failure = safe ? "there is no memory for its image"
+                         : "its image has no known format or is too large";
     }
     // The picture is in the tile's own bitmap now: a fresh record keeps its place and no bytes.
     auto place = std::make_unique<tagTILE_IMAGE>();

@@ -3,6 +3,7 @@
 #include <afx.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "terrascope/providers/TileMapRecords.h"
@@ -52,11 +53,16 @@ public:
 
     /// Decodes a delivered image, paints the picture where it belongs on a canvas whose (0, 0)
     /// shows `viewTopLeft`, and asks for the image if it was never asked for. A picture that the
-    /// canvas already shows there is not copied again.
-    void Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
+    /// canvas already shows there is not copied again. False when the canvas does not show it: the
+    /// tile has no picture, or its pixels cannot be read.
+    bool Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
 
     /// Where Draw paints on such a canvas.
     CRect PlaceOn(const CPointF& viewTopLeft) const;
+
+    /// What was wrong with the image that was decoded last; null after the first question, and when
+    /// nothing was. Decoding happens under locks, so the tile does not log it.
+    const char* TakeFailure() { return std::exchange(m_failure, nullptr); }
 
     /// Forgets where the picture was painted: part of it is no longer on the canvas.
     void ForgetPlace() { m_painted = {}; }
@@ -95,6 +101,7 @@ private:
     std::unique_ptr<Gdiplus::Bitmap> m_bitmap;
     CTileLoadQueue2* m_queue;
     bool m_requested = false;
+    const char* m_failure = nullptr;
     PaintMark m_painted;  ///< where the whole picture stands on a canvas
 };
 

@@ -5,11 +5,11 @@
 
 namespace Terrascope {
 
-CTileCanvas::CTileCanvas(const PixelView& target, std::uint64_t surface, CSize scrolled)
-    : m_target(target), m_surface(surface), m_scrolled(scrolled) {}
+CTileCanvas::CTileCanvas(const PixelView& target, const PaintMark& corner)
+    : m_target(target), m_corner(corner) {}
 
 PaintMark CTileCanvas::MarkAt(CPoint at) const {
-    return {m_surface, std::int64_t{at.x} - m_scrolled.cx, std::int64_t{at.y} - m_scrolled.cy};
+    return {m_corner.surface, m_corner.x + at.x, m_corner.y + at.y};
 }
 
 bool CTileCanvas::Holds(const CRect& rect) const {

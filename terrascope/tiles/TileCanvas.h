@@ -37,8 +37,9 @@ struct PaintMark {
 /// Threads: the thread that holds the bitmap's lock.
 class CTileCanvas {
 public:
-    /// `surface` names the bitmap; `scrolled` is how far its content has moved since it was made.
-    CTileCanvas(const PixelView& target, std::uint64_t surface, CSize scrolled);
+    /// `corner` is the mark of a picture at (0, 0): it names the bitmap, and moves as the bitmap's
+    /// content is scrolled.
+    CTileCanvas(const PixelView& target, const PaintMark& corner);
 
     /// The mark of a picture painted at `at`.
     PaintMark MarkAt(CPoint at) const;
@@ -52,8 +53,7 @@ public:
 
 private:
     PixelView m_target;
-    std::uint64_t m_surface;
-    CSize m_scrolled;
+    PaintMark m_corner;
 };
 
 }  // namespace Terrascope

@@ -1,6 +1,6 @@
 #include "terrascope/tiles/TileLoadQueue2.h"
 
-#include <memory>
+#include <iterator>
 #include <utility>
 
 #include "terrascope/tiles/TileLoadThread.h"
@@ -23,15 +23,22 @@ std::string FoldedKey(const CString& key) {
     return key.GetString();
 }
 
+/// Keeps the code of this module in memory until the process ends.
+void PinThisModule() {
+    HMODULE module = nullptr;
+    ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<LPCSTR>(&PinThisModule), &module);
+}
+
 }  // namespace
 
 CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider)
     : m_slot(slot), m_provider(provider) {
-    for (int i = 0; i < kWorkerCount; ++i) {
-        auto worker = std::make_unique<CTileLoadThread>(m_slot, m_provider, this);
-        m_workers.push_back(worker.get());
-        worker.release()->Start();
-    }
+    // None may run before all are there: a failure here destroys the queue under it.
+    for (int i = 0; i < kWorkerCount; ++i)
+        m_workers.push_back(std::make_unique<CTileLoadThread>(m_slot, m_provider, this));
+    for (const auto& worker : m_workers)
+        worker->Start();
 }
 
 CTileLoadQueue2::~CTileLoadQueue2() {
@@ -40,15 +47,16 @@ CTileLoadQueue2::~CTileLoadQueue2() {
         m_paused = true;
         ClearLocked();
     }
-    for (CTileLoadThread* worker : m_workers) {
+    for (auto& worker : m_workers) {
         worker->Stop();
         while (!worker->IsFinished() && !worker->Abandon())
             worker->Stop();
-        if (worker->IsFinished()) {
-            delete worker;
-        } else {
-            // The thread is stuck inside the provider: neither may be deleted under it.
+        if (!worker->IsFinished()) {
+            // The thread is stuck inside the provider: neither may be deleted under it, and its
+            // code must stay in memory.
             m_provider->Detach();
+            PinThisModule();
+            static_cast<void>(worker.release());
         }
     }
     m_workers.clear();
@@ -60,9 +68,11 @@ bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, con
     CSingleLock lock(&m_lock);
     if (!lock.Lock())
         return false;
-    const auto [place, isNew] = m_byKey.try_emplace(FoldedKey(key));
-    if (isNew)
-        place->second = m_requests.insert(m_requests.end(), {mapName, layerNumber, key});
+    std::string folded = FoldedKey(key);
+    if (m_byKey.find(folded) == m_byKey.end()) {
+        m_requests.push_back({mapName, layerNumber, key});
+        m_byKey.emplace(std::move(folded), std::prev(m_requests.end()));
+    }
     return true;
 }
 

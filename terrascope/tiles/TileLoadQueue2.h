@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
@@ -74,7 +75,7 @@ private:
     std::map<DWORD, unsigned> m_clearsAtPop GUARDED_BY(m_lock);  ///< by thread
     ITileLoadedSlot* m_slot;
     CTileMapInfoProviderWrapper* m_provider;
-    std::list<CTileLoadThread*> m_workers;
+    std::list<std::unique_ptr<CTileLoadThread>> m_workers;
 };
 
 }  // namespace Terrascope

@@ -127,6 +127,25 @@ TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
     EXPECT_EQ(at(100, 28 + 64), Rgb(Screen::kBackground));
 }
 
+// With such a factor the tiles' true places leave odd pixels between them.
+TEST_F(Painting, ShowsTheBackgroundBetweenTilesThatDoNotTouch) {
+    ScriptedMap map = WorldMap();
+    map.zoomFactor = 0.7;
+    Open(5, map);
+    AwaitPicture();
+    for (int i = 0; i < 8; ++i) {
+        int open = 0;
+        for (const std::uint32_t pixel : Paint()) {
+            ASSERT_NE(pixel, 0U) << "black is what a transparent pixel becomes when it is copied";
+            open += pixel == Rgb(Screen::kBackground) ? 1 : 0;
+        }
+        EXPECT_GT(open, 0);
+        display->SetTool(static_cast<UINT>(MapToolKind::Arrow));  // rendered anew, not scrolled
+        display->SetCenter(display->Center() - CPointF(1.3F, 0.7F));
+        AwaitPicture();
+    }
+}
+
 TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
     Open(4);
     AwaitPicture();

@@ -73,6 +73,7 @@ TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
     Viewport view = World();
     view.extent = {0, 0, 100, 100};
     view.tileSize = CSize(10, 10);
+    view.tileCount = CSize(100, 100);
     view.resolution = {0.1, 0.1};  // tiles of one map unit
     struct Case {
         float width;
@@ -82,6 +83,10 @@ TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
         EXPECT_EQ(TileRangeOf(view, {0, 100, c.width, -1}).columnCount, c.columns) << c.width;
         EXPECT_EQ(TileRangeOf(view, {0, 100, 1, -c.width}).rowCount, c.columns) << c.width;
     }
+    // The corner of a map may be no float: the region's then lies a hair outside.
+    view.extent.x0 = -0.1;
+    EXPECT_EQ(TileRangeOf(view, {-0.1F, 100, 1, -1}).firstColumn, 0);
+    view.extent.x0 = 0;
     const TileRange inner = TileRangeOf(view, {3.5F, 96.5F, 1.0F, -1.0F});
     EXPECT_EQ(inner.firstColumn, 3);
     EXPECT_EQ(inner.firstRow, 3);

@@ -31,8 +31,8 @@ std::vector<std::uint8_t> Red(int width, int height) {
 struct Surface {
     Surface(int w, int h) : width(w), height(h), pixels(static_cast<std::size_t>(w * h), 0) {}
 
-    CTileCanvas Canvas(CSize scrolled = {0, 0}) {
-        return {{pixels.data(), width, height, width}, 1, scrolled};
+    CTileCanvas Canvas(const PaintMark& corner = {1, 0, 0}) {
+        return {{pixels.data(), width, height, width}, corner};
     }
     std::uint32_t At(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
 
@@ -105,7 +105,7 @@ TEST_F(Tile2, ShowsADeliveredImagePixelForPixelAndDecodesItOnce) {
     tile.Draw(canvas, {-180, 90});
     EXPECT_EQ(surface.At(16, 0), 7U);
     // ... unless the content has moved or the tile forgot its place.
-    CTileCanvas moved = surface.Canvas({-1, 0});
+    CTileCanvas moved = surface.Canvas({1, 1, 0});
     tile.Draw(moved, {-180, 90});
     EXPECT_EQ(surface.At(16, 0), kRed);
     surface.pixels.assign(surface.pixels.size(), 7);
