@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace Viewer {
 namespace {
 
@@ -37,6 +39,10 @@ struct BadLine {
     std::string_view line;
     std::string_view expectedInError;
 };
+
+void PrintTo(const BadLine& bad, std::ostream* out) {
+    *out << bad.line;
+}
 
 class BadTourLine : public testing::TestWithParam<BadLine> {};
 

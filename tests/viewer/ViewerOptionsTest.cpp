@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace Viewer {
 namespace {
 
@@ -35,6 +37,12 @@ struct WrongCase {
     std::vector<std::string> arguments;
     std::string_view expectedInError;
 };
+
+void PrintTo(const WrongCase& wrong, std::ostream* out) {
+    for (const std::string& argument : wrong.arguments) {
+        *out << '[' << argument << ']';
+    }
+}
 
 class WrongViewerOptions : public testing::TestWithParam<WrongCase> {};
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "ViewerRun.h"
 
 namespace Viewer {
@@ -117,6 +119,10 @@ struct WrongRun {
     const char* input;
     const char* expectedInError;
 };
+
+void PrintTo(const WrongRun& wrong, std::ostream* out) {
+    *out << wrong.expectedInError;
+}
 
 class WrongViewerRun : public ViewerRun, public testing::WithParamInterface<WrongRun> {};
 
