@@ -58,17 +58,6 @@ TEST(ResolveDataPath, MakesAllButAddressesAbsolute) {
     EXPECT_EQ(tooLong, resolve("Any", tooLong.c_str()));
 }
 
-TEST(HostChoice, TakesTheTwoRolesInAnyCaseAndNothingElse) {
-    CTileMapInfoProviderPluginKernel kernel;
-    kernel.SetProvider("remote", "R", "r");
-    kernel.SetProvider("WEB", "W", "w");
-    kernel.SetProvider("Local", "L", "l");
-    EXPECT_STREQ("L", kernel.GetHostChoice(ProviderRole::Local).name);
-    EXPECT_STREQ("l", kernel.GetHostChoice(ProviderRole::Local).dataPath);
-    EXPECT_STREQ("R", kernel.GetHostChoice(ProviderRole::Remote).name);
-    EXPECT_STREQ("r", kernel.GetHostChoice(ProviderRole::Remote).dataPath);
-}
-
 class ProviderSelection : public testing::Test {
 protected:
     TerrascopeTest::IScriptedControl& Script(const char* file = "ScriptedProvider.dll") {
@@ -121,7 +110,10 @@ TEST_F(ProviderSelection, ReadsTheFileAnewEachTime) {
     m_library.LoadPlugins();
     EXPECT_NE(nullptr, Select("LOCAL=ScriptedProvider\n"));
     EXPECT_EQ(nullptr, Select(""));
-    CTileMapInfoProviderPluginKernel::GetInstance().SetProvider("LOCAL", "scriptedprovider", "");
+    auto& kernel = CTileMapInfoProviderPluginKernel::GetInstance();
+    kernel.SetProvider("Web", "ScriptedProvider", "");
+    EXPECT_EQ(nullptr, CreateConfiguredProvider()) << "no such role";
+    kernel.SetProvider("Local", "scriptedprovider", "");
     EXPECT_NE(nullptr, CreateConfiguredProvider());
 }
 

@@ -4,13 +4,9 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <memory>
-#include <ostream>
 #include <random>
 #include <span>
 #include <string>
-
-#include "terrascope/support/GdiplusSession.h"
 
 namespace Terrascope {
 namespace {
@@ -65,9 +61,6 @@ struct Case {
     unsigned height = 0;
     bool safe = false;
 };
-void PrintTo(const Case& c, std::ostream* out) {
-    *out << c.name;
-}
 
 const std::string kExif = Segment('\xE1', std::string(65533, '\xFF'));
 const Case kCases[] = {
@@ -104,18 +97,16 @@ const Case kCases[] = {
     {"nothing", ""},
 };
 
-class ImageHeaderCases : public testing::TestWithParam<Case> {};
-
-TEST_P(ImageHeaderCases, TellsFormatSizeAndSafety) {
-    const Case& c = GetParam();
-    const ImageHeader header =
-        ReadImageHeader({reinterpret_cast<const std::uint8_t*>(c.file.data()), c.file.size()});
-    EXPECT_EQ(header.format, c.format);
-    EXPECT_EQ(header.width, c.width);
-    EXPECT_EQ(header.height, c.height);
-    EXPECT_EQ(IsSafeToDecode(header), c.safe);
+TEST(ImageHeader, TellsFormatSizeAndSafety) {
+    for (const Case& c : kCases) {
+        const ImageHeader header =
+            ReadImageHeader({reinterpret_cast<const std::uint8_t*>(c.file.data()), c.file.size()});
+        EXPECT_EQ(header.format, c.format) << c.name;
+        EXPECT_EQ(header.width, c.width) << c.name;
+        EXPECT_EQ(header.height, c.height) << c.name;
+        EXPECT_EQ(IsSafeToDecode(header), c.safe) << c.name;
+    }
 }
-INSTANTIATE_TEST_SUITE_P(ImageHeader, ImageHeaderCases, testing::ValuesIn(kCases));
 
 /// Bytes that end where the next page may not be read: one byte too far ends the test program.
 class GuardedBytes {
@@ -156,16 +147,6 @@ TEST(ImageHeader, ReadsNothingBeyondACutOrDamagedFile) {
             ReadImageHeader(memory.Put(damaged));
         }
     }
-}
-
-TEST(GdiplusSession, CountsUntilTheLastOneEnds) {
-    auto first = std::make_unique<CGdiplusSession>();
-    auto second = std::make_unique<CGdiplusSession>();
-    EXPECT_EQ(CGdiplusSession::LiveCount(), 2);
-    first.reset();
-    EXPECT_EQ(CGdiplusSession::LiveCount(), 1);
-    second.reset();
-    EXPECT_EQ(CGdiplusSession::LiveCount(), 0);
 }
 
 }  // namespace

@@ -120,23 +120,6 @@ TEST(IniFile, AsksTheSystemForEveryValue) {
     EXPECT_EQ(folder.Read("a.ini"), "");
 }
 
-TEST(IniFile, AndItsMemoryKindReadWhatTheOtherWrote) {
-    const TempFolder folder;
-    const CString path = folder.Write("a.ini", "; c\r\n\r\n[s]\r\na=1");
-    CMemIniFile memory(path, true);
-    memory.WriteString("s", "b", "two words");
-    memory.UpdateFile();
-    CIniFile disk(path);
-    EXPECT_EQ(disk.ReadString("s", "a", ""), "1");
-    EXPECT_EQ(disk.ReadString("s", "b", ""), "two words");
-    disk.WriteString("t", "c", "\xC4\xE3=3");
-    disk.UpdateFile();
-    memory.SetFileName(path);
-    EXPECT_EQ(memory.ReadString("s", "b", ""), "two words");
-    EXPECT_EQ(memory.ReadString("t", "c", ""), "\xC4\xE3=3");
-    EXPECT_NE(folder.Read("a.ini").find("; c"), std::string::npos);
-}
-
 TEST(IniFile, LooksForRelativeNamesBesideTheProgram) {
     const CString name = CreateGuidString();
     const CMemIniFile file(name, true);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <ostream>
 #include <random>
 #include <regex>
 
@@ -22,9 +21,6 @@ struct LookupCase {
     const char* key;
     const char* value;
 };
-void PrintTo(const LookupCase& c, std::ostream* out) {
-    *out << c.name;
-}
 
 const LookupCase kLookups[] = {
     {"blanks in a header", "[ \ta b ]\nk=v", "a b", "k", "v"},
@@ -43,20 +39,14 @@ const LookupCase kLookups[] = {
     {"the line after a zero byte", "[s]\nk=v\0w\nl=x"s, "s", "l", "x"},
 };
 
-class MemIniLookup : public testing::TestWithParam<LookupCase> {};
-
-TEST_P(MemIniLookup, FindsWhatTheFileHolds) {
-    const LookupCase& c = GetParam();
+TEST(MemIniFile, FindsWhatTheFileHolds) {
     const TempFolder folder;
-    for (const bool caseSensitive : {false, true}) {
-        CMemIniFile file(folder.Write("a.ini", c.file), caseSensitive);
-        EXPECT_EQ(file.ReadString(c.section, c.key, "ignored"), c.value);
+    for (const LookupCase& c : kLookups) {
+        for (const bool caseSensitive : {false, true}) {
+            CMemIniFile file(folder.Write("a.ini", c.file), caseSensitive);
+            EXPECT_EQ(file.ReadString(c.section, c.key, "ignored"), c.value) << c.name;
+        }
     }
-}
-INSTANTIATE_TEST_SUITE_P(MemIniFile, MemIniLookup, testing::ValuesIn(kLookups));
-
-TEST(MemIniFile, TakesASecondByteForNoBracket) {
-    const TempFolder folder;
     CMemIniFile file(folder.Write("a.ini", "[\xD5\x5D\nk=v"), true);
     EXPECT_EQ(file.ReadString(HasTwoByteCharacters() ? "" : "\xD5", "k", ""), "v");
 }
@@ -68,9 +58,6 @@ struct ChangeCase {
     const char *section, *key, *value;
     const char* after;  // "\n" stands for the line end that is written
 };
-void PrintTo(const ChangeCase& c, std::ostream* out) {
-    *out << c.name;
-}
 
 const ChangeCase kChanges[] = {
     {"a new key comes first", "[s]\na=1", 'w', "s", "b", " 2 ", "[s]\nb= 2 \na=1\n"},
@@ -86,29 +73,24 @@ const ChangeCase kChanges[] = {
      "[s]\na=1\n[t]\nc=3\n"},
 };
 
-class MemIniChange : public testing::TestWithParam<ChangeCase> {};
-
-TEST_P(MemIniChange, WritesBackTheseLines) {
-    const ChangeCase& c = GetParam();
+TEST(MemIniFile, WritesBackTheseLines) {
     const TempFolder folder;
-    CMemIniFile file(folder.Write("a.ini", c.before), false);
-    switch (c.operation) {
-        case 'w':
+    for (const ChangeCase& c : kChanges) {
+        CMemIniFile file(folder.Write("a.ini", c.before), false);
+        if (c.operation == 'w') {
             file.WriteString(c.section, c.key, c.value);
-            break;
-        case 'd':
+        } else if (c.operation == 'd') {
             file.DeleteKey(c.section, c.key);
-            break;
-        case 'e':
+        } else if (c.operation == 'e') {
             file.EraseSection(c.section);
-            break;
-        default:
+        } else {
             file.AddSection(c.section);
+        }
+        file.UpdateFile();
+        EXPECT_EQ(folder.Read("a.ini"), std::regex_replace(c.after, std::regex("\n"), "\r\r\n"))
+            << c.name;
     }
-    file.UpdateFile();
-    EXPECT_EQ(folder.Read("a.ini"), std::regex_replace(c.after, std::regex("\n"), "\r\r\n"));
 }
-INSTANTIATE_TEST_SUITE_P(MemIniFile, MemIniChange, testing::ValuesIn(kChanges));
 
 TEST(MemIniFile, HoldsEachOperationToItsRuleOfCase) {
     const TempFolder folder;
