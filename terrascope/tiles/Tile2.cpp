@@ -9,6 +9,7 @@
 
 #include "terrascope/support/ImageHeader.h"
 #include "terrascope/support/Truncate.h"
+#include "terrascope/tiles/PictureScaling.h"
 #include "terrascope/tiles/TileKey.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
@@ -67,11 +68,11 @@ CTile2::CTile2(const CTile2& child0, const CTile2& child1, const CTile2& child2,
         const CTile2& child = *children[static_cast<std::size_t>(quadrant)];
         if (!child.m_bitmap)
             continue;
-        DrawPart(*m_bitmap, *child.m_bitmap,
-                 {quadrant % 2 * (width / 2), quadrant / 2 * (height / 2),
-                  TruncateToInt(child.m_layer.nTileWidth * 0.5),
-                  TruncateToInt(child.m_layer.nTileHeight * 0.5)},
-                 {0, 0, width, height});
+        ScalePart(*m_bitmap,
+                  {quadrant % 2 * (width / 2), quadrant / 2 * (height / 2),
+                   TruncateToInt(child.m_layer.nTileWidth * 0.5),
+                   TruncateToInt(child.m_layer.nTileHeight * 0.5)},
+                  *child.m_bitmap, {0, 0, width, height});
     }
 }
 
@@ -87,10 +88,10 @@ std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
         key.Format("%s%d", m_key.GetString(), quadrant);
         auto child = std::make_unique<CTile2>(m_map, childLayer, key, m_queue);
         if (m_bitmap && child->m_bitmap) {
-            // One pixel more than the child: scaling fades out at the right and bottom edges.
-            DrawPart(*child->m_bitmap, *m_bitmap,
-                     {0, 0, childLayer.nTileWidth + 1, childLayer.nTileHeight + 1},
-                     {quadrant % 2 * width / 2, quadrant / 2 * height / 2, width / 2, height / 2});
+            // The quarter is stretched to one pixel more than the child.
+            ScalePart(*child->m_bitmap,
+                      {0, 0, childLayer.nTileWidth + 1, childLayer.nTileHeight + 1}, *m_bitmap,
+                      {quadrant % 2 * width / 2, quadrant / 2 * height / 2, width / 2, height / 2});
         }
         children[static_cast<std::size_t>(quadrant)] = std::move(child);
     }

@@ -32,15 +32,21 @@ protected:
     }
 
     /// Counts the pixels of the view that are not those of the layer at an offset.
-    int WrongPixels(const std::vector<std::uint32_t>& picture, CPoint offset) const {
+    int WrongPixels(const std::vector<std::uint32_t>& picture, CPoint offset, int layer = 4) const {
         int wrong = 0;
         for (int y = 0; y < size.cy; ++y) {
             for (int x = 0; x < size.cx; ++x) {
                 const auto at = static_cast<std::size_t>(y * size.cx + x);
-                wrong += picture[at] != LayerPixel(offset.x + x, offset.y + y) ? 1 : 0;
+                wrong += picture[at] != LayerPixel(offset.x + x, offset.y + y, layer) ? 1 : 0;
             }
         }
         return wrong;
+    }
+
+    void Drag(CSize shift) {
+        display->OnLButtonDown(0, {100, 60});
+        display->OnMouseMove(0, CPoint(100, 60) + shift);
+        display->OnLButtonUp(0, CPoint(100, 60) + shift);
     }
 };
 
@@ -151,9 +157,7 @@ TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
     AwaitPicture();
     for (const CSize shift : {CSize(40, 0), CSize(-70, 15), CSize(0, -33), CSize(100, 60)}) {
         const auto before = Paint();
-        display->OnLButtonDown(0, {100, 60});
-        display->OnMouseMove(0, CPoint(100, 60) + shift);
-        display->OnLButtonUp(0, CPoint(100, 60) + shift);
+        Drag(shift);
         const auto after = Paint();
         int wrong = 0;
         for (int y = std::max(0L, shift.cy); y < std::min(size.cy, size.cy + shift.cy); ++y) {
@@ -175,16 +179,11 @@ TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
 TEST_F(Painting, ATileThatLeftTheBitmapIsWholeWhenItComesBack) {
     Open(4);
     AwaitPicture();
-    const auto drag = [&](CSize shift) {
-        display->OnLButtonDown(0, {100, 60});
-        display->OnMouseMove(0, CPoint(100, 60) + shift);
-        display->OnLButtonUp(0, CPoint(100, 60) + shift);
-    };
     for (int i = 0; i < 3; ++i) {
-        drag({60, 30});
-        drag({60, 30});
-        drag({-60, -30});
-        drag({-60, -30});
+        Drag({60, 30});
+        Drag({60, 30});
+        Drag({-60, -30});
+        Drag({-60, -30});
     }
     AwaitPicture();
     EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
@@ -198,14 +197,7 @@ TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {
     display->SetViewSize({DeviceToLogical(400, factor) + 1, DeviceToLogical(240, factor) + 1});
     display->SetCenter(display->Center());
     AwaitPicture();
-    const auto picture = Paint();
-    int wrong = 0;
-    for (int y = 0; y < 240; ++y)
-        for (int x = 0; x < 400; ++x)
-            wrong += picture[static_cast<std::size_t>(y * 400 + x)] != LayerPixel(56 + x, 8 + y, 3)
-                         ? 1
-                         : 0;
-    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(WrongPixels(Paint(), {56, 8}, 3), 0);
 }
 
 TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {

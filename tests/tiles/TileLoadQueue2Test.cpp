@@ -155,23 +155,6 @@ TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) 
     EXPECT_EQ(receiver.delivered, 6);
 }
 
-TEST(TileLoadQueueEnd, WaitsForTheFetchInProgressAndLosesNothing) {
-    GatedProvider provider;
-    Receiver receiver;
-    {
-        CTileLoadQueue2 queue(&receiver, &provider);
-        for (int i = 0; i < 10; ++i) {
-            CString key;
-            key.Format("%d", i);
-            queue.Push("map", 1, key);
-        }
-        ASSERT_TRUE(Await([&] { return provider.entered == 2; }));
-        provider.Open();
-    }
-    EXPECT_EQ(receiver.delivered, 2) << "what was not yet fetched is dropped";
-    EXPECT_EQ(provider.entered, 2);
-}
-
 TEST(TileLoadQueueEnd, AbandonsAThreadThatIsStuckInTheProvider) {
     // Both live on after the queue, as a stuck fetch would have it.
     static GatedProvider provider;
