@@ -1,15 +1,16 @@
 #!/bin/bash
 # Shows the library at work on real imagery: ./demo.sh
 # With a display the viewer opens in it. Without one (or with --pictures) it runs on a virtual
-# screen, writes pictures to build/demo, and plays a tour through the map.
+# screen, writes pictures to build/demo, and plays a tour through the map. With --prepare it only
+# makes the maps and the folder of the program.
 . "$(dirname "${BASH_SOURCE[0]}")/tools/common.sh"
 demo="$root/build/demo"
 earth=/usr/share/marble/data/maps/earth
 
 case "${1:-}" in
-    "") pictures=false ;;
+    "" | --prepare) pictures=false ;;
     --pictures) pictures=true ;;
-    *) fail "unknown option $1; the only one is --pictures" ;;
+    *) fail "unknown option $1; there are --pictures and --prepare" ;;
 esac
 [ -n "${DISPLAY:-}" ] || pictures=true
 
@@ -108,14 +109,14 @@ mkdir -p "$demo"
 make_maps
 make_app
 
-if $pictures; then
-    prefix="$root/build/wineprefix-virtual" mode=virtual
-else
-    prefix="$root/build/wineprefix-display" mode=display
+if [ "${1:-}" = --prepare ]; then
+    exit 0
 fi
-export TERRASCOPE_WINEPREFIX="$prefix"
-flock -o "$prefix.lock" sh "$root/cmake/wine-prefix.sh" "$prefix" "$mode" \
-    </dev/null >"$prefix.log" 2>&1 || fail "the Wine prefix could not be made, see $prefix.log"
+mode=display
+if $pictures; then
+    mode=virtual
+fi
+wine_prefix "$mode"
 
 if ! $pictures; then
     say "the viewer; close its window to end"
@@ -123,16 +124,6 @@ if ! $pictures; then
     viewer --map 'Blue Marble' --layer 3 --center 20,35
     exit 0
 fi
-# A virtual screen for this run alone; the number that Xvfb chose comes through the pipe.
-say "start a virtual screen"
-pipe="$demo/display.$$"
-mkfifo "$pipe"
-at_end rm -f "$pipe"
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
-# Wine's own processes go before the screen that they are on.
-at_end env WINEPREFIX="$prefix" /usr/lib/wine/wineserver64 -k
-at_end kill $!
-read -r -t 20 number <"$pipe" || fail "Xvfb did not start"
-export DISPLAY=":$number"
+virtual_screen "$demo"
 make_pictures
 say "done"

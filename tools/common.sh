@@ -1,5 +1,6 @@
 # Shared by the scripts; to be sourced. Gives: root (the repository), build, say, fail, at_end,
-# build_targets, and a message that names the step in which a script stopped.
+# build_targets, wine_prefix, virtual_screen, and a message that names the step in which a script
+# stopped.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build="$root/build/release"
@@ -45,4 +46,27 @@ build_targets() {
     }
     say "build"
     cmake --build "$build" --parallel "$(nproc)" "${options[@]}"
+}
+
+# wine_prefix MODE: the prefix for a mode of cmake/wine-prefix.sh, for wine-run.sh from here on.
+wine_prefix() {
+    prefix="$root/build/wineprefix-$1"
+    export TERRASCOPE_WINEPREFIX="$prefix"
+    flock -o "$prefix.lock" sh "$root/cmake/wine-prefix.sh" "$prefix" "$1" \
+        </dev/null >"$prefix.log" 2>&1 || fail "the Wine prefix could not be made, see $prefix.log"
+}
+
+# virtual_screen FOLDER: a screen for this run alone, after wine_prefix; a pipe is made in the folder.
+virtual_screen() {
+    local pipe="$1/display.$$" number
+    say "start a virtual screen"
+    mkfifo "$pipe"
+    at_end rm -f "$pipe"
+    # Xvfb chooses a free number and writes it into the pipe.
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
+    # Wine's own processes go before the screen that they are on.
+    at_end env WINEPREFIX="$prefix" /usr/lib/wine/wineserver64 -k
+    at_end kill $!
+    read -r -t 20 number <"$pipe" || fail "Xvfb did not start"
+    export DISPLAY=":$number"
 }

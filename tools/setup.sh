@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs what building, testing and the demo need on Debian 12 or a system like it.
-#   tools/setup.sh          compiler, Wine, libraries, test data
-#   tools/setup.sh --check  the tools of tools/check.sh as well
+#   tools/setup.sh             compiler, Wine, libraries, test data
+#   tools/setup.sh --check     the tools of tools/check.sh as well
+#   tools/setup.sh --pictures  what tools/screenshots.sh needs as well
 # Does nothing, and needs no network, when everything is there already.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -34,10 +35,15 @@ for_checks=(
     /usr/bin/clang++-14 clang-14
     /usr/bin/cppcheck cppcheck
 )
+for_pictures=(
+    /usr/bin/import imagemagick
+    /usr/bin/xdotool xdotool
+)
 case "${1:-}" in
     "") ;;
     --check) needed+=("${for_checks[@]}") ;;
-    *) fail "unknown option $1; the only one is --check" ;;
+    --pictures) needed+=("${for_pictures[@]}") ;;
+    *) fail "unknown option $1; there are --check and --pictures" ;;
 esac
 
 missing=()
