@@ -119,6 +119,9 @@ void CTileMapSelDlg::RefreshInfo() {
     const CString description = DescribeMap(*map);
     m_info.SetSel(0, -1);
     m_info.ReplaceSel(description, FALSE);
+    // The caret stands behind the new text, and the box with it.
+    m_info.SetSel(0, 0);
+    m_info.SendMessage(EM_SCROLLCARET);
     // A factor that was typed but not yet accepted is dropped with the row that it was typed for.
     UpdateData(FALSE);
     GetDlgItem(IDOK)->EnableWindow(TRUE);
