@@ -36,6 +36,26 @@ HFONT WindowFont(const CWnd& window) {
     return reinterpret_cast<HFONT>(::SendMessageA(window.GetSafeHwnd(), WM_GETFONT, 0, 0));
 }
 
+/// Gives a window another font, without a redraw, until the end of the scope.
+class BorrowedWindowFont {
+public:
+    BorrowedWindowFont(const CWnd& window, HFONT font)
+        : m_hWnd(window.GetSafeHwnd()), m_hBefore(WindowFont(window)) {
+        Set(font);
+    }
+    ~BorrowedWindowFont() { Set(m_hBefore); }
+    BorrowedWindowFont(const BorrowedWindowFont&) = delete;
+    BorrowedWindowFont& operator=(const BorrowedWindowFont&) = delete;
+
+private:
+    void Set(HFONT font) {
+        ::SendMessageA(m_hWnd, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    }
+
+    const HWND m_hWnd;
+    const HFONT m_hBefore;
+};
+
 }  // namespace
 
 BEGIN_MESSAGE_MAP(CCustomStatic, CStatic)
@@ -180,6 +200,9 @@ void CCustomStatic::OnPaint() {
     } else if (m_bTransparent) {
         PaintTransparent();
     } else {
+        // Wine's control selects its window font after it has asked for the colours, over the font
+        // that CtlColor selected. Only borrowed: the other two ways of painting use the window font.
+        const BorrowedWindowFont font(*this, static_cast<HFONT>(m_font.GetSafeHandle()));
         CStatic::OnPaint();
     }
 }

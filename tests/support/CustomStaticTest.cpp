@@ -59,6 +59,8 @@ protected:
 
 TEST_F(CustomStatic, PaintsItsColoursAndFont) {
     Create("MMMM", 200, 60);
+    const auto dialogFont = reinterpret_cast<WPARAM>(::GetStockObject(SYSTEM_FONT));
+    control.SendMessage(WM_SETFONT, dialogFont);
     control.SetFontSize(10);
     PaintOn(kGreen);
     EXPECT_EQ(Pixel(199, 59), kBlue);
@@ -69,6 +71,7 @@ TEST_F(CustomStatic, PaintsItsColoursAndFont) {
     EXPECT_GT(large, 2 * small) << "a new font shows at once";
     control.SetFontUnderline(true);
     EXPECT_GT(Count(kRed), large);
+    EXPECT_EQ(static_cast<WPARAM>(control.SendMessage(WM_GETFONT)), dialogFont) << "left alone";
 }
 
 TEST_F(CustomStatic, DrawsAnEtchedLineWithTheTextSetIn) {
