@@ -201,7 +201,8 @@ void CCustomStatic::OnPaint() {
         PaintTransparent();
     } else {
         // Wine's control selects its window font after it has asked for the colours, over the font
-        // that CtlColor selected. Only borrowed: the other two ways of painting use the window font.
+        // that CtlColor selected. Only borrowed: the other two ways of painting use the window
+        // font.
         const BorrowedWindowFont font(*this, static_cast<HFONT>(m_font.GetSafeHandle()));
         CStatic::OnPaint();
     }
