@@ -43,6 +43,7 @@ int main() {
     };
     const auto repeat = [](const auto& work) {
         std::vector<double> times;
+        times.reserve(kRuns);
         for (int run = 0; run < kRuns; ++run)
             times.push_back(Bench::MicrosecondsOf(work));
         return times;

@@ -96,7 +96,9 @@ public:
 
 }  // namespace
 
-extern "C" __declspec(dllexport) std::int32_t getEngineVersion() { return 1; }
+extern "C" __declspec(dllexport) std::int32_t getEngineVersion() {
+    return 1;
+}
 
 extern "C" __declspec(dllexport) void registerPlugin(CTileMapInfoProviderPluginKernel* kernel) {
     kernel->RegisterFactory(new CheckerboardFactory);
