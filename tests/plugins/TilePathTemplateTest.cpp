@@ -18,23 +18,18 @@ std::string Expand(const char* pattern) {
 
 TEST(TilePathTemplate, ExpandsFields) {
     // Key 0123: column 0101, row 0011 in binary.
-    EXPECT_EQ("4\\5\\3.png", Expand("{layer}\\{column}\\{row}.{format}"));
-    EXPECT_EQ("3/000003/000003_000005.jpg", Expand("{layer-1}/{row:6}/{row:6}_{column:6}.jpg"));
-    EXPECT_EQ("q0123", Expand("q{key}"));
-    EXPECT_EQ("04-13", Expand("{layer:2}-{row+10:2}"));
-    EXPECT_EQ("0x", Expand("{layer-4}x"));
+    EXPECT_EQ("3\\5\\3.png", Expand("{layer-1}\\{column}\\{row:1}.{format}"));
+    EXPECT_EQ("q0123/000003_13.jpg0x", Expand("q{key}/{row:6}_{row+10:2}.jpg{layer-4}x"));
     EXPECT_EQ("no such tile", Expand("{row-4}"));
-    EXPECT_EQ("5", Expand("{column:1}"));
 }
 
 TEST(TilePathTemplate, RefusesWhatItCannotRead) {
     std::istringstream patterns(
         " { } {layer layer} {{layer}} {} {zoom} {Layer} {layer:} {layer:x} {layer:-1} {layer:21} "
         "{layer:99999999999999999999} {layer-} {layer+-1} {layer-1000001} {key:3} {layer:2-1}");
-    for (std::string pattern; std::getline(patterns, pattern, ' ');) {
+    for (std::string pattern; std::getline(patterns, pattern, ' ');)
         EXPECT_EQ(0u, Expand(pattern.c_str()).find("refused: it ")) << pattern;
-    }
-    EXPECT_NE("", Expand(std::string(1025, 'x').c_str()));
+    EXPECT_EQ(0u, Expand(std::string(1025, 'x').c_str()).find("refused: it "));
     EXPECT_EQ("refused: it has the unknown field '{zoom}'", Expand("{zoom}"));
 }
 
