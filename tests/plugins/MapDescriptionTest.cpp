@@ -32,7 +32,6 @@ TEST(MapDescription, FillsInWhatIsNotSaid) {
     const tagTILE_MAP_INFO& info = reading.map->info;
     EXPECT_STREQ("folder.jpg", info.strName + "." + info.strTileFormat);
     EXPECT_EQ(2001, info.stUpdateTime.wYear);
-    EXPECT_EQ(-180.0, info.dLongitudeStart);
     EXPECT_EQ(180.0, info.dLatitude);
     EXPECT_EQ(256, info.nTileWidth);
     ASSERT_EQ(3u, reading.map->layers.size());
@@ -45,9 +44,9 @@ TEST(MapDescription, FillsInWhatIsNotSaid) {
 
 TEST(MapDescription, DoublesTheFirstLayersCountsAndTakesTheLayersOwn) {
     EXPECT_EQ(8, Read("LAYER_1", "TILE_COUNT_X", "2").map->layers[2].nTileCountX);
-    const MapReading own = Read("LAYER_2", "TILE_COUNT_Y", "1");
-    EXPECT_EQ(1, own.map->layers[1].nTileCountY);
-    EXPECT_EQ(4, own.map->layers[2].nTileCountY) << "counted from the first layer";
+    const auto layers = Read("LAYER_2", "TILE_COUNT_Y", "1").map->layers;
+    EXPECT_EQ(1, layers[1].nTileCountY);
+    EXPECT_EQ(4, layers[2].nTileCountY) << "counted from the first layer";
     EXPECT_EQ(0.75, Read("layer_3", "zoom_factor", "0.75").map->layers[2].dZoomFactor);
 }
 

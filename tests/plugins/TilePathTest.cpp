@@ -1,8 +1,12 @@
 #include "plugins/common/TilePathTemplate.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "plugins/common/SafePath.h"
 
 namespace {
 
@@ -34,16 +38,34 @@ TEST(TilePathTemplate, RefusesWhatItCannotRead) {
 }
 
 TEST(ParseTileKey, TakesKeysOfOneToThirtyQuadrants) {
-    const auto address = ParseTileKey("12");
-    ASSERT_TRUE(address);
-    EXPECT_EQ(2, address->layer);
-    EXPECT_EQ(2u, address->column);
-    EXPECT_EQ(1u, address->row);
     EXPECT_EQ((1u << 30) - 1, ParseTileKey(std::string(30, '3'))->column);
-    for (const std::string& key :
-         {std::string(), std::string("4"), std::string("0a"), std::string("0 "),
-          std::string("..\\0"), std::string("0\0001", 3), std::string(31, '0')})
+    using namespace std::literals;
+    for (const auto& key : {""s, "4"s, "0a"s, "0 "s, "..\\0"s, "0\0001"s, std::string(31, '0')})
         EXPECT_FALSE(ParseTileKey(key)) << key;
+}
+
+TEST(JoinUnder, TakesPlainNamesOnly) {
+    const std::wstring folder = L"C:\\maps\\one";
+    EXPECT_EQ(folder + L"\\1\\2 3\\4.5.jpg", JoinUnder(folder, "1\\2 3/4.5.jpg"));
+    EXPECT_EQ(folder + L"\\.hidden\\console.jpg", JoinUnder(folder, ".hidden\\console.jpg"));
+
+    std::istringstream escapes(
+        R"(;\;..;..\x;1\..\..\x;1/../x;.;1\.\x;...;1\.. \x;\x;/x;1\\x;x\;\\server\x;\\?\C:\x;C:x;)"
+        R"(C:\x;x:stream;x.jpg.;x.jpg ;*.jpg;?.jpg;1|x;<x;"x";con;NUL.jpg;1\Aux\x;com1;COM0;)"
+        R"(lpt9.tar.gz;nul .jpg;conin$)"
+        "; x\tx");
+    for (std::string escape; std::getline(escapes, escape, ';');)
+        EXPECT_EQ(std::nullopt, JoinUnder(folder, escape)) << '"' << escape << '"';
+}
+
+TEST(JoinUnder, LooksAtCharactersAndNotAtBytes) {
+    if (::GetACP() != 936)
+        GTEST_SKIP() << "needs two-byte characters";
+    // D5 5C is one character whose second byte looks like a backslash.
+    const auto path = JoinUnder(L"C:", "\xD5\x5C\\x");
+    ASSERT_TRUE(path);
+    EXPECT_EQ(6u, path->size());
+    EXPECT_EQ(std::nullopt, JoinUnder(L"C:", "x\x81/..\x81/x")) << "no valid text";
 }
 
 }  // namespace
