@@ -58,22 +58,19 @@ TEST_F(LumilogTest, WritesEachLineAtOnceWhileItIsSwitchedOn) {
 
 TEST_F(LumilogTest, LosesAndMixesNothingOfSeveralThreads) {
     Register(m_folder.Path() + "/");
-    Lines written;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
-        for (int i = 0; i < 250; ++i)
-            written.push_back("thread " + std::to_string(t) + " line " + std::to_string(i));
         threads.emplace_back([t] {
             for (int i = 0; i < 250; ++i)
-                Lumilog::_dout("Module", "thread %d line %d", t, i);
+                Lumilog::_dout("Module", "line %d", t * 250 + i);
         });
     }
     for (std::thread& thread : threads)
         thread.join();
-    Lines found = Messages();
-    std::sort(found.begin(), found.end());
-    std::sort(written.begin(), written.end());
-    EXPECT_EQ(found, written);
+    const Lines found = Messages();
+    EXPECT_EQ(found.size(), 1000U);
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(std::count(found.begin(), found.end(), "line " + std::to_string(i)), 1) << i;
 }
 
 TEST_F(LumilogTest, AFullFileMakesRoomForANewOne) {
@@ -81,8 +78,7 @@ TEST_F(LumilogTest, AFullFileMakesRoomForANewOne) {
     const std::string line(100, 'x');
     for (int i = 0; i < 400; ++i)
         Lumilog::_dout("Module", "%s %d", line.c_str(), i);
-    ASSERT_FALSE(Messages().empty());
-    EXPECT_EQ(Messages().back(), line + " 399");
+    EXPECT_EQ(Messages().at(Messages().size() - 1), line + " 399");
     for (const char* name : {"Module.log", "Module.1.log", "Module.2.log"}) {
         std::ifstream file(m_folder / name, std::ios::ate | std::ios::binary);
         ASSERT_TRUE(file) << name;
@@ -95,11 +91,9 @@ TEST_F(LumilogTest, AFolderThatCannotBeMadeAndAnUnknownModuleAreIgnored) {
     Register(m_folder.WriteFile("file", "") + "\\under a file");
     Lumilog::_dout("Module", "nowhere");
     Lumilog::SaveToFile("Module", true);
-    for (const char* unknown : {"Stranger", ""}) {
-        Lumilog::_dout(unknown, "dropped");
-        Lumilog::SaveToConsole(unknown, true);
-        Lumilog::UnRegister(unknown);
-    }
+    Lumilog::_dout("Stranger", "dropped");
+    Lumilog::SaveToConsole("Stranger", true);
+    Lumilog::UnRegister("Stranger");
     Lumilog::RegisterByModule({nullptr, nullptr});
 
     Register(m_folder.Path());  // a later registration of the same name works

@@ -33,11 +33,8 @@ TEST(SingleLock, HoldsFromTheCallOnUntilTheScopeEnds) {
         thrown->Delete();
     }
     EXPECT_TRUE(IsFree(section));
-
     CSingleLock lock(&section, TRUE);
-    EXPECT_TRUE(lock.Unlock());
-    EXPECT_FALSE(lock.IsLocked());
-    EXPECT_TRUE(IsFree(section));
+    EXPECT_TRUE(lock.Unlock() && !lock.IsLocked() && IsFree(section));
 }
 
 }  // namespace
