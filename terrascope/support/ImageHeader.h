@@ -22,7 +22,7 @@ enum class ImageFormat {
 
 /// An image's format and size in pixels, as its header states them. The size is 0 x 0 when the
 /// header has none, is cut off, or contradicts itself. For a GIF it is large enough for each of
-/// its frames.
+/// its frames, and 0 x 0 when they have more than kMaxImagePixels together.
 struct ImageHeader {
     ImageFormat format = ImageFormat::Unknown;
     std::uint32_t width = 0;
