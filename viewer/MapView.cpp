@@ -215,6 +215,10 @@ LRESULT CMapView::OnRepaint(WPARAM rect, LPARAM) {
     const std::unique_ptr<RECT> area(reinterpret_cast<RECT*>(rect));
     if (area != nullptr) {
         InvalidateRect(area.get(), FALSE);
+        // A window behind others gets no WM_PAINT, and an animation waits for each of its paints.
+        if (IsCovered()) {
+            Paint(*area);
+        }
     }
     ++m_statistics.repaints;
     m_statistics.lastRepaintMs = MillisecondsSince(m_llResetTime);
@@ -257,6 +261,12 @@ bool CMapView::SavePicture(const CString& file) {
     // All of it anew: the parts of a window that lie off the screen are never asked for.
     Paint(CRect(CPoint(0, 0), m_frame.Size()));
     return m_frame.SavePng(file);
+}
+
+bool CMapView::IsCovered() {
+    CClientDC dc(this);
+    CRect visible;
+    return ::GetClipBox(dc.GetSafeHdc(), &visible) == NULLREGION;
 }
 
 BOOL CMapView::OnEraseBkgnd(CDC*) {

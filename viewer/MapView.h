@@ -93,6 +93,7 @@ protected:
 
 private:
     void Paint(const CRect& area);
+    bool IsCovered();
     void EndPress();
     MapPoint Center();
     void NoteChange();
