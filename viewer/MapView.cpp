@@ -183,7 +183,8 @@ bool CMapView::PointUnderMouse(MapPoint& point) {
 }
 
 bool CMapView::IsQuiet() {
-    return !GetUpdateRect(nullptr, FALSE) && MillisecondsSince(m_llChangeTime) >= kQuietMs &&
+    return (!GetUpdateRect(nullptr, FALSE) || IsCovered()) &&
+           MillisecondsSince(m_llChangeTime) >= kQuietMs &&
            (m_display == nullptr || !m_display->IsSwitchingLayer());
 }
 
