@@ -120,6 +120,25 @@ TEST(IniFile, AsksTheSystemForEveryValue) {
     EXPECT_EQ(folder.Read("a.ini"), "");
 }
 
+// What one kind writes the other reads, from the same file, to and fro.
+TEST(IniFile, SharesItsFileWithTheOneInMemory) {
+    const TempFolder folder;
+    const CString path = folder.Path("shared.ini");
+    for (int round = 0; round < 3; ++round) {
+        CIniFile disk(path);
+        disk.WriteInteger("disk", CString("k") + char('0' + round), round);
+        disk.UpdateFile();
+
+        CMemIniFile memory(path, true);
+        EXPECT_EQ(memory.ReadInteger("disk", CString("k") + char('0' + round), -1), round);
+        memory.WriteDateTime("memory", "when", CTime(2024, 5, 6, 7, 8, round));
+        memory.UpdateFile();  // with CR CR LF at the lines' ends
+        EXPECT_TRUE(disk.ReadDateTime("memory", "when", CTime()) == CTime(2024, 5, 6, 7, 8, round));
+        EXPECT_EQ(disk.ReadSections(), (Names{"disk", "memory"}));
+    }
+    EXPECT_EQ(CMemIniFile(path, true).ReadSection("disk"), (Names{"k0", "k1", "k2"}));
+}
+
 TEST(IniFile, LooksForRelativeNamesBesideTheProgram) {
     const CString name = CreateGuidString();
     const CMemIniFile file(name, true);
