@@ -43,12 +43,17 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
     const CSize logical(DeviceToLogical(static_cast<int>(view.cx), factor),
                         DeviceToLogical(static_cast<int>(view.cy), factor));
     CPoint corner;
-    if (source.Size() == view && IsPixelExact(dc, logical, view, corner)) {
-        const CDeviceUnits units(dc);
-        bitmap.CopyTo(dc, corner, source);
-    } else {
+    if (!IsPixelExact(dc, logical, view, corner)) {
         bitmap.DrawTo(dc, {0, 0, logical.cx, logical.cy}, source);
+        return;
     }
+    // In device units a scaled picture, too, begins at the first pixel: by the logical ones it
+    // would begin a rounding error later, and leave a line of background.
+    const CDeviceUnits units(dc);
+    if (source.Size() == view)
+        bitmap.CopyTo(dc, corner, source);
+    else
+        bitmap.DrawTo(dc, {corner.x, corner.y, view.cx, view.cy}, source);
 }
 
 }  // namespace Terrascope
