@@ -41,7 +41,7 @@ check() {
 }
 # each COMMAND...: reads file names, runs the command once for each, on all processors.
 each() {
-    xargs -r -d '\n' -n 1 -P "$(nproc)" "$@"
+    sed '/^$/d' | xargs -r -d '\n' -n 1 -P "$(nproc)" "$@"
 }
 
 # --- clang reads the sources with the flags of the cross build ---
