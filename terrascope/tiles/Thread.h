@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "terrascope/support/LiveCount.h"
+
 namespace Terrascope {
 
 /// Base of every worker thread: one operating-system thread and one named manual-reset event that
@@ -14,7 +16,7 @@ namespace Terrascope {
 /// Ends:    Stop waits at most 10 s. A body that does not end by then goes on running with its
 ///          handles kept; the object must then outlive it (IsFinished tells).
 ///          A derived class must call Stop in its own destructor: here its Run is gone already.
-class CThread {
+class CThread : public CLiveCount<CThread> {
 public:
     CThread() = default;
     CThread(const CThread&) = delete;

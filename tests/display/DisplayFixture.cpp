@@ -77,6 +77,7 @@ Display::~Display() {
     Pump();
     EXPECT_EQ(CLiveCount<CTile2>::Live(), 0);
     EXPECT_EQ(CLiveCount<CMapBitmap>::Live(), 0);
+    EXPECT_EQ(CLiveCount<CThread>::Live(), 0) << "with its thread and its event";
     EXPECT_EQ(script->LiveProviders(), 0);
 }
 
