@@ -105,7 +105,7 @@ check_tidy() {
     for flag in "${target_flags[@]}"; do before+=("--extra-arg-before=$flag"); done
     for flag in "${lock_flags[@]}"; do before+=("--extra-arg=$flag"); done
     # The tests' macros are beyond these rules.
-    printf '%s\n' "${sources[@]}" | grep -v '^tests/' | each sh -c '
+    printf '%s\n' "${sources[@]}" | sed '/^tests\//d; /^$/d' | each sh -c '
         for file; do :; done
         output=$(clang-tidy-14 --quiet "$@" 2>&1) && exit 0
         printf "%s:\n%s\n" "$file" "$output" | grep -vE "^[0-9]+ warnings? |^Suppressed |^Use -"
@@ -115,7 +115,7 @@ check_tidy() {
 # Suppressed: it does not know va_copy; the calls of an own virtual function in a constructor and a
 # destructor are meant to be the class's own; a memory stream's assignment copies the content alone.
 check_cppcheck() {
-    printf '%s\n' "${sources[@]}" | grep -v '^tests/' | cppcheck --file-list=- -j "$(nproc)" -q \
+    printf '%s\n' "${sources[@]}" | sed '/^tests\//d; /^$/d' | xargs -r -d '\n' cppcheck -j "$(nproc)" -q \
         --std=c++20 --platform=win64 --library=windows --enable=warning,performance,portability \
         --suppress=missingInclude --suppress=unknownMacro \
         --suppress=va_list_usedBeforeStarted --suppress=virtualCallInConstructor \
