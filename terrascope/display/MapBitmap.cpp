@@ -1,7 +1,6 @@
 #include "terrascope/display/MapBitmap.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 
 namespace Terrascope {
@@ -9,11 +8,6 @@ namespace Terrascope {
 namespace {
 
 constexpr std::uint32_t kPanGrey = 0xFF808080;
-
-std::uint64_t NextSerial() {
-    static std::atomic<std::uint64_t> last{0};
-    return ++last;
-}
 
 }  // namespace
 
@@ -58,7 +52,6 @@ bool CMapBitmap::Allocate(CSize size, CSize slack) {
     m_pixels = static_cast<std::uint32_t*>(bits);
     m_size = size;
     m_capacity = CSize(static_cast<int>(width), static_cast<int>(height));
-    m_corner.surface = NextSerial();
     return true;
 }
 
@@ -91,30 +84,13 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
             moveRow(y);
     }
 
-    const bool transparentKept = m_opaque != CRect(0, 0, m_size.cx, m_size.cy);
-    const CRect oldOpaque = m_opaque;
     m_size = newSize;
-    m_corner.x += dx;
-    m_corner.y += dy;
-    FillGrey({0, 0, newSize.cx, kept.top});
-    FillGrey({0, kept.bottom, newSize.cx, newSize.cy});
-    FillGrey({0, kept.top, kept.left, kept.bottom});
-    FillGrey({kept.right, kept.top, newSize.cx, kept.bottom});
-    if (transparentKept) {
-        // The ground under transparent parts is grey too, as if the old picture were drawn on it.
-        for (int y = kept.top; y < kept.bottom; ++y) {
-            std::uint32_t* row = m_pixels + std::int64_t{y} * m_capacity.cx;
-            const bool known = y >= oldOpaque.top - dy && y < oldOpaque.bottom - dy;
-            const int knownLeft =
-                known ? std::clamp<int>(oldOpaque.left - dx, kept.left, kept.right) : kept.right;
-            const int knownRight =
-                known ? std::clamp<int>(oldOpaque.right - dx, knownLeft, kept.right) : kept.right;
-            const auto ground = [](std::uint32_t pixel) { return pixel == 0; };
-            std::replace_if(row + kept.left, row + knownLeft, ground, kPanGrey);
-            std::replace_if(row + knownRight, row + kept.right, ground, kPanGrey);
-        }
+    // The ground is grey from here on, as if the old picture were drawn on a grey one.
+    m_painted.Move(-dx, -dy, kept);
+    for (const CRect& bare : m_painted.Missing(Bounds())) {
+        FillGrey(bare);
     }
-    m_opaque = CRect(0, 0, newSize.cx, newSize.cy);
+    m_painted.Add(Bounds());
     return true;
 }
 
@@ -129,40 +105,24 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
                     static_cast<std::size_t>(m_size.cx) * sizeof(std::uint32_t));
     }
     copy->m_size = m_size;
-    copy->m_opaque = m_opaque;
+    for (const CRect& part : m_painted.Within(Bounds())) {
+        copy->m_painted.Add(part);
+    }
     return copy;
 }
 
 CTileCanvas CMapBitmap::Canvas() {
-    return {{m_pixels, m_size.cx, m_size.cy, m_capacity.cx}, m_corner};
-}
-
-void CMapBitmap::AddOpaque(const CRect& rect) {
-    CRect part;
-    if (!part.IntersectRect(&rect, CRect(0, 0, m_size.cx, m_size.cy)))
-        return;
-    // One rectangle is kept: the larger of the known and the new.
-    const auto area = [](const CRect& r) { return std::int64_t{r.Width()} * r.Height(); };
-    if (area(part) > area(m_opaque))
-        m_opaque = part;
+    return {{m_pixels, m_size.cx, m_size.cy, m_capacity.cx}, m_painted};
 }
 
 void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
     CRect part;
-    if (!part.IntersectRect(&from, CRect(0, 0, m_size.cx, m_size.cy)))
+    if (!part.IntersectRect(&from, Bounds())) {
         return;
-    const int x = to.x + (part.left - from.left);
-    const int y = to.y + (part.top - from.top);
-    const HDC target = dc.GetSafeHdc();
-    CRect known;
-    if (known.IntersectRect(&part, &m_opaque) && known == part) {
-        ::BitBlt(target, x, y, part.Width(), part.Height(), m_memoryDc, part.left, part.top,
-                 SRCCOPY);
-    } else {
-        // Pixels are opaque or all zero, so it does not matter that these are not premultiplied.
-        const BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-        ::AlphaBlend(target, x, y, part.Width(), part.Height(), m_memoryDc, part.left, part.top,
-                     part.Width(), part.Height(), blend);
+    }
+    for (const CRect& opaque : m_painted.Within(part)) {
+        ::BitBlt(dc.GetSafeHdc(), to.x + opaque.left - from.left, to.y + opaque.top - from.top,
+                 opaque.Width(), opaque.Height(), m_memoryDc, opaque.left, opaque.top, SRCCOPY);
     }
     // Windows collects GDI calls; the bits may be written as soon as the caller's lock is free.
     ::GdiFlush();
@@ -182,8 +142,6 @@ void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
 }
 
 void CMapBitmap::FillGrey(const CRect& rect) {
-    if (rect.left >= rect.right)
-        return;
     for (int y = rect.top; y < rect.bottom; ++y) {
         std::uint32_t* row = m_pixels + std::int64_t{y} * m_capacity.cx;
         std::fill(row + rect.left, row + rect.right, kPanGrey);

@@ -7,6 +7,7 @@
 
 #include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/LiveCount.h"
+#include "terrascope/tiles/PaintedArea.h"
 #include "terrascope/tiles/TileCanvas.h"
 
 namespace Terrascope {
@@ -14,7 +15,8 @@ namespace Terrascope {
 /// The off-screen picture of the map: 32 bits per pixel with alpha, on the bits of a DIB section,
 /// so that tiles are copied in, GDI copies it out at full speed, and GDI+ can scale it.
 ///
-/// Each pixel is either fully opaque or all zero (transparent): tiles and fills are opaque.
+/// Each pixel is either fully opaque or all zero (transparent): tiles and fills are opaque. Which
+/// of them are is what the painted area holds, and nothing else.
 ///
 /// Units:   pixels; (0, 0) is the top-left corner, y downwards.
 /// Owns:    the DIB section and a memory device context.
@@ -44,10 +46,6 @@ public:
     /// The bitmap as tiles paint on it.
     CTileCanvas Canvas();
 
-    /// Says that a rectangle is covered with opaque pixels, beside what is known to be.
-    void AddOpaque(const CRect& rect);
-    const CRect& Opaque() const { return m_opaque; }
-
     /// Copies a rectangle pixel for pixel to a place in device units of `dc`. What lies outside
     /// the bitmap or is transparent leaves the background as it is.
     void CopyTo(CDC& dc, CPoint to, const CRect& from);
@@ -59,11 +57,11 @@ private:
     CMapBitmap() = default;
     bool Allocate(CSize size, CSize slack);
     void FillGrey(const CRect& rect);
+    CRect Bounds() const { return CRect(0, 0, m_size.cx, m_size.cy); }
 
     CSize m_size{0, 0};
     CSize m_capacity{0, 0};
-    CRect m_opaque{0, 0, 0, 0};
-    PaintMark m_corner;  ///< of a picture at (0, 0)
+    CPaintedArea m_painted;
     HBITMAP m_section = nullptr;
     HDC m_memoryDc = nullptr;
     HGDIOBJ m_formerBitmap = nullptr;

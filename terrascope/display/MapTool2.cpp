@@ -8,8 +8,9 @@ namespace Terrascope {
 void CMapTool2::OnMouseMove(UINT, CPoint) {}
 
 void CMapTool2::OnLButtonDown(UINT, CPoint point) {
-    if (!IsOnMap(point))
+    if (!IsOnMap(point)) {
         return;
+    }
     m_downPoint = point;
     m_pressed = true;
 }
@@ -24,18 +25,17 @@ BOOL CMapTool2::OnSetCursor() {
 }
 
 bool CMapTool2::IsOnMap(CPoint point) const {
-    return m_display && !m_display->IsPointOutside(point);
+    return m_display != nullptr && !m_display->IsPointOutside(point);
 }
 
-void CMapTool2::ZoomAt(CPoint point) const {
-    if (!IsOnMap(point))
+void CMapTool2::ZoomAt(CPoint point) {
+    if (!IsOnMap(point)) {
         return;
-    int x = point.x;
-    int y = point.y;
-    double mapX = 0.0;
-    double mapY = 0.0;
-    m_display->DeviceToMapInt(&x, &y, &mapX, &mapY, 0);
-    m_display->ZoomAt({static_cast<float>(mapX), static_cast<float>(mapY)});
+    }
+    const PointD map = DeviceToMap(m_display->View(),
+                                   {static_cast<double>(point.x), static_cast<double>(point.y)});
+    m_display->ZoomAt({static_cast<float>(map.x), static_cast<float>(map.y)},
+                      static_cast<MapToolKind>(GetToolType()));
 }
 
 BOOL CMapTool2::SetCursorFromResource(UINT id) {

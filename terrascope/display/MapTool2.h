@@ -39,8 +39,8 @@ protected:
     /// Whether a point lies in the map and in the view.
     bool IsOnMap(CPoint point) const;
 
-    /// Zooms one layer at a point, in the direction of the current tool.
-    void ZoomAt(CPoint point) const;
+    /// Zooms one layer at a point, in this tool's direction.
+    void ZoomAt(CPoint point);
 
     /// Sets a cursor from the resources of the library.
     static BOOL SetCursorFromResource(UINT id);

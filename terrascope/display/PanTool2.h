@@ -1,6 +1,7 @@
 #pragma once
 
 #include "terrascope/display/MapTool2.h"
+#include "terrascope/display/ViewGeometry.h"
 
 namespace Terrascope {
 
@@ -18,7 +19,7 @@ public:
 
 private:
     /// The shift that the map's edges permit.
-    CSize PermittedShift(CSize shift) const;
+    static CSize PermittedShift(const Viewport& view, CSize shift);
 
     CPoint m_lastPoint{0, 0};
 };

@@ -1,7 +1,7 @@
 // The display's life, its slots, and what the other sources of the class share.
 #include "terrascope/display/Terrascope2.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "terrascope/display/CenterPointAdjuster2.h"
@@ -12,7 +12,10 @@
 namespace Terrascope {
 
 CTerrascope2::CTerrascope2(CSize viewSize, CWnd* window, double scale)
-    : m_window(window), m_windowHandle(window ? window->GetSafeHwnd() : nullptr), m_scale(scale) {
+    : m_host(window),
+      m_scale(scale),
+      m_switch(*this,
+               window != nullptr ? [this] { PostRepaintOfView(); } : CLayerSwitch::Repaint()) {
     SetViewSize(viewSize);
     m_toolFactory = std::make_unique<CMapTool2Factory>(this);
     m_tool = m_toolFactory->GetTool(static_cast<int>(MapToolKind::Pan));
@@ -26,25 +29,22 @@ CTerrascope2::CTerrascope2(CSize viewSize, CWnd* window, double scale)
 CTerrascope2::~CTerrascope2() {
     m_tool = nullptr;
     {
-        CSingleLock tiles(&m_tileLock, TRUE);
-        m_tiles.clear();
-        CSingleLock bitmap(&m_bitmapLock, TRUE);
-        m_bitmap.reset();
+        CSingleLock tiles(&m_tiles.Lock(), TRUE);
+        m_tiles.Clear();
+        m_picture.Clear();
     }
     m_queue.reset();
     m_toolFactory.reset();
-    m_switchThread.reset();
+    m_switch.Stop();
 
-    CSingleLock tiles(&m_tileLock, TRUE);
-    m_zoomInTiles.clear();
-    m_zoomOutTiles.clear();
-    CSingleLock switchLock(&m_switch.lock, TRUE);
-    m_switch.oldBitmap.reset();
+    CSingleLock tiles(&m_tiles.Lock(), TRUE);
+    m_tiles.ClearPrepared();
 }
 
 void CTerrascope2::OnMouseMove(UINT flags, CPoint point) {
-    if (CMapTool2* tool = Tool())
+    if (CMapTool2* tool = Tool()) {
         tool->OnMouseMove(flags, point);
+    }
 }
 
 void CTerrascope2::OnLButtonDown(UINT flags, CPoint point) {
@@ -59,6 +59,8 @@ void CTerrascope2::OnLButtonUp(UINT flags, CPoint point) {
         m_queue->Resume();
         tool->OnLButtonUp(flags, point);
     }
+    m_host.Refresh();
+    m_host.PostWithheld();
 }
 
 void CTerrascope2::SetViewOrigin(CPoint origin) {
@@ -76,11 +78,14 @@ void CTerrascope2::SetViewSize(CSize size) {
 
 BOOL CTerrascope2::OnSetCursor(CWnd*, UINT, UINT) {
     CMapTool2* tool = Tool();
-    return tool ? tool->OnSetCursor() : FALSE;
+    return tool != nullptr ? tool->OnSetCursor() : FALSE;
 }
 
 CMapTool2* CTerrascope2::SetTool(UINT kind) {
     m_tool = m_toolFactory->GetTool(static_cast<int>(kind));
+    if (!IsDragging()) {
+        m_host.PostWithheld();  // the former tool may never see its button come up
+    }
     return Tool();
 }
 
@@ -131,8 +136,9 @@ BOOL CTerrascope2::OpenMap(const CString& mapName) {
 }
 
 BOOL CTerrascope2::SetLayer(UINT layerNumber) {
-    if (!LoadLayer(static_cast<int>(layerNumber)))
+    if (!LoadLayer(static_cast<int>(layerNumber))) {
         return FALSE;
+    }
     // The y of the middle starts from x0, not y0. Hosts expect the centre that results; SetCenter
     // corrects it only as far as its clamping reaches.
     const double x = m_map.dLongitudeStart + m_map.dLongitude * 0.5;
@@ -160,22 +166,21 @@ BOOL CTerrascope2::DeviceRectToMap(const CRect& rect, double* left, double* top,
                                    double* bottom) {
     int x = rect.left;
     int y = rect.top;
-    if (!DeviceToMapInt(&x, &y, left, top, 0))
+    if (!DeviceToMapInt(&x, &y, left, top, 0)) {
         return FALSE;
+    }
     x = rect.right;
     y = rect.bottom;
     return DeviceToMapInt(&x, &y, right, bottom, 0) ? TRUE : FALSE;
 }
 
-bool CTerrascope2::IsPointOutside(CPoint point) {
-    int x = point.x;
-    int y = point.y;
-    PointD map;
-    DeviceToMapInt(&x, &y, &map.x, &map.y, 0);
+bool CTerrascope2::IsPointOutside(CPoint point) const {
     const Viewport view = View();
+    const PointD map = Terrascope::DeviceToMap(view, {double(point.x), double(point.y)});
     if (map.x < view.extent.x0 || map.x > view.extent.Right() || map.y < view.extent.y0 ||
-        map.y > view.extent.Top())
+        map.y > view.extent.Top()) {
         return true;
+    }
     return !CRect(view.origin, view.size).PtInRect(point);
 }
 
@@ -212,41 +217,32 @@ void CTerrascope2::SetCurrentLayer(const CTileLayer2& layer) {
     m_view.tileCount = CSize(layer.nTileCountX, layer.nTileCountY);
 }
 
-// The window's handle is taken when the display is made, or, for a window that was created later,
-// at the first call on the user-interface thread that wants it: the host may delete the CWnd while
-// a loading thread posts.
-void CTerrascope2::NoteHostWindow() {
-    if (!m_windowHandle && m_window)
-        m_windowHandle = m_window->GetSafeHwnd();
+// Keys do not name their map: the tiles of the former one must not be taken for the new one's.
+void CTerrascope2::ForgetFormerMap() {
+    {
+        CSingleLock tiles(&m_tiles.Lock(), TRUE);
+        m_tiles.Clear();
+        m_tiles.ClearPrepared();
+        m_queue->Clear();
+    }
+    m_picture.Forget();
+    m_switch.End();  // its picture is of the former map
+    m_refusalLogged = false;
 }
 
-void CTerrascope2::PostRepaint(CRect rect, bool moveByOrigin) {
-    if (!m_windowHandle)
-        return;
-    if (moveByOrigin)
-        rect.OffsetRect(View().origin);
-    auto message = std::make_unique<RECT>(rect);
-    if (::PostMessage(m_windowHandle, kRepaintMessage, reinterpret_cast<WPARAM>(message.get()), 0))
-        message.release();  // The host deletes it.
+void CTerrascope2::PostRepaintOfView() {
+    const Viewport view = View();
+    m_host.PostRepaintOfView(CRect(view.origin, view.size));
 }
 
 bool CTerrascope2::IsPanTool() const {
     CMapTool2* tool = Tool();
-    return tool && tool->GetToolType() == static_cast<int>(MapToolKind::Pan);
+    return tool != nullptr && tool->GetToolType() == static_cast<int>(MapToolKind::Pan);
 }
 
 bool CTerrascope2::IsDragging() const {
     const CMapTool2* tool = Tool();
-    return tool && tool->IsPressed();
-}
-
-CPoint CTerrascope2::MapToDevicePixels(double mapX, double mapY) {
-    int x = 0;
-    int y = 0;
-    DeviceToMapInt(&x, &y, &mapX, &mapY, 1);
-    // Far enough for any screen, and safe to calculate with.
-    constexpr int kFar = 1 << 28;
-    return {std::clamp(x, -kFar, kFar), std::clamp(y, -kFar, kFar)};
+    return tool != nullptr && tool->IsPressed();
 }
 
 }  // namespace Terrascope

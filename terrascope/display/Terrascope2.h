@@ -4,41 +4,25 @@
 #include <afxwin.h>
 
 #include <atomic>
-#include <map>
 #include <memory>
+#include <optional>
 
 #include "ThreadAnnotations.h"
+#include "terrascope/display/HostWindow.h"
 #include "terrascope/display/ILayerSwitchTool.h"
 #include "terrascope/display/ITerrascope.h"
-#include "terrascope/display/LayerSwitchThread.h"
-#include "terrascope/display/MapBitmap.h"
+#include "terrascope/display/LayerSwitch.h"
+#include "terrascope/display/MapPicture.h"
 #include "terrascope/display/MapTool2Factory.h"
+#include "terrascope/display/TileSet.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/support/GdiplusSession.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
-#include "terrascope/tiles/Tile2.h"
 #include "terrascope/tiles/TileLayer2.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
 namespace Terrascope {
-
-/// What a layer switch does with the view.
-enum class SwitchMode { None = 0, ZoomIn = 1, ZoomOut = 2 };
-
-/// The moment before a layer switch, shown while the switch is animated.
-struct LayerSwitchState {
-    std::atomic<bool> switching{false};
-    std::atomic<bool> painted{true};  ///< the host has painted the last step
-    CCriticalSection lock;
-    SwitchMode mode GUARDED_BY(lock) = SwitchMode::None;
-    double targetFactor GUARDED_BY(lock) = 1.0;
-    double currentFactor GUARDED_BY(lock) = 1.0;
-    std::unique_ptr<CMapBitmap> oldBitmap GUARDED_BY(lock);
-    CPointF oldBitmapOrigin GUARDED_BY(lock);
-    CPointF oldCenter GUARDED_BY(lock);
-    CTileLayer2 oldLayer GUARDED_BY(lock);
-};
 
 /// The one implementation of ITerrascope: a map, its current layer, the tiles about the view, and
 /// the off-screen bitmap into which they are painted.
@@ -47,12 +31,11 @@ struct LayerSwitchState {
 /// Borrows: the host window. Only its handle is used, so it may be destroyed first.
 /// Threads: all of ITerrascope on the user-interface thread; OnTileLoaded on the loading threads;
 ///          Step on the switch thread. The last two never touch the window, they post to it.
-/// Locks:   tile lock -> bitmap lock -> switch lock -> view lock, in this order. The tile lock
-///          guards the tiles; the bitmap lock the current bitmap and its origin; the switch lock
-///          the switch state; the view lock the numbers of the viewport, is held only to copy
-///          them. The queue's own lock may be taken under any of them. Members without a lock
-///          belong to the user-interface thread. Tiles are decoded and painted under the tile and
-///          bitmap locks.
+/// Locks:   tile lock -> bitmap lock -> switch lock -> view lock, in this order. The tile set, the
+///          picture and the layer switch have one each; the view lock guards the numbers of the
+///          viewport and is held only to copy them. The queue's own lock may be taken under any of
+///          them. Members without a lock belong to the user-interface thread. Tiles are decoded and
+///          painted under the tile and bitmap locks.
 /// Ends:    the destructor; its order is written there.
 class CTerrascope2 : public ITerrascope, public ITileLoadedSlot, public ILayerSwitchTool {
 public:
@@ -77,7 +60,7 @@ public:
     BOOL SetLayer(UINT layerNumber) override;
     void SetCenter(const CPointF& point) override;
     BOOL Reserved2() override { return TRUE; }
-    bool IsSwitchingLayer() override { return m_switch.switching; }
+    bool IsSwitchingLayer() override { return m_switch.IsRunning(); }
     int GetLayer() override { return m_layer.nLayerNumber; }
     CString GetMapName() override { return m_map.strName; }
     BOOL GetMapExtent(double* left, double* top, double* right, double* bottom) override;
@@ -85,19 +68,21 @@ public:
                          double* bottom) override;
 
     void OnTileLoaded(tagTILE_IMAGE* image) override;
+    void OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) override;
     bool Step() override;
 
     // For the tools.
 
-    /// Starts an animated switch to the next layer in the current tool's direction, about a map
-    /// point. 0 when a switch is running or there is no further layer.
-    int ZoomAt(CPointF point);
+    /// Starts an animated switch to the next layer in the direction of a zoom tool, about a map
+    /// point. 0 when a switch is running or there is no further layer; 1 and nothing else for a
+    /// tool that does not zoom.
+    int ZoomAt(CPointF point, MapToolKind tool);
 
     /// Makes the tiles of the load region, drops the others, and renders the bitmap anew.
     void RefreshTiles();
 
     /// Whether a device point lies off the map or off the view.
-    bool IsPointOutside(CPoint point);
+    bool IsPointOutside(CPoint point) const;
 
     /// The centre as it is, without clamping, refreshing or repainting.
     void StoreCenter(const CPointF& point);
@@ -105,65 +90,41 @@ public:
     Viewport View() const;
 
 private:
-    using TileMap = std::map<CString, std::unique_ptr<CTile2>>;
-
     // Terrascope2.cpp
     bool LoadLayer(int layerNumber);
     void SetCurrentLayer(const CTileLayer2& layer);
-    void NoteHostWindow();
-    void PostRepaint(CRect rect, bool moveByOrigin);
+    void ForgetFormerMap();
+    void PostRepaintOfView();
     CMapTool2* Tool() const { return m_tool; }
     bool IsPanTool() const;
     bool IsDragging() const;
-    CPoint MapToDevicePixels(double mapX, double mapY);
 
-    // Terrascope2TileSet.cpp
-    static CString KeyOf(int column, int row, int layerNumber);
-    void ForgetFormerMap();
-    void TakePreparedTilesLocked(TileMap& prepared) REQUIRES(m_tileLock);
-    void RenderLocked() REQUIRES(m_tileLock);
-    void PrepareBitmapLocked(const Viewport& view, const TileRange& range, const CPointF& origin)
-        REQUIRES(m_tileLock, m_bitmapLock);
-    bool ScrollBitmapLocked(CSize size, CSize slack, const CPointF& origin)
-        REQUIRES(m_tileLock, m_bitmapLock);
-    void PaintVisibleTilesLocked(const Viewport& view) REQUIRES(m_tileLock, m_bitmapLock);
+    // Terrascope2Tiles.cpp
+    void LogRefusal(const TileRange& range);
+    /// `request` may be null: then the record is current.
+    void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request);
+    /// The rectangle of the tile in the host window; nothing when it is not wanted any more.
+    std::optional<CRect> GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
+                                    const tagTILE_LOAD_REQUEST* request);
 
-    // Terrascope2Painting.cpp
-    bool DrawSwitch(CDC& dc);
-    void DrawAtRest(CDC& dc);
-    void PaintBitmap(CDC& dc, CMapBitmap& bitmap, const PaintMoment& moment);
-
-    // Terrascope2LayerSwitch.cpp
-    void BeginLayerSwitch();
-    double ZoomFactorOf(int layerNumber);
-    void PrepareFinerTiles();
-    void PrepareCoarserTiles();
-    void FinishSwitchLocked() REQUIRES(m_switch.lock);
+    // Terrascope2Zoom.cpp
+    void BeginLayerSwitch(SwitchMode mode, const tagTILE_MAP_LAYER_INFO* next);
+    void PrepareTiles(SwitchMode mode, const tagTILE_MAP_LAYER_INFO& next);
 
     const CGdiplusSession m_gdiplus;  ///< first in, last out: all below holds GDI+ objects
 
-    std::unique_ptr<CLayerSwitchThread> m_switchThread;
-    LayerSwitchState m_switch;
-
-    std::unique_ptr<CMapBitmap> m_bitmap GUARDED_BY(m_bitmapLock);
-    CPointF m_bitmapOrigin GUARDED_BY(m_bitmapLock);
-    /// The layer, by number and tile count, that the bitmap shows.
-    CTileLayer2 m_bitmapLayer GUARDED_BY(m_bitmapLock);
-    CCriticalSection m_bitmapLock ACQUIRED_AFTER(m_tileLock);
-
-    CWnd* const m_window;
-    std::atomic<HWND> m_windowHandle;
+    CHostWindow m_host;
     const double m_scale;
     tagTILE_MAP_INFO m_map;  ///< the open map; the default record until one is opened
     CTileLayer2 m_layer;
+    bool m_refusalLogged = false;  ///< of this map: a region of too many tiles
     CTileMapInfoProviderWrapper m_provider;
     std::unique_ptr<CTileLoadQueue2> m_queue;
 
-    TileMap m_tiles GUARDED_BY(m_tileLock);
-    TileMap m_zoomInTiles GUARDED_BY(m_tileLock);
-    TileMap m_zoomOutTiles GUARDED_BY(m_tileLock);
+    CTileSet m_tiles;
+    CMapPicture m_picture;
+    CLayerSwitch m_switch;
     Viewport m_view GUARDED_BY(m_viewLock);
-    CCriticalSection m_tileLock;
     mutable CCriticalSection m_viewLock;
 
     std::unique_ptr<CMapTool2Factory> m_toolFactory;

@@ -9,8 +9,9 @@ namespace Terrascope {
 
 namespace {
 
-/// More tiles than any screen shows: a layer of tiny tiles must not fill the memory.
-constexpr double kMostTiles = 65536;
+/// More tiles than a screen of 7680 x 4320 pixels shows of 16 pixels each: a layer of tiny tiles
+/// must not fill the memory.
+constexpr double kMostTiles = 400000;
 
 /// The first whole tile beyond `end` tiles, cut to five decimal places before it is rounded up.
 double EndTile(double end) {
@@ -32,8 +33,9 @@ PointD DeviceToMap(const Viewport& view, PointD device) {
 }
 
 PointD MapToDevice(const Viewport& view, PointD map) {
-    if (!view.resolution.IsUsable())
+    if (!view.resolution.IsUsable()) {
         return {static_cast<double>(view.origin.x), static_cast<double>(view.origin.y)};
+    }
     const int halfWidth = view.size.cx / 2;
     const int halfHeight = view.size.cy / 2;
     const Resolution& r = view.resolution;
@@ -41,18 +43,29 @@ PointD MapToDevice(const Viewport& view, PointD map) {
             (halfHeight * r.y + view.center.y - map.y) / r.y + view.origin.y};
 }
 
-CPoint MapCornerPosition(const Viewport& view) {
-    if (!view.resolution.IsUsable())
-        return {0, 0};
-    const int halfWidth = view.size.cx / 2;
-    const int halfHeight = view.size.cy / 2;
-    return {TruncateToInt(halfWidth - (view.center.x - view.extent.x0) / view.resolution.x),
-            TruncateToInt(halfHeight - (view.extent.Top() - view.center.y) / view.resolution.y)};
+CPoint MapToDevicePixels(const Viewport& view, PointD map) {
+    const PointD device = MapToDevice(view, map);
+    return {TruncateToInt(std::clamp<double>(device.x, -kFarPixels, kFarPixels)),
+            TruncateToInt(std::clamp<double>(device.y, -kFarPixels, kFarPixels))};
 }
 
-CSize LayerPixelSize(const Viewport& view) {
-    return {TruncateToInt(static_cast<double>(view.tileSize.cx) * view.tileCount.cx),
-            TruncateToInt(static_cast<double>(view.tileSize.cy) * view.tileCount.cy)};
+LayerPlace PlaceOfLayer(const Viewport& view) {
+    if (!view.resolution.IsUsable()) {
+        return {};
+    }
+    const int halfWidth = view.size.cx / 2;
+    const int halfHeight = view.size.cy / 2;
+    const double left =
+        std::trunc(halfWidth - (view.center.x - view.extent.x0) / view.resolution.x);
+    const double top =
+        std::trunc(halfHeight - (view.extent.Top() - view.center.y) / view.resolution.y);
+    const double width = static_cast<double>(view.tileSize.cx) * view.tileCount.cx;
+    const double height = static_cast<double>(view.tileSize.cy) * view.tileCount.cy;
+    const auto bounded = [](double edge) {
+        return TruncateToInt(std::clamp<double>(edge, -kFarPixels, kFarPixels));
+    };
+    const CPoint corner(bounded(left), bounded(top));
+    return {corner, CSize(bounded(left + width) - corner.x, bounded(top + height) - corner.y)};
 }
 
 MapRegion RegionAround(const Viewport& view, double factor) {
@@ -69,8 +82,9 @@ MapRegion RegionAround(const Viewport& view, double factor) {
 TileRange TileRangeOf(const Viewport& view, const MapRegion& region) {
     const double tileWidth = view.tileSize.cx * view.resolution.x;
     const double tileHeight = view.tileSize.cy * view.resolution.y;
-    if (!(tileWidth > 0.0) || !(tileHeight > 0.0))
+    if (!(tileWidth > 0.0) || !(tileHeight > 0.0)) {
         return {};
+    }
 
     // The far edges are added in single precision, as the region is kept.
     const float right = region.left + region.width;
@@ -87,16 +101,32 @@ TileRange TileRangeOf(const Viewport& view, const MapRegion& region) {
         std::min(EndTile((top - bottom) / tileHeight), static_cast<double>(view.tileCount.cy));
     const double columns = endColumn - firstColumn;
     const double rows = endRow - firstRow;
-    if (!(columns > 0.0) || !(rows > 0.0) || columns * rows > kMostTiles)
+    if (!(columns > 0.0) || !(rows > 0.0)) {
         return {};
+    }
+    if (columns * rows > kMostTiles) {
+        return {.refused = true};
+    }
     return {BoundedPixels(firstColumn), BoundedPixels(firstRow), BoundedPixels(columns),
             BoundedPixels(rows)};
 }
 
+CSize PixelSizeOf(const Viewport& view, const TileRange& range) {
+    if (range.IsEmpty()) {
+        return {0, 0};
+    }
+    const auto bounded = [](double size) {
+        return TruncateToInt(std::clamp<double>(size, 0.0, kFarPixels));
+    };
+    return {bounded(static_cast<double>(view.tileSize.cx) * range.columnCount),
+            bounded(static_cast<double>(view.tileSize.cy) * range.rowCount)};
+}
+
 CRect SourceRectangle(const PaintMoment& moment, CSize viewSize) {
     const Resolution& r = moment.resolution;
-    if (!r.IsUsable() || viewSize.cx <= 0 || viewSize.cy <= 0)
+    if (!r.IsUsable() || viewSize.cx <= 0 || viewSize.cy <= 0) {
         return {0, 0, 0, 0};
+    }
 
     // A target factor of 1 has no way to go: it is the view at rest.
     const double a = moment.targetFactor;
@@ -120,8 +150,9 @@ CRect SourceRectangle(const PaintMoment& moment, CSize viewSize) {
     const int x = BoundedPixels(std::trunc(moment.shift.x / r.x) * k) - sourceWidth / 2 + centerX;
     const int y = centerY - sourceHeight / 2 + BoundedPixels(std::trunc(-moment.shift.y / r.y) * k);
     // A rectangle of no size has nothing to show; a negative one would be drawn mirrored.
-    if (sourceWidth <= 0 || sourceHeight <= 0)
+    if (sourceWidth <= 0 || sourceHeight <= 0) {
         return {0, 0, 0, 0};
+    }
     return {x, y, x + sourceWidth, y + sourceHeight};
 }
 

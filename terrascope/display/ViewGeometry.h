@@ -3,6 +3,7 @@
 #include <afxwin.h>
 
 #include "terrascope/support/PointF.h"
+#include "terrascope/tiles/MapRegion.h"
 
 namespace Terrascope {
 
@@ -31,6 +32,7 @@ struct Resolution {
 
     /// False for a layer without tiles: nothing can be converted or drawn with it.
     bool IsUsable() const { return x > 0.0 && y > 0.0; }
+    bool operator==(const Resolution&) const = default;
 };
 
 struct PointD {
@@ -52,19 +54,21 @@ struct Viewport {
 PointD DeviceToMap(const Viewport& view, PointD device);
 PointD MapToDevice(const Viewport& view, PointD map);
 
-/// Where the map's top-left corner lies, relative to the view.
-CPoint MapCornerPosition(const Viewport& view);
+/// The same for a map point and whole pixels, truncated toward zero and at most kFarPixels away.
+CPoint MapToDevicePixels(const Viewport& view, PointD map);
 
-/// The layer's size in pixels.
-CSize LayerPixelSize(const Viewport& view);
+/// Farther than any screen reaches, and two of these can be added.
+constexpr int kFarPixels = 1 << 28;
 
-/// A rectangle of map units from its top-left corner; the height is 0 or negative.
-struct MapRegion {
-    float left = 0.0F;
-    float top = 0.0F;
-    float width = 0.0F;
-    float height = 0.0F;
+/// Where the map's top-left corner lies, relative to the view, and the layer's size: whole pixels.
+struct LayerPlace {
+    CPoint corner{0, 0};
+    CSize size{0, 0};
 };
+
+/// Edges beyond kFarPixels are drawn in to there: nothing that a drag can reach changes by it, and
+/// the numbers of a layer of 2^31 pixels and more fit.
+LayerPlace PlaceOfLayer(const Viewport& view);
 
 constexpr double kLoadRegionFactor = 1.5;
 constexpr double kVisibleRegionFactor = 1.0;
@@ -78,6 +82,7 @@ struct TileRange {
     int firstRow = 0;
     int columnCount = 0;
     int rowCount = 0;
+    bool refused = false;  ///< empty, for it would be more tiles than any screen shows
 
     int EndColumn() const { return firstColumn + columnCount; }
     int EndRow() const { return firstRow + rowCount; }
@@ -85,8 +90,11 @@ struct TileRange {
 };
 
 /// An edge less than 1/100000 of a tile past a boundary adds no column or row. Empty when the
-/// layer is unusable, or when the range is so large that no view could want it.
+/// layer is unusable, and refused when the range is so large that no view could want it.
 TileRange TileRangeOf(const Viewport& view, const MapRegion& region);
+
+/// The size of a range's tiles together, at most kFarPixels in each direction.
+CSize PixelSizeOf(const Viewport& view, const TileRange& range);
 
 /// What painting needs of the moment whose bitmap it shows: the view now, or the view from before
 /// a layer switch.

@@ -162,6 +162,7 @@ Size TiffSize(const Bytes& file, bool bigEndian) {
     };
     constexpr std::uint32_t kWidthTag = 256;
     constexpr std::uint32_t kHeightTag = 257;
+    constexpr std::uint32_t kByteType = 1;
     constexpr std::uint32_t kShortType = 3;
     constexpr std::uint32_t kLongType = 4;
     constexpr std::size_t kEntryBytes = 12;
@@ -177,16 +178,19 @@ Size TiffSize(const Bytes& file, bool bigEndian) {
         if (!file.Has(at, kEntryBytes)) {
             break;
         }
-        const std::uint32_t type = word(at + 2);
-        const std::uint32_t value = type == kShortType  ? word(at + 8)
-                                    : type == kLongType ? dword(at + 8)
-                                                        : 0U;
-        // A repeated tag must not hide a larger size from the check.
-        if (word(at) == kWidthTag) {
-            size.width = std::max(size.width, value);
-        } else if (word(at) == kHeightTag) {
-            size.height = std::max(size.height, value);
+        if (word(at) != kWidthTag && word(at) != kHeightTag) {
+            continue;
         }
+        const std::uint32_t type = word(at + 2);
+        if (type != kByteType && type != kShortType && type != kLongType) {
+            return {};  // decoders take more types of a number than the format allows here
+        }
+        const std::uint32_t value = type == kByteType    ? file.At(at + 8)
+                                    : type == kShortType ? word(at + 8)
+                                                         : dword(at + 8);
+        // A repeated tag must not hide a larger size from the check.
+        std::uint32_t& side = word(at) == kWidthTag ? size.width : size.height;
+        side = std::max(side, value);
     }
     return size;
 }
@@ -269,8 +273,7 @@ bool IsSafeToDecode(const ImageHeader& header) {
         default:
             return false;
     }
-    const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
-    return pixels > 0 && pixels <= kMaxImagePixels;
+    return IsSafeSize(header.width, header.height);
 }
 
 }  // namespace Terrascope

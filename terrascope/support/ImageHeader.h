@@ -37,6 +37,12 @@ inline constexpr std::uint64_t kMaxImagePixels = 64ULL * 1024 * 1024;
 /// formats.
 ImageHeader ReadImageHeader(std::span<const std::uint8_t> file);
 
+/// Whether a picture of so many pixels may be made or decoded: not empty, at most kMaxImagePixels.
+/// GDI+ makes larger bitmaps and faults when they are filled.
+constexpr bool IsSafeSize(std::int64_t width, std::int64_t height) {
+    return width > 0 && height > 0 && height <= static_cast<std::int64_t>(kMaxImagePixels) / width;
+}
+
 /// Whether a decoder may see the image: a format that GDI+ decodes, a size that is not zero and at
 /// most kMaxImagePixels. GDI+ decoders crash on the header of a 27000 x 27000 JPEG.
 bool IsSafeToDecode(const ImageHeader& header);

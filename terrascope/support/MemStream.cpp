@@ -57,6 +57,10 @@ public:
         m_length = std::max(m_length, m_position);
     }
 
+    std::span<const std::uint8_t> Bytes() const {
+        return {m_data, static_cast<std::size_t>(m_length)};
+    }
+
     void CopyTo(void* target) const {
         if (m_length > 0) {
             std::memcpy(target, m_data, m_length);
@@ -170,6 +174,10 @@ void CMemStream::SeekToEnd(int which) {
 
 std::uint64_t CMemStream::GetLength() const {
     return m_pStore->Length();
+}
+
+std::span<const std::uint8_t> CMemStream::Bytes() const {
+    return m_pStore->Bytes();
 }
 
 BYTE* CMemStream::GetBuffer() {

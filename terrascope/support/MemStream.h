@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace Terrascope {
@@ -44,6 +45,10 @@ public:
     void SeekToEnd(int which);
 
     std::uint64_t GetLength() const;
+
+    /// The whole content where it is held, without a copy. Valid until the next write, Reset or
+    /// assignment, and not beyond the stream.
+    std::span<const std::uint8_t> Bytes() const;
 
     /// A copy of the whole content, null when it is empty. Valid until the next GetBuffer,
     /// assignment or the stream's end.

@@ -18,8 +18,9 @@ public:
     LockedPixels(const LockedPixels&) = delete;
     LockedPixels& operator=(const LockedPixels&) = delete;
     ~LockedPixels() {
-        if (m_locked)
+        if (m_locked) {
             m_picture.UnlockBits(&m_data);
+        }
     }
 
     bool IsLocked() const { return m_locked; }
@@ -36,37 +37,45 @@ private:
     bool m_locked;
 };
 
-/// For each place of the target, the nearest place of the source.
-std::vector<int> Nearest(int toSize, int fromStart, int fromSize, int sourceSize) {
-    std::vector<int> places(static_cast<std::size_t>(toSize));
-    for (int i = 0; i < toSize; ++i) {
-        const std::int64_t place = fromStart + std::int64_t{i} * fromSize / toSize;
-        places[static_cast<std::size_t>(i)] =
-            static_cast<int>(std::clamp<std::int64_t>(place, 0, sourceSize - 1));
+/// The places of a target from `first` to `end` (exclusive) that lie in the target and whose
+/// nearest place lies in the source, and that nearest place of each.
+struct Nearest {
+    Nearest(int toStart, int toSize, int targetSize, int fromStart, int fromSize, int sourceSize) {
+        for (int i = std::max(0, -toStart); i < std::min(toSize, targetSize - toStart); ++i) {
+            const std::int64_t place = fromStart + std::int64_t{i} * fromSize / toSize;
+            if (place >= 0 && place < sourceSize) {
+                first = places.empty() ? toStart + i : first;
+                places.push_back(static_cast<int>(place));
+            }
+        }
     }
-    return places;
-}
+
+    int first = 0;
+    std::vector<int> places;
+};
 
 }  // namespace
 
 void ScalePart(Gdiplus::Bitmap& target, const Gdiplus::Rect& to, Gdiplus::Bitmap& source,
                const Gdiplus::Rect& from) {
-    if (to.Width <= 0 || to.Height <= 0 || from.Width <= 0 || from.Height <= 0)
+    if (to.Width <= 0 || to.Height <= 0 || from.Width <= 0 || from.Height <= 0) {
         return;
+    }
     const LockedPixels read(source, Gdiplus::ImageLockModeRead);
     const LockedPixels written(target, Gdiplus::ImageLockModeRead | Gdiplus::ImageLockModeWrite);
-    if (!read.IsLocked() || !written.IsLocked())
+    if (!read.IsLocked() || !written.IsLocked()) {
         return;
+    }
 
-    const std::vector<int> columns = Nearest(to.Width, from.X, from.Width, read.Width());
-    const std::vector<int> rows = Nearest(to.Height, from.Y, from.Height, read.Height());
-    const int left = std::max(0, -to.X);
-    const int right = std::min(to.Width, written.Width() - to.X);
-    for (int y = std::max(0, -to.Y); y < std::min(to.Height, written.Height() - to.Y); ++y) {
-        const std::uint32_t* line = read.Row(rows[static_cast<std::size_t>(y)]);
-        std::uint32_t* place = written.Row(to.Y + y) + to.X;
-        for (int x = left; x < right; ++x)
-            place[x] = line[columns[static_cast<std::size_t>(x)]];
+    const Nearest columns(to.X, to.Width, written.Width(), from.X, from.Width, read.Width());
+    const Nearest rows(to.Y, to.Height, written.Height(), from.Y, from.Height, read.Height());
+    int y = rows.first;
+    for (const int fromRow : rows.places) {
+        const std::uint32_t* line = read.Row(fromRow);
+        std::uint32_t* place = written.Row(y++) + columns.first;
+        for (const int fromColumn : columns.places) {
+            *place++ = line[fromColumn];
+        }
     }
 }
 

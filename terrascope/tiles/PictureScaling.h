@@ -8,7 +8,7 @@ namespace Terrascope {
 /// pictures that wait for a better one: it takes a tenth of the time of GDI+'s drawing, and a zoom
 /// makes a hundred of them while the user looks on.
 ///
-/// Units:  pixels. What lies outside either picture is left out.
+/// Units:  pixels. What lies outside either picture is left as it is in the target.
 /// Errors: nothing is drawn when a rectangle is empty or a picture's pixels cannot be had.
 void ScalePart(Gdiplus::Bitmap& target, const Gdiplus::Rect& to, Gdiplus::Bitmap& source,
                const Gdiplus::Rect& from);

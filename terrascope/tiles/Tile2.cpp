@@ -1,12 +1,16 @@
 #include "terrascope/tiles/Tile2.h"
 
+#include <shlwapi.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 
+#include "terrascope/support/ComRef.h"
 #include "terrascope/support/ImageHeader.h"
 #include "terrascope/support/Truncate.h"
 #include "terrascope/tiles/PictureScaling.h"
@@ -103,20 +107,13 @@ std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
     return result;
 }
 
-bool CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
+void CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
     DecodeImage();
-    bool shown = false;
-    if (m_bitmap) {
+    if (m_bitmap != nullptr) {
         const CRect place = PlaceOn(viewTopLeft);
-        const PaintMark mark = canvas.MarkAt(place.TopLeft());
-        shown = mark == m_painted;
-        if (!shown) {
-            shown = canvas.Paint(*m_bitmap, place.TopLeft(), place.Size());
-            m_painted = shown && canvas.Holds(place) ? mark : PaintMark{};
-        }
+        canvas.Paint(*m_bitmap, place.TopLeft(), place.Size());
     }
     RequestLoad();
-    return shown;
 }
 
 CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
@@ -135,7 +132,7 @@ CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
                  top + ClampPlace(m_layer.nTileHeight));
 }
 
-MapRectF CTile2::GetLogicalRect() const {
+MapRegion CTile2::GetLogicalRect() const {
     TileIndex index;
     if (m_image)
         index = {m_image->nColumn, m_image->nRow};
@@ -170,6 +167,9 @@ void CTile2::SetPosition() {
 }
 
 void CTile2::MakeGreyPicture() {
+    if (!IsSafeSize(m_layer.nTileWidth, m_layer.nTileHeight)) {
+        return;
+    }
     auto bitmap = std::make_unique<Gdiplus::Bitmap>(m_layer.nTileWidth, m_layer.nTileHeight,
                                                     PixelFormat32bppARGB);
     // Filled by hand: a pan makes a column of tiles at once, and GDI+ takes ten times as long.
@@ -189,12 +189,16 @@ void CTile2::DecodeImage() {
         return;
 
     // The bytes are hostile until their header has been read: the decoder trusts it.
-    const auto length = static_cast<std::size_t>(m_image->stream.GetLength());
-    const BYTE* bytes = m_image->stream.GetBuffer();
-    const bool safe = bytes && IsSafeToDecode(ReadImageHeader({bytes, length}));
-    IStream* stream = safe && m_bitmap ? m_image->stream.GetIStream() : nullptr;
+    const std::span<const std::uint8_t> bytes = m_image->stream.Bytes();
+    const bool safe = IsSafeToDecode(ReadImageHeader(bytes));
+    // Not the record's own stream: one over global memory, once sought past its end, reads on
+    // beyond its block, and a damaged image makes decoders seek there.
+    const CComRef<IStream> stream(
+        safe && m_bitmap != nullptr
+            ? ::SHCreateMemStream(bytes.data(), static_cast<UINT>(bytes.size()))
+            : nullptr);
     if (stream) {
-        Gdiplus::Bitmap decoded(stream);
+        Gdiplus::Bitmap decoded(stream.Get());
         const int imageWidth = static_cast<int>(decoded.GetWidth());
         const int imageHeight = static_cast<int>(decoded.GetHeight());
         if (decoded.GetLastStatus() == Gdiplus::Ok) {
@@ -202,7 +206,6 @@ void CTile2::DecodeImage() {
                      {0, 0, m_layer.nTileWidth + (imageWidth != m_layer.nTileWidth ? 1 : 0),
                       m_layer.nTileHeight + (imageHeight != m_layer.nTileHeight ? 1 : 0)},
                      {0, 0, imageWidth, imageHeight});
-            m_painted = {};
         } else {
             m_failure = "its image is broken";
         }

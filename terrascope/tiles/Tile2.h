@@ -10,6 +10,7 @@
 #include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/support/PointF.h"
+#include "terrascope/tiles/MapRegion.h"
 #include "terrascope/tiles/TileCanvas.h"
 #include "terrascope/tiles/TileLayer2.h"
 
@@ -17,21 +18,14 @@ namespace Terrascope {
 
 class CTileLoadQueue2;
 
-/// A rectangle in map units from its top-left corner; the height is negative, y grows upwards.
-struct MapRectF {
-    float x = 0.0F;
-    float y = 0.0F;
-    float width = 0.0F;
-    float height = 0.0F;
-};
-
 /// One tile: its place, its picture (first grey or a piece of a neighbouring layer, then the real
 /// image), and the request for that image.
 ///
 /// Units:   map units with y upwards; pixels of the layer.
 /// Owns:    its picture and the delivered record. Borrows: the load queue.
 /// Threads: takes no lock; every call is made under the display's tile lock.
-/// Errors:  what GDI+ refuses is skipped; a tile without memory for a picture paints nothing.
+/// Errors:  what GDI+ refuses is skipped; a tile without memory for a picture, or with more than
+///          kMaxImagePixels, paints nothing.
 class CTile2 : public CLiveCount<CTile2> {
 public:
     /// A grey tile. An undecodable key leaves it at (0, 0).
@@ -52,10 +46,8 @@ public:
     std::vector<CTile2*> Split(const CTileLayer2& childLayer) const;
 
     /// Decodes a delivered image, paints the picture where it belongs on a canvas whose (0, 0)
-    /// shows `viewTopLeft`, and asks for the image if it was never asked for. A picture that the
-    /// canvas already shows there is not copied again. False when the canvas does not show it: the
-    /// tile has no picture, or its pixels cannot be read.
-    bool Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
+    /// shows `viewTopLeft`, and asks for the image if it was never asked for.
+    void Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
 
     /// Where Draw paints on such a canvas.
     CRect PlaceOn(const CPointF& viewTopLeft) const;
@@ -64,11 +56,8 @@ public:
     /// nothing was. Decoding happens under locks, so the tile does not log it.
     const char* TakeFailure() { return std::exchange(m_failure, nullptr); }
 
-    /// Forgets where the picture was painted: part of it is no longer on the canvas.
-    void ForgetPlace() { m_painted = {}; }
-
     /// The tile's rectangle in map units; all zero when its key cannot be decoded.
-    MapRectF GetLogicalRect() const;
+    MapRegion GetLogicalRect() const;
 
     /// Queues the tile unless its image is there or was asked for before.
     void RequestLoad();
@@ -102,7 +91,6 @@ private:
     CTileLoadQueue2* m_queue;
     bool m_requested = false;
     const char* m_failure = nullptr;
-    PaintMark m_painted;  ///< where the whole picture stands on a canvas
 };
 
 }  // namespace Terrascope

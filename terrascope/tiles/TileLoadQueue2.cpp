@@ -35,10 +35,12 @@ void PinThisModule() {
 CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider)
     : m_slot(slot), m_provider(provider) {
     // None may run before all are there: a failure here destroys the queue under it.
-    for (int i = 0; i < kWorkerCount; ++i)
+    for (int i = 0; i < kWorkerCount; ++i) {
         m_workers.push_back(std::make_unique<CTileLoadThread>(m_slot, m_provider, this));
-    for (const auto& worker : m_workers)
+    }
+    for (const auto& worker : m_workers) {
         worker->Start();
+    }
 }
 
 CTileLoadQueue2::~CTileLoadQueue2() {
@@ -49,11 +51,12 @@ CTileLoadQueue2::~CTileLoadQueue2() {
     }
     for (auto& worker : m_workers) {
         worker->Stop();
-        while (!worker->IsFinished() && !worker->Abandon())
+        while (!worker->IsFinished() && !worker->Abandon()) {
             worker->Stop();
+        }
         if (!worker->IsFinished()) {
-            // The thread is stuck inside the provider: neither may be deleted under it, and its
-            // code must stay in memory.
+            // The thread is stuck inside the provider or the slot: neither it nor the provider may
+            // be deleted under it, and its code must stay in memory.
             m_provider->Detach();
             PinThisModule();
             static_cast<void>(worker.release());
@@ -65,22 +68,20 @@ CTileLoadQueue2::~CTileLoadQueue2() {
 }
 
 bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key) {
-    CSingleLock lock(&m_lock);
-    if (!lock.Lock())
-        return false;
+    CSingleLock lock(&m_lock, TRUE);
     std::string folded = FoldedKey(key);
     if (m_byKey.find(folded) == m_byKey.end()) {
-        m_requests.push_back({mapName, layerNumber, key});
+        m_requests.push_back({mapName, layerNumber, key, m_serial});
         m_byKey.emplace(std::move(folded), std::prev(m_requests.end()));
     }
     return true;
 }
 
 tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
-    CSingleLock lock(&m_lock);
-    if (!lock.Lock() || m_paused || m_requests.empty())
+    CSingleLock lock(&m_lock, TRUE);
+    if (m_paused || m_requests.empty()) {
         return {};
-    m_clearsAtPop[::GetCurrentThreadId()] = m_clears;
+    }
     tagTILE_LOAD_REQUEST request = std::move(m_requests.front());
     m_requests.pop_front();
     m_byKey.erase(FoldedKey(request.strKey));
@@ -88,30 +89,24 @@ tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
 }
 
 bool CTileLoadQueue2::MoveToFront(const CString& key) {
-    CSingleLock lock(&m_lock);
-    if (!lock.Lock())
-        return false;
+    CSingleLock lock(&m_lock, TRUE);
     const auto found = m_byKey.find(FoldedKey(key));
-    if (found != m_byKey.end())
+    if (found != m_byKey.end()) {
         m_requests.splice(m_requests.begin(), m_requests, found->second);
+    }
     return true;
 }
 
 bool CTileLoadQueue2::Clear() {
-    CSingleLock lock(&m_lock);
-    if (!lock.Lock())
-        return false;
+    CSingleLock lock(&m_lock, TRUE);
     ClearLocked();
-    ++m_clears;
+    ++m_serial;
     return true;
 }
 
-bool CTileLoadQueue2::IsStale() {
-    CSingleLock lock(&m_lock);
-    if (!lock.Lock())
-        return false;
-    const auto popped = m_clearsAtPop.find(::GetCurrentThreadId());
-    return popped != m_clearsAtPop.end() && popped->second != m_clears;
+bool CTileLoadQueue2::IsStale(const tagTILE_LOAD_REQUEST& request) {
+    CSingleLock lock(&m_lock, TRUE);
+    return request.serial != m_serial;
 }
 
 // Pausing happens only where the lock cannot be had, which a critical section never refuses: the
@@ -119,14 +114,16 @@ bool CTileLoadQueue2::IsStale() {
 // not be turned round.
 void CTileLoadQueue2::Pause() {
     CSingleLock lock(&m_lock);
-    if (!lock.Lock())
+    if (!lock.Lock()) {
         m_paused = true;
+    }
 }
 
 void CTileLoadQueue2::Resume() {
     CSingleLock lock(&m_lock);
-    if (!lock.Lock())
+    if (!lock.Lock()) {
         m_paused = false;
+    }
 }
 
 void CTileLoadQueue2::ClearLocked() {

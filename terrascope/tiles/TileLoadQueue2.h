@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <list>
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -12,17 +11,11 @@
 #include "ThreadAnnotations.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
+#include "terrascope/tiles/TileLoadRequest.h"
 
 namespace Terrascope {
 
 class CTileLoadThread;
-
-/// One tile that wants its image. An empty key means "nothing to do".
-struct tagTILE_LOAD_REQUEST {
-    CString strMapName;
-    std::int32_t nLayerNumber = -1;
-    CString strKey;
-};
 
 /// The tiles that still want their image, in the order in which they will be fetched, and the two
 /// threads that fetch them. A key is queued once, whatever map or layer it came with.
@@ -32,7 +25,7 @@ struct tagTILE_LOAD_REQUEST {
 /// Locks:   one, innermost of all; never held while calling out.
 /// Errors:  the constructor throws the framework's resource exception.
 /// Ends:    the destructor stops the threads, up to 10 s each. One that is still inside the
-///          provider then is abandoned: it, and the provider with it, live on.
+///          provider or the slot then is abandoned: it, and the provider with it, live on.
 class CTileLoadQueue2 {
 public:
     CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider);
@@ -53,9 +46,9 @@ public:
     /// Forgets what is pending. What is being fetched meanwhile becomes stale.
     bool Clear();
 
-    /// Whether the request that the calling thread popped last came before a Clear: its tile is of
-    /// a map or layer that is no longer shown, though a tile of the same key may be there.
-    bool IsStale();
+    /// Whether a request came before a Clear: its tile is of a map or layer that is no longer
+    /// shown, though a tile of the same key may be there.
+    bool IsStale(const tagTILE_LOAD_REQUEST& request);
 
     /// Leave the queue as it is: see the source.
     void Pause();
@@ -71,8 +64,7 @@ private:
     Requests m_requests GUARDED_BY(m_lock);  ///< front = next to fetch
     /// Each queued key in lower case, and its request.
     std::unordered_map<std::string, Requests::iterator> m_byKey GUARDED_BY(m_lock);
-    unsigned m_clears GUARDED_BY(m_lock) = 0;
-    std::map<DWORD, unsigned> m_clearsAtPop GUARDED_BY(m_lock);  ///< by thread
+    std::uint32_t m_serial GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear
     ITileLoadedSlot* m_slot;
     CTileMapInfoProviderWrapper* m_provider;
     std::list<std::unique_ptr<CTileLoadThread>> m_workers;

@@ -1,7 +1,9 @@
 #include "terrascope/tiles/TileLoadThread.h"
 
+#include <exception>
 #include <list>
 
+#include "terrascope/support/LogSink.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
 namespace Terrascope {
@@ -22,15 +24,20 @@ CTileLoadThread::~CTileLoadThread() {
 
 DWORD CTileLoadThread::Run() {
     while (!ShouldStop(0)) {
-        if (!m_queue || !m_provider || !m_slot || !ServeOne())
+        if (m_queue == nullptr || m_provider == nullptr || m_slot == nullptr || !ServeOne()) {
             break;
+        }
     }
     return 0;
 }
 
 bool CTileLoadThread::Abandon() {
-    State expected = State::Fetching;
-    return m_state.compare_exchange_strong(expected, State::Abandoned);
+    return Advance(State::Fetching, State::Abandoned) ||
+           Advance(State::Delivering, State::Abandoned);
+}
+
+bool CTileLoadThread::Advance(State from, State to) {
+    return m_state.compare_exchange_strong(from, to);
 }
 
 bool CTileLoadThread::ServeOne() {
@@ -44,27 +51,45 @@ bool CTileLoadThread::ServeOne() {
     m_state = State::Fetching;
     const std::list<tagTILE_IMAGE*> images =
         m_provider->LoadTiles(request.strMapName, request.nLayerNumber, {request.strKey});
-    State expected = State::Fetching;
-    if (!m_state.compare_exchange_strong(expected, State::Delivering)) {
-        for (tagTILE_IMAGE* image : images)
+    if (!Advance(State::Fetching, State::Delivering)) {
+        for (tagTILE_IMAGE* image : images) {
             delete image;
+        }
         return false;
     }
 
     if (!images.empty()) {
         // One key was asked for: records beyond the first are the provider's own affair.
-        m_slot->OnTileLoaded(images.front());
+        Deliver(images.front(), request);
+    }
+    if (!Advance(State::Delivering, State::Polling)) {
+        return false;
+    }
+    if (!images.empty()) {
         Pace(start);
     }
-    m_state = State::Polling;
     return true;
+}
+
+void CTileLoadThread::Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) const {
+    try {
+        m_slot->OnTileFetched(image, request);
+    } catch (CException* failure) {
+        failure->Delete();
+        LogTileFailure(request.strKey, "its receiver failed");
+    } catch (const std::exception& failure) {
+        LogTileFailure(request.strKey, failure.what());
+    } catch (...) {
+        LogTileFailure(request.strKey, "its receiver failed");
+    }
 }
 
 void CTileLoadThread::Pace(DWORD start) const {
     // The sleeps are counted, not measured: the pace does not depend on the timer's grain.
     for (int elapsed = static_cast<int>(::GetTickCount() - start); elapsed <= kPace;
-         elapsed += static_cast<int>(kPaceSleep))
+         elapsed += static_cast<int>(kPaceSleep)) {
         ::Sleep(kPaceSleep);
+    }
 }
 
 }  // namespace Terrascope

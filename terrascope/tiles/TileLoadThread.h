@@ -5,6 +5,7 @@
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/Thread.h"
+#include "terrascope/tiles/TileLoadRequest.h"
 
 namespace Terrascope {
 
@@ -14,7 +15,8 @@ class CTileLoadQueue2;
 ///
 /// Borrows: slot, provider and queue; they must outlive the thread.
 /// Threads: the slot is called on this thread, with no lock held.
-/// Ends:    between two tiles. A thread that is stuck in the provider can be abandoned.
+/// Errors:  an exception of the slot is logged, and the thread goes on.
+/// Ends:    between two tiles. A thread that is stuck in the provider or the slot can be abandoned.
 class CTileLoadThread : public CThread {
 public:
     CTileLoadThread(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
@@ -23,13 +25,17 @@ public:
 
     DWORD Run() override;
 
-    /// Gives up a thread that is inside the provider: when it comes back it touches nothing but
-    /// itself. False when it is elsewhere and will stop by itself. After true the object, and the
-    /// provider, must stay alive.
+    /// Gives up a thread that is inside the provider or the slot: when it comes back it touches
+    /// nothing but itself. False when it is elsewhere and will stop by itself. After true the
+    /// object, and the provider, must stay alive.
     bool Abandon();
 
 private:
     enum class State { Polling, Fetching, Delivering, Abandoned };
+
+    /// Goes on to the next state; false when the thread was abandoned in this one.
+    bool Advance(State from, State to);
+    void Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) const;
 
     /// One request fetched, delivered and paced; false when the thread was abandoned meanwhile.
     bool ServeOne();

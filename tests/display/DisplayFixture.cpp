@@ -7,6 +7,10 @@ namespace TerrascopeTest {
 using namespace Terrascope;
 
 HostWindow::HostWindow() {
+    Make();
+}
+
+void HostWindow::Make() {
     CreateEx(0, "STATIC", "host", WS_POPUP, CRect(0, 0, 400, 300), nullptr, 0);
 }
 

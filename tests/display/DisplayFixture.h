@@ -20,6 +20,9 @@ public:
     HostWindow();
     ~HostWindow() override;
 
+    /// Makes the window, also anew.
+    void Make();
+
     std::vector<CRect> repaints;
 
 protected:

@@ -1,8 +1,11 @@
 // The animated switch to the next layer, and the zoom tools that start it.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <functional>
 #include <random>
+#include <stdexcept>
 
 #include "tests/display/DisplayFixture.h"
 
@@ -14,6 +17,7 @@ using namespace Terrascope;
 class LayerSwitch : public Display {
 protected:
     void Use(MapToolKind kind) { display->SetTool(static_cast<UINT>(kind)); }
+    int ZoomAt(CPointF point, MapToolKind kind) { return display->ZoomAt(point, kind); }
 
     /// Paints whenever the display asks for it until the switch has ended; how often it asked.
     int Animate() {
@@ -48,7 +52,7 @@ TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
     EXPECT_EQ(Animate(), kPaints);
 
     Use(MapToolKind::ZoomOut);
-    Await([&] { return display->ZoomAt(display->Center()) == 1; });
+    Await([&] { return ZoomAt(display->Center(), MapToolKind::ZoomOut) == 1; });
     EXPECT_EQ(Animate(), kPaints);
     EXPECT_EQ(display->GetLayer(), 3);
 }
@@ -69,33 +73,31 @@ TEST_F(LayerSwitch, MakesTheClickedPointTheCentre) {
 
 TEST_F(LayerSwitch, IsRefusedAtBothEndsOffTheMapAndWhileOneRuns) {
     Open(5);
-    Use(MapToolKind::ZoomIn);
-    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomIn));
     EXPECT_EQ(display->GetLayer(), 5);
     Open(1);
-    Use(MapToolKind::ZoomOut);
-    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomOut));
     EXPECT_EQ(display->GetLayer(), 1);
 
     Use(MapToolKind::ZoomIn);
     Click({190, 110});
     EXPECT_EQ(display->GetLayer(), 1) << "the click was beside the map";
-    Use(MapToolKind::Arrow);
-    EXPECT_EQ(display->ZoomAt({0, 0}), 1) << "no zoom tool, nothing to refuse";
+    EXPECT_EQ(1, ZoomAt({0, 0}, MapToolKind::Arrow)) << "no zoom tool, nothing to refuse";
     EXPECT_FALSE(display->IsSwitchingLayer());
 
     Open(3);
-    Use(MapToolKind::ZoomIn);
-    EXPECT_EQ(display->ZoomAt({0, 0}), 1);
-    EXPECT_EQ(display->ZoomAt({0, 0}), 0);
+    EXPECT_EQ(1, ZoomAt({0, 0}, MapToolKind::ZoomIn));
+    EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomIn));
     EXPECT_EQ(display->GetLayer(), 4);
 }
 
 TEST_F(LayerSwitch, NeverAdvancesForAHostThatDoesNotPaintAndStillEndsAtOnce) {
+    script->Hold();
     Open(3);
     Use(MapToolKind::ZoomIn);
     Click({100, 60});
-    ASSERT_TRUE(Await([&] { return window->repaints.size() >= 2; }));
+    ASSERT_TRUE(Await([&] { return window->repaints.size() == 3; })) << "two renderings, a step";
+    script->Release();
     const auto posted = window->repaints.size();
     EXPECT_FALSE(Await(
         [&] {
@@ -172,6 +174,61 @@ TEST_F(LayerSwitch, OddFactorsNeitherDivideByNothingNorHang) {
         Paint();
         Animate();
     }
+}
+
+/// What a switch thread drives, without a display: it does what the test wants of a step.
+struct SteppedTool : ILayerSwitchTool {
+    bool Step() override { return step(); }
+    std::function<bool()> step = [] { return false; };
+};
+
+// The tool's step ends the switch thread at once, so the test makes the steps itself.
+TEST(LayerSwitchAlone, StartsEachTimeAtTheFormerScaleAlsoAfterAnEndBetweenTwoSteps) {
+    SteppedTool tool;
+    int repaints = 0;
+    CLayerSwitch layerSwitch(tool, [&] { ++repaints; });
+    std::vector<double> factors;
+    const auto paint = [&](CMapBitmap&, const PaintMoment& moment) {
+        factors.push_back(moment.currentFactor);
+    };
+    const auto begin = [&](SwitchMode mode) {
+        layerSwitch.Begin(mode, 1.0, 1.0, {CMapBitmap::Create({8, 8}, {0, 0}), {}, {}, {1, 1}});
+        layerSwitch.Draw({0, 0}, paint);
+    };
+    begin(SwitchMode::ZoomIn);
+    EXPECT_TRUE(layerSwitch.Step());
+    EXPECT_TRUE(layerSwitch.Step()) << "not painted: waits";
+    EXPECT_EQ(1, repaints);
+    layerSwitch.Draw({0, 0}, paint);
+    layerSwitch.End();
+    EXPECT_FALSE(layerSwitch.Step()) << "ended meanwhile: goes no step further";
+    EXPECT_FALSE(layerSwitch.Draw({0, 0}, paint));
+
+    begin(SwitchMode::ZoomOut);
+    for (int step = 0; step < 6; ++step) {
+        EXPECT_TRUE(layerSwitch.Step());
+        layerSwitch.Draw({0, 0}, paint);
+    }
+    EXPECT_FALSE(layerSwitch.IsRunning());
+    const double expected[] = {1, 1.2, 1, 0.9, 0.8, 0.7, 0.6, 0.5};
+    ASSERT_EQ(std::size(expected), factors.size());
+    for (std::size_t i = 0; i < factors.size(); ++i) {
+        EXPECT_NEAR(expected[i], factors[i], 1e-9) << i;
+    }
+}
+
+// Without its stop event, or with an exception, the thread ends early: the switch ends with it.
+TEST(LayerSwitchAlone, EndsWithItsThreadHoweverThatEnds) {
+    SteppedTool tool;
+    std::atomic<int> repaints{0};
+    CLayerSwitch layerSwitch(tool, [&] { ++repaints; });
+    for (const bool fails : {false, true}) {
+        tool.step = [fails] { return fails ? throw std::runtime_error("no memory") : false; };
+        layerSwitch.Begin(SwitchMode::ZoomIn, 1.0, 1.0, {});
+        layerSwitch.Start();
+        EXPECT_TRUE(Await([&] { return !layerSwitch.IsBusy(); })) << fails;
+    }
+    EXPECT_EQ(2, repaints) << "the host still shows a step";
 }
 
 TEST_F(LayerSwitch, AHundredZoomsAndDragsLeaveNothingBehind) {

@@ -68,10 +68,8 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     const CGdiplusSession session;
     Gdiplus::Bitmap picture(80, 60, 80 * 4, PixelFormat32bppARGB,
                             reinterpret_cast<BYTE*>(noise.data()));
-    ASSERT_TRUE(canvas.Paint(picture, {0, 0}, {80, 60}));
-    for (const bool opaque : {false, true}) {
-        if (opaque)
-            bitmap->AddOpaque({0, 0, 80, 60});
+    canvas.Paint(picture, {0, 0}, {80, 60});
+    {
         for (const int dpi : {96, 120, 144}) {
             const float factor = DeviceFactor(dpi);
             for (const CSize size : {CSize(80, 60), CSize(61, 47), CSize(1, 1)}) {
@@ -187,6 +185,53 @@ TEST_F(Painting, ATileThatLeftTheBitmapIsWholeWhenItComesBack) {
     }
     AwaitPicture();
     EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
+}
+
+// Places truncate toward zero, so neighbours overlap by a pixel here and there: each rendering
+// paints all tiles anew, in their order.
+TEST_F(Painting, APanToAnyFractionOfAPixelShowsWhatAFreshRenderingShows) {
+    MakeDisplay({120, 88});
+    Open(4);
+    AwaitPicture();
+    std::mt19937 random(4);
+    const auto pixels = [&] { return static_cast<float>(random() % 1600) / 100 - 8; };
+    for (int i = 0; i < 40; ++i) {
+        const CPointF center(pixels() * 360 / 1024, pixels() * 180 / 512);
+        display->SetTool(static_cast<UINT>(MapToolKind::Pan));
+        display->SetCenter(center);
+        AwaitPicture();
+        const auto panned = Paint();
+        display->SetTool(static_cast<UINT>(MapToolKind::Arrow));
+        display->SetCenter(center);
+        ASSERT_EQ(Paint(), panned) << i;
+    }
+}
+
+// There the load region keeps its corner and changes its size only.
+TEST_F(Painting, APanAtTheMapsLeftAndTopEdgeKeepsWhatWasLoaded) {
+    Open(4);
+    display->SetCenter({-180 + 100 * 360.0F / 1024, 90 - 60 * 180.0F / 512});
+    AwaitPicture();
+    Drag({-45, -25});
+    AwaitPicture();
+    display->OnLButtonDown(0, {100, 60});
+    display->OnMouseMove(0, {145, 85});
+    EXPECT_EQ(0, WrongPixels(Paint(), {0, 0})) << "while dragging back";
+    display->OnLButtonUp(0, {145, 85});
+    EXPECT_EQ(0, WrongPixels(Paint(), {0, 0}));
+}
+
+// Columns and rows come from the provider's record: a wrong one paints another place, and what
+// nobody painted does not count as opaque.
+TEST_F(Painting, ATileThatLiesAboutItsPlaceLeavesNoUnpaintedGround) {
+    script->SetTileAnswer(TileAnswer::WrongPlace);
+    Open(4);
+    AwaitPicture();
+    display->SetTool(static_cast<UINT>(MapToolKind::Arrow));
+    display->SetCenter(display->Center());
+    for (const std::uint32_t pixel : Paint()) {
+        ASSERT_NE(0U, pixel) << "black is what a transparent pixel becomes when it is copied";
+    }
 }
 
 TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {

@@ -6,6 +6,7 @@
 
 #include "terrascope/display/DeviceUnits.h"
 #include "tests/display/DisplayFixture.h"
+#include "tests/fixtures/LogCapture.h"
 
 namespace TerrascopeTest {
 namespace {
@@ -146,18 +147,52 @@ TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
     EXPECT_EQ(PaintedAt(10, 10), kWaitingGrey);
 }
 
-TEST_F(Terrascope2, IsSilentWhileTheMouseDragsTheMap) {
-    script->Hold();
-    Open(4);
-    ASSERT_TRUE(script->AwaitHeld(2, 10000));
-    display->OnLButtonDown(0, {100, 60});
-    Pump();
-    const auto before = window->repaints.size();
-    script->Release();
+TEST_F(Terrascope2, IsSilentWhileAButtonIsDownAndPostsWhatItWithheld) {
+    for (const MapToolKind tool : {MapToolKind::Pan, MapToolKind::Arrow, MapToolKind::ZoomIn}) {
+        display.reset();
+        script->Hold();
+        Open(5);
+        display->SetTool(static_cast<UINT>(tool));
+        ASSERT_TRUE(script->AwaitHeld(2, 10000));
+        display->OnLButtonDown(0, {100, 60});
+        Pump();
+        const auto before = window->repaints.size();
+        script->Release();
+        AwaitPicture();
+        EXPECT_EQ(before, window->repaints.size());
+        display->OnLButtonUp(0, {100, 60});
+        Pump();
+        ASSERT_EQ(before + 1, window->repaints.size()) << static_cast<int>(tool);
+        CRect repainted;
+        repainted.IntersectRect(window->repaints.back(), CRect(0, 0, 200, 120));
+        EXPECT_EQ(CRect(0, 0, 200, 120), repainted);
+        EXPECT_EQ(FromColour(TileColour(5, 16, 8)), PaintedAt(100, 60));
+    }
+}
+
+TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNow) {
+    Open(1);
     AwaitPicture();
-    EXPECT_EQ(window->repaints.size(), before);
-    display->OnLButtonUp(0, {100, 60});
-    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+    window->DestroyWindow();
+    display->RefreshTiles();
+    Pump();
+    window->repaints.clear();
+    window->Make();
+    display->RefreshTiles();
+    Pump();
+    EXPECT_EQ(1U, window->repaints.size());
+}
+
+TEST_F(Terrascope2, LogsOnceThatARegionHasTooManyTiles) {
+    const LogCapture log;
+    ScriptedMap map = WorldMap();
+    map.tileWidth = map.tileHeight = 1;
+    map.columns = map.rows = 10000;
+    script->SetTileAnswer(TileAnswer::Nothing);
+    MakeDisplay({1000, 600});
+    Open(1, map);
+    display->RefreshTiles();
+    EXPECT_EQ(1, log.Count("too many")) << log.Text();
 }
 
 TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {

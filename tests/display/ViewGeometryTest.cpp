@@ -85,15 +85,55 @@ TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
     EXPECT_EQ(inner.EndRow(), 5);
 }
 
+TEST(ViewGeometry, TheLargestScreensGetTheirTilesAndMoreIsRefused) {
+    Viewport view = World();
+    view.size = CSize(7680, 4320);
+    for (const int pixels : {16, 32, 8}) {
+        view.tileSize = CSize(pixels, pixels);
+        view.tileCount = CSize(1 << 20, 1 << 20);
+        view.resolution = {360.0 / pixels / (1 << 20), 180.0 / pixels / (1 << 20)};
+        view.center = {0, 0};
+        const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
+        EXPECT_EQ(pixels < 16, range.refused) << pixels;
+        EXPECT_EQ(pixels < 16, range.IsEmpty()) << pixels;
+    }
+}
+
+// 2^24 tiles of 256 pixels: no int holds the layer's width, and the drag ends at its edges.
+TEST(ViewGeometry, ALayerBeyondAnIntStopsAtItsEdges) {
+    Viewport view;
+    view.extent = {0, 0, 1 << 24, 1 << 24};  // units of one tile
+    view.tileSize = CSize(256, 256);
+    view.tileCount = CSize(1 << 24, 1 << 24);
+    view.resolution = {1.0 / 256, 1.0 / 256};
+    view.size = CSize(512, 512);
+    const auto permitted = [&](CPointF center, CSize shift) {
+        view.center = center;
+        const LayerPlace place = PlaceOfLayer(view);
+        COffsetCalculator calculator;
+        calculator.SetViewSize(view.size);
+        calculator.SetLayerSize(place.size);
+        calculator.SetMapPosition(place.corner);
+        calculator.SetOffset(shift);
+        return calculator.PermittedOffset();
+    };
+    const float edge = 1 << 24;
+    EXPECT_EQ(CSize(0, 0), permitted({1, edge - 1}, {50, 50})) << "top left corner";
+    EXPECT_EQ(CSize(-50, -50), permitted({1, edge - 1}, {-50, -50}));
+    EXPECT_EQ(CSize(0, 0), permitted({edge - 1, 1}, {-50, -50})) << "bottom right corner";
+    EXPECT_EQ(CSize(50, 50), permitted({edge - 1, 1}, {50, 50}));
+    EXPECT_EQ(CSize(-50, 50), permitted({edge / 2, edge / 2}, {-50, 50}));
+}
+
 TEST(ViewGeometry, NumbersThatDivideByNothingGiveNothing) {
     constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     for (const Resolution odd : {Resolution{0, 1}, {1, 0}, {-1, 1}, {kNan, 1}, {1e-300, 1e-300}}) {
         Viewport view = World();
         view.resolution = odd;
         MapToDevice(view, {1e300, -1e300});
-        MapCornerPosition(view);
+        PlaceOfLayer(view);
         const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
-        EXPECT_TRUE(range.IsEmpty() || range.columnCount < 65537);
+        EXPECT_TRUE(range.IsEmpty() || range.columnCount <= 400000);
         PaintMoment moment;
         moment.resolution = odd;
         moment.center = {1e30F, -1e30F};

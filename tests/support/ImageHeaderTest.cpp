@@ -91,6 +91,10 @@ const Case kCases[] = {
      "MM\0*\0\0\0\x8\0\2\1\0\0\3\0\0\0\1\2\x80\0\0\1\1\0\4\0\0\0\1\0\0\1\xE0"s, Tiff, 640, 480,
      true},
     {"tiff with its directory far away", ATiff(0xFFFFFFFF, 1, 1), Tiff},
+    {"tiff whose second width is of a type that only decoders take",
+     "II*\0\x8\0\0\0\3\0\0\1\3\0\1\0\0\0\x10\0\0\0\1\1\3\0\1\0\0\0\x10\0\0\0"
+     "\0\1\x9\0\1\0\0\0\xFF\xFF\xFF\0"s,
+     Tiff},
     {"webp", "RIFF\x10\0\0\0WEBPVP8 "s, WebP},
     {"avif", "\0\0\0\x1C\x66typavif"s, IsoMedia},
     {"packed vector tile", "\x1F\x8B\x08"s, Gzip},

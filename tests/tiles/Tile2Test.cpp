@@ -1,11 +1,15 @@
 #include "terrascope/tiles/Tile2.h"
 
 #include <gtest/gtest.h>
+#include <shlwapi.h>
 
+#include <algorithm>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
+#include "terrascope/support/ComRef.h"
 #include "terrascope/support/GdiplusSession.h"
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
 
@@ -31,14 +35,13 @@ std::vector<std::uint8_t> Red(int width, int height) {
 struct Surface {
     Surface(int w, int h) : width(w), height(h), pixels(static_cast<std::size_t>(w * h), 0) {}
 
-    CTileCanvas Canvas(const PaintMark& corner = {1, 0, 0}) {
-        return {{pixels.data(), width, height, width}, corner};
-    }
+    CTileCanvas Canvas() { return {{pixels.data(), width, height, width}, painted}; }
     std::uint32_t At(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
 
     int width;
     int height;
     std::vector<std::uint32_t> pixels;
+    CPaintedArea painted;
 };
 
 class Tile2 : public testing::Test {
@@ -99,19 +102,6 @@ TEST_F(Tile2, ShowsADeliveredImagePixelForPixelAndDecodesItOnce) {
     EXPECT_EQ(surface.At(16 + 5, 3), kBlue);
     EXPECT_EQ(surface.At(16 + 4, 3), kRed);
     EXPECT_EQ(surface.At(31, 7), kRed);
-
-    // The canvas is spoilt behind its back: what stands there already is not copied again, ...
-    surface.pixels.assign(surface.pixels.size(), 7);
-    tile.Draw(canvas, {-180, 90});
-    EXPECT_EQ(surface.At(16, 0), 7U);
-    // ... unless the content has moved or the tile forgot its place.
-    CTileCanvas moved = surface.Canvas({1, 1, 0});
-    tile.Draw(moved, {-180, 90});
-    EXPECT_EQ(surface.At(16, 0), kRed);
-    surface.pixels.assign(surface.pixels.size(), 7);
-    tile.ForgetPlace();
-    tile.Draw(moved, {-180, 90});
-    EXPECT_EQ(surface.At(16, 0), kRed);
 }
 
 TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
@@ -139,6 +129,101 @@ TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
         tile.Draw(canvas, {-180, 90});
         tile.Draw(canvas, {-180, 90});
         EXPECT_EQ(surface.At(8, 4), kGrey);
+    }
+}
+
+// A layer of so large tiles is no layer that anybody has: no memory is taken for their pictures.
+TEST_F(Tile2, HasNoPictureBeyondTheSizeThatImagesMayHave) {
+    for (const double factor : {8192.0, 4096.0, 2000.0, 1e9, -1.0}) {
+        CTile2 tile(map, Layer(1, factor), "0", nullptr);
+        EXPECT_EQ(nullptr, tile.Picture()) << factor;
+        Surface surface(16, 8);
+        CTileCanvas canvas = surface.Canvas();
+        tile.SetImage(Image(Red(16, 8)));
+        tile.Draw(canvas, {-180, 90});
+        EXPECT_EQ(0U, surface.At(8, 4)) << factor;
+    }
+}
+
+/// A picture in the format of an encoder of GDI+, such as L"image/png".
+std::vector<std::uint8_t> Encoded(const wchar_t* type) {
+    Gdiplus::Bitmap picture(48, 40, PixelFormat24bppRGB);
+    for (int y = 0; y < 40; ++y) {
+        for (int x = 0; x < 48; ++x) {
+            picture.SetPixel(x, y, Gdiplus::Color(BYTE(x * 5), BYTE(y * 6), BYTE(x * y)));
+        }
+    }
+    UINT count = 0;
+    UINT bytes = 0;
+    Gdiplus::GetImageEncodersSize(&count, &bytes);
+    std::vector<std::uint8_t> list(bytes);
+    auto* codecs = reinterpret_cast<Gdiplus::ImageCodecInfo*>(list.data());
+    Gdiplus::GetImageEncoders(count, bytes, codecs);
+    const auto* codec = std::find_if(codecs, codecs + count,
+                                     [&](const auto& c) { return wcscmp(c.MimeType, type) == 0; });
+    const CComRef<IStream> stream(::SHCreateMemStream(nullptr, 0));
+    EXPECT_EQ(Gdiplus::Ok, picture.Save(stream.Get(), &codec->Clsid, nullptr));
+    std::vector<std::uint8_t> file(1 << 20);
+    ULONG size = 0;
+    stream->Seek({}, STREAM_SEEK_SET, nullptr);
+    stream->Read(file.data(), static_cast<ULONG>(file.size()), &size);
+    file.resize(size);
+    return file;
+}
+
+// Decoders seek where a damaged header sends them. What they do with the pixels is theirs, but an
+// image that is refused leaves the tile its picture.
+TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
+    std::mt19937 random(2000);
+    int refused = 0;
+    const auto show = [&](const std::vector<std::uint8_t>& bytes) {
+        CTile2 tile(map, Layer(1), "0", nullptr);
+        Surface surface(16, 8);
+        CTileCanvas canvas = surface.Canvas();
+        tile.SetImage(Image(bytes));
+        tile.Draw(canvas, {-180, 90});
+        if (tile.TakeFailure() != nullptr) {
+            ++refused;
+            ASSERT_EQ(std::vector<std::uint32_t>(16 * 8, kGrey), surface.pixels);
+        }
+    };
+    for (const wchar_t* type : {L"image/png", L"image/bmp", L"image/tiff", L"image/jpeg"}) {
+        const auto whole = Encoded(type);
+        ASSERT_LT(100U, whole.size());
+        for (std::size_t part = 0; part < 64; ++part) {
+            show({whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() * part / 64)});
+        }
+        for (int i = 0; i < 2000; ++i) {
+            auto damaged = whole;
+            const auto length = i % 2 == 0 ? whole.size() : std::min<std::size_t>(64, whole.size());
+            for (int byte = 0; byte <= i % 5; ++byte) {
+                damaged[random() % length] = static_cast<std::uint8_t>(random());
+            }
+            show(damaged);
+        }
+    }
+    EXPECT_LT(100, refused);
+}
+
+// The children are smaller than the parent's source rectangle: beyond them nothing is drawn.
+TEST_F(Tile2, AMergeOfSmallerTilesLeavesGreyWhatTheyDoNotReach) {
+    std::vector<std::unique_ptr<CTile2>> children;
+    Surface surface(32, 16);
+    CTileCanvas canvas = surface.Canvas();
+    for (const char* key : {"10", "11", "12", "13"}) {
+        children.push_back(std::make_unique<CTile2>(map, Layer(2), key, nullptr));
+        children.back()->SetImage(Image(Red(16, 8)));
+        children.back()->Draw(canvas, children.back()->TopLeft());
+    }
+    // 24 x 12 pixels; each child of 16 x 8 goes into 8 x 4 from a source of 24 x 12: every third.
+    CTile2 merged(*children[0], *children[1], *children[2], *children[3], Layer(1, 1.5));
+    Surface whole(24, 12);
+    CTileCanvas target = whole.Canvas();
+    merged.Draw(target, merged.TopLeft());
+    for (int y = 0; y < 12; ++y) {
+        for (int x = 0; x < 24; ++x) {
+            EXPECT_EQ(x % 12 < 6 && y % 6 < 3 ? kRed : kGrey, whole.At(x, y)) << x << "," << y;
+        }
     }
 }
 
@@ -183,9 +268,9 @@ TEST_F(Tile2, KeepsTrueDistancesWhenTheFactorLeavesAFraction) {
 }
 
 TEST_F(Tile2, LiesInMapUnitsWhereItsKeySays) {
-    const MapRectF rect = CTile2(map, Layer(2), "12", nullptr).GetLogicalRect();
-    EXPECT_FLOAT_EQ(rect.x, 0);
-    EXPECT_FLOAT_EQ(rect.y, 45);
+    const MapRegion rect = CTile2(map, Layer(2), "12", nullptr).GetLogicalRect();
+    EXPECT_FLOAT_EQ(0, rect.left);
+    EXPECT_FLOAT_EQ(45, rect.top);
     EXPECT_FLOAT_EQ(rect.width, 90);
     EXPECT_FLOAT_EQ(rect.height, -45);
 

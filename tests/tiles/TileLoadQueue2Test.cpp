@@ -4,11 +4,13 @@
 
 #include <atomic>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "terrascope/tiles/TileLoadThread.h"
 #include "tests/fixtures/Await.h"
+#include "tests/fixtures/LogCapture.h"
 
 namespace Terrascope {
 namespace {
@@ -68,8 +70,16 @@ private:
 class Receiver : public ITileLoadedSlot {
 public:
     void OnTileLoaded(tagTILE_IMAGE* image) override {
+        const bool fails = image->strKey == "fails";
+        const bool hangs = image->strKey == "hangs";
         delete image;
         ++delivered;
+        if (fails) {
+            throw std::runtime_error("no room");
+        }
+        if (hangs) {
+            ::WaitForSingleObject(::GetCurrentThread(), 30000);
+        }
     }
     std::atomic<int> delivered{0};
 };
@@ -153,6 +163,42 @@ TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) 
     ASSERT_TRUE(Await([&] { return provider.entered == 106; }));
     EXPECT_LT(::GetTickCount64() - start, 5000U) << "paced, a hundred tiles take 7.5 s";
     EXPECT_EQ(receiver.delivered, 6);
+}
+
+TEST_F(TileLoadQueue, LogsAReceiverThatFailsAndGoesOn) {
+    const TerrascopeTest::LogCapture log;
+    provider.Open();
+    for (const char* key : {"fails", "0", "1", "2", "3"}) {
+        queue.Push("map", 1, key);
+        EXPECT_TRUE(Await([&] { return provider.entered == receiver.delivered; }));
+    }
+    EXPECT_TRUE(Await([&] { return receiver.delivered == 5; }));
+    EXPECT_EQ(1, log.Count("no room")) << log.Text();
+}
+
+TEST_F(TileLoadQueue, EndsWhatWasPushedBeforeAClear) {
+    HoldBothWorkers();
+    queue.Push("map", 1, "0");
+    const tagTILE_LOAD_REQUEST former = queue.Pop();
+    EXPECT_FALSE(queue.IsStale(former));
+    queue.Clear();
+    queue.Push("map", 1, "0");
+    EXPECT_TRUE(queue.IsStale(former));
+    EXPECT_FALSE(queue.IsStale(queue.Pop()));
+    provider.Open();
+}
+
+TEST(TileLoadQueueEnd, DoesNotWaitForEverForAReceiverThatHangs) {
+    static GatedProvider provider;
+    static Receiver receiver;
+    provider.Open();
+    const ULONGLONG start = ::GetTickCount64();
+    {
+        CTileLoadQueue2 queue(&receiver, &provider);
+        queue.Push("map", 1, "hangs");
+        ASSERT_TRUE(Await([&] { return receiver.delivered == 1; }));
+    }
+    EXPECT_GT(15000U, ::GetTickCount64() - start);
 }
 
 TEST(TileLoadQueueEnd, AbandonsAThreadThatIsStuckInTheProvider) {

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <afxmt.h>
+#include <afxwin.h>
+
+#include <atomic>
+
+#include "ThreadAnnotations.h"
+
+namespace Terrascope {
+
+/// The window of the host as the display uses it: where repaint messages go.
+///
+/// Units:   rectangles in client pixels of the window.
+/// Borrows: the window object, which is only compared, never used after construction: the host may
+///          delete it, or destroy its window and make another, while a loading thread posts.
+/// Threads: Refresh on the user-interface thread, the rest on any.
+/// Locks:   one, innermost, for what is withheld.
+class CHostWindow {
+public:
+    /// `window` may be null (nothing is ever posted) and may have no window yet.
+    explicit CHostWindow(CWnd* window);
+    CHostWindow(const CHostWindow&) = delete;
+    CHostWindow& operator=(const CHostWindow&) = delete;
+
+    bool Exists() const { return m_window != nullptr; }
+
+    /// Finds the window that belongs to the object now: it may have come later, or anew.
+    void Refresh();
+
+    /// Asks the host to repaint a rectangle. The message's RECT is the host's from then on.
+    void PostRepaint(const CRect& rect) const;
+
+    /// The same for the whole view, which what was withheld is a part of.
+    void PostRepaintOfView(const CRect& view);
+
+    /// Keeps a rectangle back until PostWithheld, which posts one about all of them.
+    void Withhold(const CRect& rect);
+    void PostWithheld();
+
+private:
+    CRect TakeWithheld();
+
+    CWnd* const m_window;
+    /// False for a temporary object about a window of somebody else's: that has the handle alone.
+    const bool m_attached;
+    std::atomic<HWND> m_handle;
+    CCriticalSection m_lock;
+    CRect m_withheld GUARDED_BY(m_lock){0, 0, 0, 0};
+};
+
+}  // namespace Terrascope

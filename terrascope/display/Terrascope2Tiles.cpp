@@ -1,0 +1,117 @@
+// Which tiles exist about the view, and how they come into the picture and onto the screen.
+#include <algorithm>
+#include <utility>
+
+#include "terrascope/display/DeviceUnits.h"
+#include "terrascope/display/Terrascope2.h"
+#include "terrascope/display/ViewPainter.h"
+#include "terrascope/support/LogSink.h"
+
+namespace Terrascope {
+
+namespace {
+
+constexpr int kRepaintMargin = 3;  // pixels about a tile that arrived
+
+}  // namespace
+
+void CTerrascope2::RefreshTiles() {
+    m_host.Refresh();
+    const Viewport view = View();
+    const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
+    const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
+    LogRefusal(range);
+    {
+        CSingleLock lock(&m_tiles.Lock(), TRUE);
+        m_tiles.Refresh(m_map, m_layer, range, m_queue.get());
+        const auto paintVisible = [&](CTileCanvas& canvas, const CPointF& origin) {
+            const auto paint = [&](CTile2& tile) {
+                tile.Promote();
+                tile.Draw(canvas, origin);
+            };
+            m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, paint);
+        };
+        m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), paintVisible);
+    }
+    PostRepaintOfView();
+}
+
+void CTerrascope2::LogRefusal(const TileRange& range) {
+    if (range.refused && !m_refusalLogged) {
+        m_refusalLogged = true;
+        LogLine("map '%s', layer %d: its tiles of %d x %d pixels are too many about this view",
+                m_map.strName.GetString(), m_layer.nLayerNumber, m_layer.nTileWidth,
+                m_layer.nTileHeight);
+    }
+}
+
+void CTerrascope2::OnTileLoaded(tagTILE_IMAGE* image) {
+    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), nullptr);
+}
+
+void CTerrascope2::OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) {
+    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), &request);
+}
+
+void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
+                           const tagTILE_LOAD_REQUEST* request) {
+    if (record == nullptr) {
+        return;
+    }
+    std::optional<CRect> place = GiveToTile(std::move(record), request);
+    if (!place || m_switch.IsRunning()) {
+        return;  // a switch repaints the whole view at its end
+    }
+    place->InflateRect(kRepaintMargin, kRepaintMargin);
+    if (IsDragging()) {
+        m_host.Withhold(*place);
+    } else {
+        m_host.PostRepaint(*place);
+    }
+}
+
+std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
+                                              const tagTILE_LOAD_REQUEST* request) {
+    const CString key = record->strKey;
+    MapRegion region;
+    CSize size;
+    const char* failure = nullptr;
+    {
+        CSingleLock lock(&m_tiles.Lock(), TRUE);
+        CTile2* tile = m_tiles.Find(key);
+        if (tile == nullptr || (request != nullptr && m_queue->IsStale(*request))) {
+            return std::nullopt;
+        }
+        tile->SetImage(record.release());
+        m_picture.PaintTile(
+            [&](CTileCanvas& canvas, const CPointF& origin) { tile->Draw(canvas, origin); });
+        failure = tile->TakeFailure();
+        region = tile->GetLogicalRect();
+        size = tile->PixelSize();
+    }
+    if (failure != nullptr) {
+        LogTileFailure(key, failure);
+    }
+    const CPoint corner = MapToDevicePixels(View(), {region.left, region.top});
+    return CRect(corner,
+                 CSize(std::min<int>(size.cx, kFarPixels), std::min<int>(size.cy, kFarPixels)));
+}
+
+void CTerrascope2::Draw(CDC* dc) {
+    if (dc == nullptr || dc->GetSafeHdc() == nullptr) {
+        return;
+    }
+    m_host.Refresh();
+    const Viewport view = View();
+    const auto paint = [&](CMapBitmap& bitmap, const PaintMoment& moment) {
+        const CRect source = SourceRectangle(moment, view.size);
+        if (!source.IsRectEmpty()) {
+            PaintView(*dc, bitmap, source, view.size, ScreenDeviceFactor());
+        }
+    };
+    if (!m_switch.Draw(view.center, paint)) {
+        m_picture.Draw(view, paint);
+    }
+}
+
+}  // namespace Terrascope

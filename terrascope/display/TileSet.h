@@ -1,0 +1,61 @@
+#pragma once
+
+#include <afxmt.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "ThreadAnnotations.h"
+#include "terrascope/display/ViewGeometry.h"
+#include "terrascope/tiles/Tile2.h"
+
+namespace Terrascope {
+
+/// The tiles of the load region in the current layer, and those prepared for the next layer.
+///
+/// Owns:    the tiles. Borrows: the queue that new tiles are given.
+/// Threads: any, under the tile lock, which the caller takes; it is the outermost of a display.
+class CTileSet {
+public:
+    CTileSet() = default;
+    CTileSet(const CTileSet&) = delete;
+    CTileSet& operator=(const CTileSet&) = delete;
+
+    CCriticalSection& Lock() RETURN_CAPABILITY(m_lock) { return m_lock; }
+
+    /// The tile of a key, or null.
+    CTile2* Find(const CString& key) const REQUIRES(m_lock);
+
+    /// Makes the tiles of a range that are missing, drops those outside it. Prepared tiles are
+    /// taken first; where a tile is already, the prepared one is dropped.
+    void Refresh(const tagTILE_MAP_INFO& map, const CTileLayer2& layer, const TileRange& range,
+                 CTileLoadQueue2* queue) REQUIRES(m_lock);
+
+    /// Calls `visit` for each tile of a range, from the last column and row to the first.
+    void VisitBackwards(const TileRange& range, int layerNumber,
+                        const std::function<void(CTile2&)>& visit) const REQUIRES(m_lock);
+
+    /// Prepares the next finer layer: each tile of `range` gives its four quarters, so that the new
+    /// layer shows something from the first frame on. Throws what CTile2::Split does.
+    void PrepareFiner(const CTileLayer2& layer, const TileRange& range, const CTileLayer2& finer)
+        REQUIRES(m_lock);
+
+    /// Prepares the next coarser layer: each parent of a tile is merged from its four children;
+    /// children that are missing are grey.
+    void PrepareCoarser(const tagTILE_MAP_INFO& map, const CTileLayer2& layer,
+                        const CTileLayer2& coarser, CTileLoadQueue2* queue) REQUIRES(m_lock);
+
+    void Clear() REQUIRES(m_lock) { m_tiles.clear(); }
+    void ClearPrepared() REQUIRES(m_lock);
+
+private:
+    using TileMap = std::map<CString, std::unique_ptr<CTile2>>;
+
+    CCriticalSection m_lock;
+    TileMap m_tiles GUARDED_BY(m_lock);
+    TileMap m_zoomInTiles GUARDED_BY(m_lock);
+    TileMap m_zoomOutTiles GUARDED_BY(m_lock);
+};
+
+}  // namespace Terrascope

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <afx.h>
+
+#include <cstdint>
+
+namespace Terrascope {
+
+/// One tile that wants its image. An empty key means "nothing to do".
+struct tagTILE_LOAD_REQUEST {
+    CString strMapName;
+    std::int32_t nLayerNumber = -1;
+    CString strKey;
+    /// How often the queue had been cleared when this was pushed.
+    std::uint32_t serial = 0;
+};
+
+}  // namespace Terrascope
