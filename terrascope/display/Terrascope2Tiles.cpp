@@ -24,7 +24,8 @@ void CTerrascope2::RefreshTiles() {
     {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
         m_tiles.Refresh(m_map, m_layer, range, m_queue.get());
-        const auto paintVisible = [&](CTileCanvas& canvas, const CPointF& origin) {
+        const auto paintVisible = [&](CTileCanvas& canvas,
+                                      const CPointF& origin) REQUIRES(m_tiles.Lock()) {
             const auto paint = [&](CTile2& tile) {
                 tile.Promote();
                 tile.Draw(canvas, origin);
