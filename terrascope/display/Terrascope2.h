@@ -13,7 +13,7 @@
 #include "terrascope/display/ITerrascope.h"
 #include "terrascope/display/LayerSwitch.h"
 #include "terrascope/display/MapPicture.h"
-#include "terrascope/display/MapTool2Factory.h"
+#include "terrascope/display/tools/MapTool2Factory.h"
 #include "terrascope/display/TileSet.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"

@@ -207,18 +207,23 @@ TEST_F(Painting, APanToAnyFractionOfAPixelShowsWhatAFreshRenderingShows) {
     }
 }
 
-// There the load region keeps its corner and changes its size only.
+// There the load region keeps its corner and changes its size only: the first column leaves the
+// view, not the bitmap.
 TEST_F(Painting, APanAtTheMapsLeftAndTopEdgeKeepsWhatWasLoaded) {
-    Open(4);
-    display->SetCenter({-180 + 100 * 360.0F / 1024, 90 - 60 * 180.0F / 512});
+    ScriptedMap map = WorldMap();
+    map.tileWidth = map.tileHeight = 16;  // layer 5 has 512 x 256 pixels
+    MakeDisplay({96, 64});
+    Open(5, map);
+    display->SetCenter({-180 + 50 * 360.0F / 512, 90 - 32 * 180.0F / 256});
     AwaitPicture();
-    Drag({-45, -25});
-    AwaitPicture();
-    display->OnLButtonDown(0, {100, 60});
-    display->OnMouseMove(0, {145, 85});
-    EXPECT_EQ(0, WrongPixels(Paint(), {0, 0})) << "while dragging back";
-    display->OnLButtonUp(0, {145, 85});
-    EXPECT_EQ(0, WrongPixels(Paint(), {0, 0}));
+    const auto before = Paint();
+    display->OnLButtonDown(0, {40, 30});
+    display->OnMouseMove(0, {20, 18});
+    display->OnLButtonUp(0, {20, 18});
+    display->OnLButtonDown(0, {20, 18});
+    display->OnMouseMove(0, {40, 30});
+    EXPECT_EQ(before, Paint()) << "while dragging back";
+    display->OnLButtonUp(0, {40, 30});
 }
 
 // Columns and rows come from the provider's record: a wrong one paints another place, and what

@@ -7,7 +7,7 @@
 
 #include "terrascope/display/CenterPointAdjuster2.h"
 #include "terrascope/display/DeviceUnits.h"
-#include "terrascope/display/OffsetCalculator.h"
+#include "terrascope/display/tools/OffsetCalculator.h"
 
 namespace Terrascope {
 namespace {

@@ -1,4 +1,4 @@
-#include "terrascope/display/OffsetCalculator.h"
+#include "terrascope/display/tools/OffsetCalculator.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "terrascope/display/MapTool2.h"
+#include "terrascope/display/tools/MapTool2.h"
 
 #include "terrascope/display/Terrascope2.h"
 #include "terrascope/resources/resource.h"

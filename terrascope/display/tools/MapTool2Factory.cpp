@@ -1,12 +1,10 @@
-#include "terrascope/display/MapTool2Factory.h"
+#include "terrascope/display/tools/MapTool2Factory.h"
 
 #include <new>
 
-#include "terrascope/display/ArrowTool2.h"
+#include "terrascope/display/tools/ClickTools.h"
 #include "terrascope/display/ITerrascope.h"
-#include "terrascope/display/PanTool2.h"
-#include "terrascope/display/ZoomInTool2.h"
-#include "terrascope/display/ZoomOutTool2.h"
+#include "terrascope/display/tools/PanTool2.h"
 
 namespace Terrascope {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "terrascope/display/MapTool2.h"
+#include "terrascope/display/tools/MapTool2.h"
 #include "terrascope/display/ViewGeometry.h"
 
 namespace Terrascope {

@@ -1,6 +1,6 @@
-#include "terrascope/display/PanTool2.h"
+#include "terrascope/display/tools/PanTool2.h"
 
-#include "terrascope/display/OffsetCalculator.h"
+#include "terrascope/display/tools/OffsetCalculator.h"
 #include "terrascope/display/Terrascope2.h"
 #include "terrascope/resources/resource.h"
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "terrascope/display/MapTool2.h"
+#include "terrascope/display/tools/MapTool2.h"
 
 namespace Terrascope {
 
