@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "terrascope/support/ComRef.h"
-#include "terrascope/support/ImageHeader.h"
+#include "terrascope/tiles/ImageHeader.h"
 #include "terrascope/support/Truncate.h"
 #include "terrascope/tiles/PictureScaling.h"
 #include "terrascope/tiles/TileKey.h"

@@ -1,4 +1,4 @@
-#include "terrascope/support/ImageHeader.h"
+#include "terrascope/tiles/ImageHeader.h"
 
 #include <algorithm>
 #include <cstddef>
