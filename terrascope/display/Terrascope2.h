@@ -68,7 +68,8 @@ public:
                          double* bottom) override;
 
     void OnTileLoaded(tagTILE_IMAGE* image) override;
-    void OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) override;
+    void OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
+                       const DecodedImage& decoded) override;
     bool Step() override;
 
     // For the tools.
@@ -102,10 +103,12 @@ private:
     // Terrascope2Tiles.cpp
     void LogRefusal(const TileRange& range);
     /// `request` may be null: then the record is current.
-    void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request);
+    void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
+                 const DecodedImage& decoded);
     /// The rectangle of the tile in the host window; nothing when it is not wanted any more.
     std::optional<CRect> GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
-                                    const tagTILE_LOAD_REQUEST* request);
+                                    const tagTILE_LOAD_REQUEST* request,
+                                    const DecodedImage& decoded);
 
     // Terrascope2Zoom.cpp
     void BeginLayerSwitch(SwitchMode mode, const tagTILE_MAP_LAYER_INFO* next);

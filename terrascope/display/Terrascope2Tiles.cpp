@@ -13,6 +13,13 @@ namespace {
 
 constexpr int kRepaintMargin = 3;  // pixels about a tile that arrived
 
+/// Whether an image was decoded for a tile of this size. (It is not where the layer's zoom factor
+/// has changed since the tile was asked for.)
+bool IsFor(const DecodedImage& decoded, const CTile2& tile) {
+    return decoded.failure != nullptr ||
+           (decoded.picture != nullptr && decoded.picture->Size() == tile.PixelSize());
+}
+
 }  // namespace
 
 void CTerrascope2::RefreshTiles() {
@@ -47,19 +54,20 @@ void CTerrascope2::LogRefusal(const TileRange& range) {
 }
 
 void CTerrascope2::OnTileLoaded(tagTILE_IMAGE* image) {
-    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), nullptr);
+    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), nullptr, {});
 }
 
-void CTerrascope2::OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) {
-    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), &request);
+void CTerrascope2::OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
+                                 const DecodedImage& decoded) {
+    Deliver(std::unique_ptr<tagTILE_IMAGE>(image), &request, decoded);
 }
 
 void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
-                           const tagTILE_LOAD_REQUEST* request) {
+                           const tagTILE_LOAD_REQUEST* request, const DecodedImage& decoded) {
     if (record == nullptr) {
         return;
     }
-    std::optional<CRect> place = GiveToTile(std::move(record), request);
+    std::optional<CRect> place = GiveToTile(std::move(record), request, decoded);
     if (!place || m_switch.IsRunning()) {
         return;  // a switch repaints the whole view at its end
     }
@@ -72,7 +80,7 @@ void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
 }
 
 std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
-                                              const tagTILE_LOAD_REQUEST* request) {
+                                              const tagTILE_LOAD_REQUEST* request, const DecodedImage& decoded) {
     const CString key = record->strKey;
     MapRegion region;
     CSize size;
@@ -83,7 +91,11 @@ std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> rec
         if (tile == nullptr || (request != nullptr && m_queue->IsStale(*request))) {
             return std::nullopt;
         }
-        tile->SetImage(record.release());
+        if (IsFor(decoded, *tile)) {
+            tile->SetDecodedImage(record.release(), decoded);
+        } else {
+            tile->SetImage(record.release());
+        }
         m_picture.PaintTile(
             [&](CTileCanvas& canvas, const CPointF& origin) { tile->Draw(canvas, origin); });
         failure = tile->TakeFailure();

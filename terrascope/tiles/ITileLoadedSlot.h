@@ -1,6 +1,7 @@
 #pragma once
 
 #include "terrascope/providers/TileMapRecords.h"
+#include "terrascope/tiles/ImageDecoding.h"
 #include "terrascope/tiles/TileLoadRequest.h"
 
 namespace Terrascope {
@@ -15,10 +16,12 @@ public:
     virtual ~ITileLoadedSlot() = default;
     virtual void OnTileLoaded(tagTILE_IMAGE* image) = 0;
 
-    /// The same with the request that the tile answers, for a slot that wants to tell whether it is
-    /// still current. This is what the loading threads call.
-    virtual void OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) {
+    /// The same with the request that the tile answers and, if that has a tile size, the decoded
+    /// image; `image` may be null here as well. This is what the loading threads call.
+    virtual void OnTileFetched(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
+                               const DecodedImage& decoded) {
         static_cast<void>(request);
+        static_cast<void>(decoded);
         OnTileLoaded(image);
     }
 };

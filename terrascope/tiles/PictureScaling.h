@@ -1,16 +1,28 @@
 #pragma once
 
-#include "terrascope/support/GdiPlus.h"
+#include <afxwin.h>
+
+#include "terrascope/tiles/TilePicture.h"
 
 namespace Terrascope {
 
-/// Scales a part of one 32-bit picture into a part of another, each pixel from the nearest one. For
-/// pictures that wait for a better one: it takes a tenth of the time of GDI+'s drawing, and a zoom
-/// makes a hundred of them while the user looks on.
+/// Scales a part of one picture into a part of another, each pixel from the nearest one. For
+/// pictures that wait for a better one: it takes a tenth of the time of GDI+'s drawing.
 ///
-/// Units:  pixels. What lies outside either picture is left as it is in the target.
-/// Errors: nothing is drawn when a rectangle is empty or a picture's pixels cannot be had.
-void ScalePart(Gdiplus::Bitmap& target, const Gdiplus::Rect& to, Gdiplus::Bitmap& source,
-               const Gdiplus::Rect& from);
+/// Units:  pixels. What lies outside either picture is left as it is in the target; nothing is
+///         done when a rectangle is empty.
+void ScalePart(CTilePicture& target, const CRect& to, const CTilePicture& source,
+               const CRect& from);
+
+/// The places along one axis of a target that lie in it and whose nearest place lies in the source:
+/// the first of them, and the nearest place of each. Place i of `toSize` has place
+/// i * fromSize / toSize of the source's part.
+struct NearestPlaces {
+    NearestPlaces(int toStart, int toSize, int targetSize, int fromStart, int fromSize,
+                  int sourceSize);
+
+    int first = 0;
+    std::vector<int> places;
+};
 
 }  // namespace Terrascope

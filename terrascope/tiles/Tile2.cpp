@@ -1,19 +1,13 @@
 #include "terrascope/tiles/Tile2.h"
 
-#include <shlwapi.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
-#include <span>
 #include <stdexcept>
 
-#include "terrascope/support/ComRef.h"
 #include "terrascope/tiles/ImageHeader.h"
 #include "terrascope/support/Truncate.h"
-#include "terrascope/tiles/PictureScaling.h"
 #include "terrascope/tiles/TileKey.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
@@ -21,25 +15,21 @@ namespace Terrascope {
 
 namespace {
 
-constexpr std::uint32_t kWaitingGrey = 0xFFC8C8C8;
-
-/// Draws part of a picture, measured in pixels, into a rectangle; a failure leaves the target.
-void DrawPart(Gdiplus::Bitmap& target, Gdiplus::Bitmap& source, const Gdiplus::Rect& to,
-              const Gdiplus::Rect& from) {
-    Gdiplus::Graphics graphics(&target);
-    graphics.DrawImage(&source, to, from.X, from.Y, from.Width, from.Height, Gdiplus::UnitPixel);
-}
-
 /// A pixel position that can be added to another without overflow.
 int ClampPlace(double position) {
     constexpr double kFar = 1 << 29;
     return TruncateToInt(std::clamp(position, -kFar, kFar));
 }
 
+std::shared_ptr<CWaitingPicture> GreyPicture(CSize size) {
+    return IsSafeSize(size.cx, size.cy) ? std::make_shared<CWaitingPicture>(size) : nullptr;
+}
+
 /// The column and row of a key; of one that cannot be decoded, those of its valid part.
 TileIndex IndexOf(const tagTILE_IMAGE* image, const CString& key) {
-    if (image)
+    if (image != nullptr) {
         return {image->nColumn, image->nRow};
+    }
     TileIndex index;
     DecodeTileKey(key, index);
     return index;
@@ -49,41 +39,32 @@ TileIndex IndexOf(const tagTILE_IMAGE* image, const CString& key) {
 
 CTile2::CTile2(const tagTILE_MAP_INFO& map, const CTileLayer2& layer, const CString& key,
                CTileLoadQueue2* queue)
-    : m_key(key), m_map(map), m_layer(layer), m_queue(queue) {
+    : m_key(key), m_map(map), m_layer(layer), m_picture(GreyPicture(PixelSize())), m_queue(queue) {
     SetPosition();
-    MakeGreyPicture();
 }
 
 CTile2::CTile2(const CTile2& child0, const CTile2& child1, const CTile2& child2,
                const CTile2& child3, const CTileLayer2& layer)
-    : m_key(child0.m_key.Left(child0.m_key.GetLength() - 1)),
-      m_map(child0.m_map),
-      m_layer(layer),
-      m_queue(child0.m_queue) {
-    SetPosition();
-    MakeGreyPicture();
-    if (!m_bitmap)
+    : CTile2(child0.m_map, layer, child0.m_key.Left(child0.m_key.GetLength() - 1),
+             child0.m_queue) {
+    if (m_picture == nullptr) {
         return;
-
-    const int width = m_layer.nTileWidth;
-    const int height = m_layer.nTileHeight;
+    }
+    const CSize size = PixelSize();
     const std::array children{&child0, &child1, &child2, &child3};
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const CTile2& child = *children[static_cast<std::size_t>(quadrant)];
-        if (!child.m_bitmap)
-            continue;
-        ScalePart(*m_bitmap,
-                  {quadrant % 2 * (width / 2), quadrant / 2 * (height / 2),
-                   TruncateToInt(child.m_layer.nTileWidth * 0.5),
-                   TruncateToInt(child.m_layer.nTileHeight * 0.5)},
-                  *child.m_bitmap, {0, 0, width, height});
+        const CPoint corner(quadrant % 2 * (size.cx / 2), quadrant / 2 * (size.cy / 2));
+        const CSize half(child.m_layer.nTileWidth / 2, child.m_layer.nTileHeight / 2);
+        // The source is as large as this tile, also where the child is smaller: grey stays there.
+        m_picture->AddPart(child.m_picture, CRect(corner, half), CRect(CPoint(0, 0), size));
     }
 }
 
 std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
-    if (m_layer.nLayerNumber >= std::int64_t{m_map.nLayerCount} - 1 + m_map.nFirstLayer)
+    if (m_layer.nLayerNumber >= std::int64_t{m_map.nLayerCount} - 1 + m_map.nFirstLayer) {
         throw std::logic_error("layerNumber out of range");
-
+    }
     const int width = m_layer.nTileWidth;
     const int height = m_layer.nTileHeight;
     std::array<std::unique_ptr<CTile2>, 4> children;
@@ -91,29 +72,39 @@ std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
         CString key;
         key.Format("%s%d", m_key.GetString(), quadrant);
         auto child = std::make_unique<CTile2>(m_map, childLayer, key, m_queue);
-        if (m_bitmap && child->m_bitmap) {
+        if (child->m_picture != nullptr) {
             // The quarter is stretched to one pixel more than the child.
-            ScalePart(*child->m_bitmap,
-                      {0, 0, childLayer.nTileWidth + 1, childLayer.nTileHeight + 1}, *m_bitmap,
-                      {quadrant % 2 * width / 2, quadrant / 2 * height / 2, width / 2, height / 2});
+            child->m_picture->AddPart(
+                m_picture, CRect(0, 0, childLayer.nTileWidth + 1, childLayer.nTileHeight + 1),
+                CRect(CPoint(quadrant % 2 * width / 2, quadrant / 2 * height / 2),
+                      CSize(width / 2, height / 2)));
         }
         children[static_cast<std::size_t>(quadrant)] = std::move(child);
     }
 
     std::vector<CTile2*> result;
     result.reserve(children.size());
-    for (auto& child : children)
+    for (auto& child : children) {
         result.push_back(child.release());
+    }
     return result;
 }
 
 void CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
-    DecodeImage();
-    if (m_bitmap != nullptr) {
+    DecodeDelivered();
+    if (m_picture != nullptr) {
         const CRect place = PlaceOn(viewTopLeft);
-        canvas.Paint(*m_bitmap, place.TopLeft(), place.Size());
+        if (const CTilePicture* picture = Picture()) {
+            canvas.Paint(*picture, place.TopLeft());
+        } else {
+            canvas.Fill(place, kWaitingGrey);
+        }
     }
     RequestLoad();
+}
+
+const CTilePicture* CTile2::Picture() const {
+    return m_picture != nullptr ? m_picture->Make().get() : nullptr;
 }
 
 CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
@@ -134,10 +125,11 @@ CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
 
 MapRegion CTile2::GetLogicalRect() const {
     TileIndex index;
-    if (m_image)
+    if (m_image != nullptr) {
         index = {m_image->nColumn, m_image->nRow};
-    else if (!DecodeTileKey(m_key, index))
+    } else if (!DecodeTileKey(m_key, index)) {
         return {};
+    }
     const double width = m_layer.nTileWidth * m_layer.dUnitsPerPixelX;
     const double height = m_layer.nTileHeight * m_layer.dUnitsPerPixelY;
     return {static_cast<float>(m_map.dLongitudeStart + index.column * width),
@@ -146,19 +138,22 @@ MapRegion CTile2::GetLogicalRect() const {
 }
 
 void CTile2::RequestLoad() {
-    if (!m_image && !m_requested && m_queue)
-        m_requested = m_queue->Push(m_map.strName, m_layer.nLayerNumber, m_key);
+    if (m_image == nullptr && !m_requested && m_queue != nullptr) {
+        m_requested = m_queue->Push(m_map.strName, m_layer.nLayerNumber, m_key, PixelSize());
+    }
 }
 
 void CTile2::Promote() {
-    if (!m_image && m_queue)
+    if (m_image == nullptr && m_queue != nullptr) {
         m_queue->MoveToFront(m_key);
+    }
 }
 
 void CTile2::SetPosition() {
     TileIndex index;
-    if (!DecodeTileKey(m_key, index))
+    if (!DecodeTileKey(m_key, index)) {
         return;
+    }
     const double x = static_cast<double>(m_layer.nTileWidth) * index.column;
     const double y = static_cast<double>(m_layer.nTileHeight) * index.row;
     m_left = static_cast<float>(x * m_layer.dUnitsPerPixelX + m_map.dLongitudeStart);
@@ -166,54 +161,23 @@ void CTile2::SetPosition() {
         static_cast<float>((m_map.dLatitudeStart + m_map.dLatitude) - y * m_layer.dUnitsPerPixelY);
 }
 
-void CTile2::MakeGreyPicture() {
-    if (!IsSafeSize(m_layer.nTileWidth, m_layer.nTileHeight)) {
-        return;
-    }
-    auto bitmap = std::make_unique<Gdiplus::Bitmap>(m_layer.nTileWidth, m_layer.nTileHeight,
-                                                    PixelFormat32bppARGB);
-    // Filled by hand: a pan makes a column of tiles at once, and GDI+ takes ten times as long.
-    Gdiplus::BitmapData data{};
-    if (bitmap->LockBits(nullptr, Gdiplus::ImageLockModeWrite, PixelFormat32bppARGB, &data) !=
-        Gdiplus::Ok)
-        return;
-    auto* row = static_cast<std::byte*>(data.Scan0);
-    for (UINT y = 0; y < data.Height; ++y, row += data.Stride)
-        std::fill_n(reinterpret_cast<std::uint32_t*>(row), data.Width, kWaitingGrey);
-    bitmap->UnlockBits(&data);
-    m_bitmap = std::move(bitmap);
+void CTile2::SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded) {
+    m_image.reset(image);
+    TakeDecoded(decoded);
 }
 
-void CTile2::DecodeImage() {
-    if (!m_image || m_image->stream.GetLength() == 0)
-        return;
-
-    // The bytes are hostile until their header has been read: the decoder trusts it.
-    const std::span<const std::uint8_t> bytes = m_image->stream.Bytes();
-    const bool safe = IsSafeToDecode(ReadImageHeader(bytes));
-    // Not the record's own stream: one over global memory, once sought past its end, reads on
-    // beyond its block, and a damaged image makes decoders seek there.
-    const CComRef<IStream> stream(
-        safe && m_bitmap != nullptr
-            ? ::SHCreateMemStream(bytes.data(), static_cast<UINT>(bytes.size()))
-            : nullptr);
-    if (stream) {
-        Gdiplus::Bitmap decoded(stream.Get());
-        const int imageWidth = static_cast<int>(decoded.GetWidth());
-        const int imageHeight = static_cast<int>(decoded.GetHeight());
-        if (decoded.GetLastStatus() == Gdiplus::Ok) {
-            DrawPart(*m_bitmap, decoded,
-                     {0, 0, m_layer.nTileWidth + (imageWidth != m_layer.nTileWidth ? 1 : 0),
-                      m_layer.nTileHeight + (imageHeight != m_layer.nTileHeight ? 1 : 0)},
-                     {0, 0, imageWidth, imageHeight});
-        } else {
-            m_failure = "its image is broken";
-        }
-    } else {
-        m_failure = safe ? "there is no memory for its image"
-                         : "its image has no known format or is too large";
+void CTile2::DecodeDelivered() {
+    if (m_image != nullptr && m_image->stream.GetLength() != 0) {
+        TakeDecoded(DecodeImage(m_image->stream.Bytes(), PixelSize()));
     }
-    // The picture is in the tile's own bitmap now: a fresh record keeps its place and no bytes.
+}
+
+void CTile2::TakeDecoded(const DecodedImage& decoded) {
+    m_failure = decoded.failure;
+    if (decoded.picture != nullptr && m_picture != nullptr) {
+        m_picture = std::make_shared<CWaitingPicture>(DrawOver(decoded, Picture()));
+    }
+    // The picture is the tile's own now: a fresh record keeps its place and no bytes.
     auto place = std::make_unique<tagTILE_IMAGE>();
     place->nColumn = m_image->nColumn;
     place->nRow = m_image->nRow;

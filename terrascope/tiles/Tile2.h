@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "terrascope/providers/TileMapRecords.h"
-#include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/support/PointF.h"
 #include "terrascope/tiles/MapRegion.h"
+#include "terrascope/tiles/ImageDecoding.h"
 #include "terrascope/tiles/TileCanvas.h"
 #include "terrascope/tiles/TileLayer2.h"
 
@@ -22,10 +22,10 @@ class CTileLoadQueue2;
 /// image), and the request for that image.
 ///
 /// Units:   map units with y upwards; pixels of the layer.
-/// Owns:    its picture and the delivered record. Borrows: the load queue.
+/// Owns:    a share of its picture, and the delivered record. Borrows: the load queue.
 /// Threads: takes no lock; every call is made under the display's tile lock.
-/// Errors:  what GDI+ refuses is skipped; a tile without memory for a picture, or with more than
-///          kMaxImagePixels, paints nothing.
+/// Errors:  an image that is refused leaves the picture; a tile of more than kMaxImagePixels has
+///          none and paints nothing.
 class CTile2 : public CLiveCount<CTile2> {
 public:
     /// A grey tile. An undecodable key leaves it at (0, 0).
@@ -68,18 +68,22 @@ public:
     /// Takes the delivered record over; it is decoded at the next Draw.
     void SetImage(tagTILE_IMAGE* image) { m_image.reset(image); }
 
+    /// The same for an image that was decoded already, for a tile of this size.
+    void SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded);
+
     void SetLoadQueue(CTileLoadQueue2* queue) { m_queue = queue; }
 
     const CString& Key() const { return m_key; }
     CPointF TopLeft() const { return {m_left, m_top}; }
     CSize PixelSize() const { return {m_layer.nTileWidth, m_layer.nTileHeight}; }
-    Gdiplus::Bitmap* Picture() const { return m_bitmap.get(); }
+    /// What it shows now; null when it is grey, or has no picture.
+    const CTilePicture* Picture() const;
     bool HasImage() const { return m_image != nullptr; }
 
 private:
     void SetPosition();
-    void MakeGreyPicture();
-    void DecodeImage();
+    void DecodeDelivered();
+    void TakeDecoded(const DecodedImage& decoded);
 
     CString m_key;
     std::unique_ptr<tagTILE_IMAGE> m_image;
@@ -87,7 +91,7 @@ private:
     float m_top = 0.0F;
     tagTILE_MAP_INFO m_map;
     CTileLayer2 m_layer;
-    std::unique_ptr<Gdiplus::Bitmap> m_bitmap;
+    std::shared_ptr<CWaitingPicture> m_picture;  ///< null for a size that no picture may have
     CTileLoadQueue2* m_queue;
     bool m_requested = false;
     const char* m_failure = nullptr;

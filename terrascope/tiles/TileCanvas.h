@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "terrascope/support/GdiPlus.h"
 #include "terrascope/tiles/PaintedArea.h"
+#include "terrascope/tiles/TilePicture.h"
 
 namespace Terrascope {
 
@@ -31,11 +31,18 @@ public:
     CTileCanvas(const PixelView& target, CPaintedArea& painted)
         : m_target(target), m_painted(painted) {}
 
-    /// Copies a picture's top-left `size` pixels to `at`, clipped to the canvas. Nothing when the
-    /// picture's pixels cannot be read.
-    void Paint(Gdiplus::Bitmap& picture, CPoint at, CSize size);
+    /// Copies a picture to `at`, clipped to the canvas.
+    void Paint(const CTilePicture& picture, CPoint at);
+
+    /// Fills a rectangle with an opaque colour, clipped to the canvas.
+    void Fill(const CRect& rect, std::uint32_t colour);
 
 private:
+    CRect Bounds() const { return CRect(0, 0, m_target.width, m_target.height); }
+    std::uint32_t* Place(int x, int y) const {
+        return m_target.pixels + std::int64_t{y} * m_target.stride + x;
+    }
+
     PixelView m_target;
     CPaintedArea& m_painted;
 };

@@ -67,11 +67,12 @@ CTileLoadQueue2::~CTileLoadQueue2() {
     ClearLocked();
 }
 
-bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key) {
+bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
+                           CSize tileSize) {
     CSingleLock lock(&m_lock, TRUE);
     std::string folded = FoldedKey(key);
     if (m_byKey.find(folded) == m_byKey.end()) {
-        m_requests.push_back({mapName, layerNumber, key, m_serial});
+        m_requests.push_back({mapName, layerNumber, key, tileSize, m_serial});
         m_byKey.emplace(std::move(folded), std::prev(m_requests.end()));
     }
     return true;

@@ -35,7 +35,9 @@ public:
 
     /// Queues a tile at the back unless its key (case ignored) is queued already. The result of
     /// this and of MoveToFront and Clear tells whether the lock was taken.
-    bool Push(const CString& mapName, std::int32_t layerNumber, const CString& key);
+    /// With the tile's size in pixels the image is decoded before it is delivered.
+    bool Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
+              CSize tileSize = CSize(0, 0));
 
     /// Takes the request at the front; an empty request when there is none.
     tagTILE_LOAD_REQUEST Pop();

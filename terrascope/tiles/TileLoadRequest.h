@@ -1,6 +1,6 @@
 #pragma once
 
-#include <afx.h>
+#include <afxwin.h>
 
 #include <cstdint>
 
@@ -11,6 +11,8 @@ struct tagTILE_LOAD_REQUEST {
     CString strMapName;
     std::int32_t nLayerNumber = -1;
     CString strKey;
+    /// The tile's size, for which its image is decoded; empty: the receiver decodes.
+    CSize tileSize{0, 0};
     /// How often the queue had been cleared when this was pushed.
     std::uint32_t serial = 0;
 };

@@ -12,6 +12,15 @@ namespace {
 constexpr DWORD kIdleSleep = 20;  // ms between two looks at an empty queue
 constexpr DWORD kPaceSleep = 10;  // ms
 constexpr int kPace = 150;        // ms that a delivered tile takes at least
+
+/// The first image decoded, before any lock is taken: nobody waits for a decoder.
+DecodedImage Decode(const std::list<tagTILE_IMAGE*>& images, CSize tileSize) {
+    const bool wanted = !images.empty() && images.front() != nullptr && tileSize.cx > 0;
+    return wanted && images.front()->stream.GetLength() > 0
+               ? DecodeImage(images.front()->stream.Bytes(), tileSize)
+               : DecodedImage();
+}
+
 }  // namespace
 
 CTileLoadThread::CTileLoadThread(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
@@ -51,6 +60,7 @@ bool CTileLoadThread::ServeOne() {
     m_state = State::Fetching;
     const std::list<tagTILE_IMAGE*> images =
         m_provider->LoadTiles(request.strMapName, request.nLayerNumber, {request.strKey});
+    const DecodedImage decoded = Decode(images, request.tileSize);
     if (!Advance(State::Fetching, State::Delivering)) {
         for (tagTILE_IMAGE* image : images) {
             delete image;
@@ -60,7 +70,7 @@ bool CTileLoadThread::ServeOne() {
 
     if (!images.empty()) {
         // One key was asked for: records beyond the first are the provider's own affair.
-        Deliver(images.front(), request);
+        Deliver(images.front(), request, decoded);
     }
     if (!Advance(State::Delivering, State::Polling)) {
         return false;
@@ -71,9 +81,10 @@ bool CTileLoadThread::ServeOne() {
     return true;
 }
 
-void CTileLoadThread::Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) const {
+void CTileLoadThread::Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
+                              const DecodedImage& decoded) const {
     try {
-        m_slot->OnTileFetched(image, request);
+        m_slot->OnTileFetched(image, request, decoded);
     } catch (CException* failure) {
         failure->Delete();
         LogTileFailure(request.strKey, "its receiver failed");

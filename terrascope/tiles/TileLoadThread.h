@@ -35,7 +35,8 @@ private:
 
     /// Goes on to the next state; false when the thread was abandoned in this one.
     bool Advance(State from, State to);
-    void Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request) const;
+    void Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
+                 const DecodedImage& decoded) const;
 
     /// One request fetched, delivered and paced; false when the thread was abandoned meanwhile.
     bool ServeOne();

@@ -66,9 +66,9 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     auto noise = Noise(80, 60);
     CTileCanvas canvas = bitmap->Canvas();
     const CGdiplusSession session;
-    Gdiplus::Bitmap picture(80, 60, 80 * 4, PixelFormat32bppARGB,
-                            reinterpret_cast<BYTE*>(noise.data()));
-    canvas.Paint(picture, {0, 0}, {80, 60});
+    const auto picture = CTilePicture::Create({80, 60});
+    std::copy(noise.begin(), noise.end(), picture->Row(0));
+    canvas.Paint(*picture, {0, 0});
     {
         for (const int dpi : {96, 120, 144}) {
             const float factor = DeviceFactor(dpi);

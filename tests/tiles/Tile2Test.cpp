@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "terrascope/support/ComRef.h"
+#include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/GdiplusSession.h"
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
 

@@ -1,0 +1,119 @@
+#include "terrascope/tiles/ImageDecoding.h"
+
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "terrascope/support/ComRef.h"
+#include "terrascope/support/GdiPlus.h"
+#include "terrascope/tiles/ImageHeader.h"
+
+namespace Terrascope {
+
+namespace {
+
+bool IsOpaque(const CTilePicture& picture) {
+    const std::uint32_t* pixels = picture.Row(0);
+    return std::all_of(pixels, pixels + picture.PixelCount(),
+                       [](std::uint32_t pixel) { return pixel >= 0xFF000000; });
+}
+
+/// Copies the pixels of an image of the picture's size.
+bool CopyPixels(Gdiplus::Bitmap& image, CTilePicture& picture) {
+    Gdiplus::BitmapData data{};
+    data.Width = static_cast<UINT>(picture.Width());
+    data.Height = static_cast<UINT>(picture.Height());
+    data.Stride = picture.Width() * 4;
+    data.PixelFormat = PixelFormat32bppARGB;
+    data.Scan0 = picture.Row(0);
+    const Gdiplus::Rect whole(0, 0, picture.Width(), picture.Height());
+    if (image.LockBits(&whole, Gdiplus::ImageLockModeRead | Gdiplus::ImageLockModeUserInputBuf,
+                       PixelFormat32bppARGB, &data) != Gdiplus::Ok) {
+        return false;
+    }
+    return image.UnlockBits(&data) == Gdiplus::Ok;
+}
+
+/// Draws an image over a picture, stretched to one pixel more where the sizes differ.
+bool Draw(Gdiplus::Bitmap& image, CTilePicture& picture) {
+    const int width = static_cast<int>(image.GetWidth());
+    const int height = static_cast<int>(image.GetHeight());
+    Gdiplus::Bitmap surface(picture.Width(), picture.Height(), picture.Width() * 4,
+                            PixelFormat32bppARGB, reinterpret_cast<BYTE*>(picture.Row(0)));
+    Gdiplus::Graphics graphics(&surface);
+    const Gdiplus::Rect to(0, 0, picture.Width() + (width != picture.Width() ? 1 : 0),
+                           picture.Height() + (height != picture.Height() ? 1 : 0));
+    return graphics.DrawImage(&image, to, 0, 0, width, height, Gdiplus::UnitPixel) == Gdiplus::Ok;
+}
+
+/// The image over nothing.
+bool DrawAlone(Gdiplus::Bitmap& image, CTilePicture& picture) {
+    if (static_cast<int>(image.GetWidth()) == picture.Width() &&
+        static_cast<int>(image.GetHeight()) == picture.Height()) {
+        return CopyPixels(image, picture);
+    }
+    picture.Fill(0);
+    return Draw(image, picture);
+}
+
+std::uint32_t Over(std::uint32_t top, std::uint32_t ground) {
+    const std::uint32_t alpha = top >> 24;
+    std::uint32_t result = 0xFF000000;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const std::uint32_t part =
+            ((top >> shift & 0xFF) * alpha + (ground >> shift & 0xFF) * (255 - alpha)) / 255;
+        result |= part << shift;
+    }
+    return result;
+}
+
+}  // namespace
+
+DecodedImage DecodeImage(std::span<const std::uint8_t> file, CSize tileSize) {
+    // The bytes are hostile until their header has been read: the decoder trusts it.
+    if (!IsSafeToDecode(ReadImageHeader(file))) {
+        return {.failure = "its image has no known format or is too large"};
+    }
+    auto picture = CTilePicture::Create(tileSize);
+    // A stream that ends: one over global memory, once sought past its end, reads on beyond its
+    // block, and a damaged image makes decoders seek there.
+    const CComRef<IStream> stream(
+        ::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
+    if (picture == nullptr || !stream) {
+        return {.failure = "there is no memory for its image"};
+    }
+    Gdiplus::Bitmap image(stream.Get());
+    if (image.GetLastStatus() != Gdiplus::Ok || !DrawAlone(image, *picture)) {
+        return {.failure = "its image is broken"};
+    }
+    if (IsOpaque(*picture)) {
+        return {.picture = std::move(picture)};
+    }
+    auto overGrey = CTilePicture::Create(tileSize);
+    if (overGrey == nullptr) {
+        return {.failure = "there is no memory for its image"};
+    }
+    overGrey->Fill(kWaitingGrey);
+    if (!Draw(image, *overGrey)) {
+        return {.failure = "its image is broken"};
+    }
+    return {.picture = std::move(overGrey), .translucent = std::move(picture)};
+}
+
+std::shared_ptr<const CTilePicture> DrawOver(const DecodedImage& image,
+                                             const CTilePicture* ground) {
+    if (image.translucent == nullptr || ground == nullptr ||
+        ground->Size() != image.picture->Size()) {
+        return image.picture;
+    }
+    auto result = CTilePicture::Create(ground->Size());
+    if (result == nullptr) {
+        return image.picture;
+    }
+    std::transform(image.translucent->Row(0), image.translucent->Row(0) + result->PixelCount(),
+                   ground->Row(0), result->Row(0), &Over);
+    return result;
+}
+
+}  // namespace Terrascope
