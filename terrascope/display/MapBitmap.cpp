@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
+
+#include "terrascope/tiles/PictureScaling.h"
 
 namespace Terrascope {
 
@@ -12,53 +15,23 @@ constexpr std::uint32_t kPanGrey = 0xFF808080;
 }  // namespace
 
 std::unique_ptr<CMapBitmap> CMapBitmap::Create(CSize size, CSize slack) {
-    if (size.cx <= 0 || size.cy <= 0)
+    if (size.cx <= 0 || size.cy <= 0) {
         return nullptr;
-    std::unique_ptr<CMapBitmap> bitmap(new CMapBitmap);
-    if (!bitmap->Allocate(size, slack))
-        return nullptr;
-    return bitmap;
-}
-
-CMapBitmap::~CMapBitmap() {
-    if (m_memoryDc) {
-        ::SelectObject(m_memoryDc, m_formerBitmap);
-        ::DeleteDC(m_memoryDc);
     }
-    if (m_section)
-        ::DeleteObject(m_section);
+    auto dib = CDibSection::Create(std::int64_t{size.cx} + std::max(slack.cx, 0L),
+                                   std::int64_t{size.cy} + std::max(slack.cy, 0L));
+    return dib != nullptr ? std::unique_ptr<CMapBitmap>(new CMapBitmap(std::move(dib), size))
+                          : nullptr;
 }
 
-bool CMapBitmap::Allocate(CSize size, CSize slack) {
-    const std::int64_t width = std::int64_t{size.cx} + std::max(slack.cx, 0L);
-    const std::int64_t height = std::int64_t{size.cy} + std::max(slack.cy, 0L);
-    constexpr std::int64_t kMostBytes = 0x7FFFFFFF;  // a DIB's size is a signed 32-bit number
-    if (width > kMostBytes || height > kMostBytes || width * height > kMostBytes / 4)
-        return false;
-
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = static_cast<LONG>(width);
-    info.bmiHeader.biHeight = static_cast<LONG>(-height);  // rows from the top
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    m_section = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    m_memoryDc = m_section ? ::CreateCompatibleDC(nullptr) : nullptr;
-    if (!m_memoryDc)
-        return false;
-    m_formerBitmap = ::SelectObject(m_memoryDc, m_section);
-    m_pixels = static_cast<std::uint32_t*>(bits);
-    m_size = size;
-    m_capacity = CSize(static_cast<int>(width), static_cast<int>(height));
-    return true;
-}
+CMapBitmap::CMapBitmap(std::unique_ptr<CDibSection> dib, CSize size)
+    : m_dib(std::move(dib)), m_size(size) {}
 
 bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
-    if (newSize.cx <= 0 || newSize.cy <= 0 || newSize.cx > m_capacity.cx ||
-        newSize.cy > m_capacity.cy)
+    if (newSize.cx <= 0 || newSize.cy <= 0 || newSize.cx > m_dib->Width() ||
+        newSize.cy > m_dib->Height()) {
         return false;
+    }
 
     // What of the old content is still in the bitmap, at its new place.
     const auto within = [](std::int64_t value, std::int64_t least, std::int64_t most) {
@@ -72,16 +45,18 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
 
     const std::size_t rowBytes = static_cast<std::size_t>(kept.Width()) * sizeof(std::uint32_t);
     const auto moveRow = [&](int y) {
-        std::uint32_t* to = m_pixels + std::int64_t{y} * m_capacity.cx + kept.left;
-        const std::uint32_t* from = to + std::int64_t{dy} * m_capacity.cx + dx;
+        std::uint32_t* to = m_dib->Row(y) + kept.left;
+        const std::uint32_t* from = m_dib->Row(y + dy) + kept.left + dx;
         std::memmove(to, from, rowBytes);
     };
     if (rowBytes > 0 && dy >= 0) {
-        for (int y = kept.top; y < kept.bottom; ++y)
+        for (int y = kept.top; y < kept.bottom; ++y) {
             moveRow(y);
+        }
     } else if (rowBytes > 0) {
-        for (int y = kept.bottom - 1; y >= kept.top; --y)
+        for (int y = kept.bottom - 1; y >= kept.top; --y) {
             moveRow(y);
+        }
     }
 
     m_size = newSize;
@@ -97,11 +72,11 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
 std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) const {
     const CSize whole(std::max(size.cx, m_size.cx), std::max(size.cy, m_size.cy));
     auto copy = Create(whole, slack);
-    if (!copy)
+    if (copy == nullptr) {
         return nullptr;
+    }
     for (int y = 0; y < m_size.cy; ++y) {
-        std::memcpy(copy->m_pixels + std::int64_t{y} * copy->m_capacity.cx,
-                    m_pixels + std::int64_t{y} * m_capacity.cx,
+        std::memcpy(copy->m_dib->Row(y), m_dib->Row(y),
                     static_cast<std::size_t>(m_size.cx) * sizeof(std::uint32_t));
     }
     copy->m_size = m_size;
@@ -112,7 +87,7 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
 }
 
 CTileCanvas CMapBitmap::Canvas() {
-    return {{m_pixels, m_size.cx, m_size.cy, m_capacity.cx}, m_painted};
+    return {{m_dib->Row(0), m_size.cx, m_size.cy, m_dib->Width()}, m_painted};
 }
 
 void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
@@ -122,15 +97,54 @@ void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
     }
     for (const CRect& opaque : m_painted.Within(part)) {
         ::BitBlt(dc.GetSafeHdc(), to.x + opaque.left - from.left, to.y + opaque.top - from.top,
-                 opaque.Width(), opaque.Height(), m_memoryDc, opaque.left, opaque.top, SRCCOPY);
+                 opaque.Width(), opaque.Height(), m_dib->Dc(), opaque.left, opaque.top, SRCCOPY);
     }
     // Windows collects GDI calls; the bits may be written as soon as the caller's lock is free.
     ::GdiFlush();
 }
 
+void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& frame) {
+    const NearestPlaces columns(0, to.Width(), frame.Width(), from.left, from.Width(), m_size.cx);
+    const NearestPlaces rows(0, to.Height(), frame.Height(), from.top, from.Height(), m_size.cy);
+    std::uint32_t* target = nullptr;
+    int scaledRow = -1;
+    int y = rows.first;
+    const std::size_t bytes = columns.places.size() * sizeof(std::uint32_t);
+    for (const int row : rows.places) {
+        std::uint32_t* place = frame.Row(y++) + columns.first;
+        if (row == scaledRow) {
+            std::memcpy(place, target, bytes);
+        } else {
+            const std::uint32_t* line = m_dib->Row(row);
+            target = place;
+            for (const int column : columns.places) {
+                *place++ = line[column];
+            }
+            scaledRow = row;
+        }
+    }
+    // Of each painted rectangle, the places of the frame whose pixels came from it.
+    const auto range = [](const NearestPlaces& places, int begin, int end) {
+        const auto& p = places.places;
+        const auto first = std::lower_bound(p.begin(), p.end(), begin) - p.begin();
+        const auto last = std::lower_bound(p.begin(), p.end(), end) - p.begin();
+        return std::pair(places.first + static_cast<int>(first),
+                         places.first + static_cast<int>(last));
+    };
+    for (const CRect& opaque : m_painted.Within(Bounds())) {
+        const auto [left, right] = range(columns, opaque.left, opaque.right);
+        const auto [top, bottom] = range(rows, opaque.top, opaque.bottom);
+        if (left < right && top < bottom) {
+            ::BitBlt(dc.GetSafeHdc(), to.left + left, to.top + top, right - left, bottom - top,
+                     frame.Dc(), left, top, SRCCOPY);
+        }
+    }
+    ::GdiFlush();
+}
+
 void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
-    Gdiplus::Bitmap bitmap(m_size.cx, m_size.cy, m_capacity.cx * 4, PixelFormat32bppARGB,
-                           reinterpret_cast<BYTE*>(m_pixels));
+    Gdiplus::Bitmap bitmap(m_size.cx, m_size.cy, m_dib->Width() * 4, PixelFormat32bppARGB,
+                           reinterpret_cast<BYTE*>(m_dib->Row(0)));
     Gdiplus::Graphics graphics(dc.GetSafeHdc());
     // Smooth scaling would blend the outermost pixels with nothing: the picture would get a rim. It
     // also takes twice as long, and the picture is in motion.
@@ -143,7 +157,7 @@ void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
 
 void CMapBitmap::FillGrey(const CRect& rect) {
     for (int y = rect.top; y < rect.bottom; ++y) {
-        std::uint32_t* row = m_pixels + std::int64_t{y} * m_capacity.cx;
+        std::uint32_t* row = m_dib->Row(y);
         std::fill(row + rect.left, row + rect.right, kPanGrey);
     }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "terrascope/display/DibSection.h"
 #include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/tiles/PaintedArea.h"
@@ -31,7 +32,7 @@ public:
 
     CMapBitmap(const CMapBitmap&) = delete;
     CMapBitmap& operator=(const CMapBitmap&) = delete;
-    ~CMapBitmap();
+    ~CMapBitmap() = default;
 
     CSize Size() const { return m_size; }
 
@@ -50,22 +51,21 @@ public:
     /// the bitmap or is transparent leaves the background as it is.
     void CopyTo(CDC& dc, CPoint to, const CRect& from);
 
-    /// Draws a rectangle scaled into another of the device context's logical units.
+    /// Scales a rectangle into another of device units, each pixel from the nearest one. `frame`
+    /// is scratch of at least the target's size.
+    void ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& frame);
+
+    /// The same into a rectangle of the device context's logical units, with GDI+.
     void DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from);
 
 private:
-    CMapBitmap() = default;
-    bool Allocate(CSize size, CSize slack);
+    CMapBitmap(std::unique_ptr<CDibSection> dib, CSize size);
     void FillGrey(const CRect& rect);
     CRect Bounds() const { return CRect(0, 0, m_size.cx, m_size.cy); }
 
-    CSize m_size{0, 0};
-    CSize m_capacity{0, 0};
+    const std::unique_ptr<CDibSection> m_dib;  ///< as large as the reserve
+    CSize m_size;
     CPaintedArea m_painted;
-    HBITMAP m_section = nullptr;
-    HDC m_memoryDc = nullptr;
-    HGDIOBJ m_formerBitmap = nullptr;
-    std::uint32_t* m_pixels = nullptr;
 };
 
 }  // namespace Terrascope

@@ -127,6 +127,7 @@ private:
     CTileSet m_tiles;
     CMapPicture m_picture;
     CLayerSwitch m_switch;
+    std::unique_ptr<CDibSection> m_frame;  ///< scratch of the animation's frames
     Viewport m_view GUARDED_BY(m_viewLock);
     mutable CCriticalSection m_viewLock;
 

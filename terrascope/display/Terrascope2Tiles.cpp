@@ -119,10 +119,11 @@ void CTerrascope2::Draw(CDC* dc) {
     const auto paint = [&](CMapBitmap& bitmap, const PaintMoment& moment) {
         const CRect source = SourceRectangle(moment, view.size);
         if (!source.IsRectEmpty()) {
-            PaintView(*dc, bitmap, source, view.size, ScreenDeviceFactor());
+            PaintView(*dc, bitmap, source, view.size, ScreenDeviceFactor(), m_frame);
         }
     };
     if (!m_switch.Draw(view.center, paint)) {
+        m_frame.reset();
         m_picture.Draw(view, paint);
     }
 }

@@ -11,8 +11,9 @@ namespace {
 /// it stands, it would resample every pixel.
 bool IsPixelExact(const CDC& dc, CSize logical, CSize pixels, CPoint& corner) {
     POINT corners[2] = {{0, 0}, {logical.cx, logical.cy}};
-    if (!::LPtoDP(dc.GetSafeHdc(), corners, 2))
+    if (!::LPtoDP(dc.GetSafeHdc(), corners, 2)) {
         return false;
+    }
     corner = corners[0];
     const auto nearly = [](LONG a, LONG b) { return a - b >= -1 && a - b <= 1; };
     return nearly(corners[1].x - corners[0].x, pixels.cx) &&
@@ -39,7 +40,8 @@ private:
 
 }  // namespace
 
-void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, float factor) {
+void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, float factor,
+               std::unique_ptr<CDibSection>& frame) {
     const CSize logical(DeviceToLogical(static_cast<int>(view.cx), factor),
                         DeviceToLogical(static_cast<int>(view.cy), factor));
     CPoint corner;
@@ -50,10 +52,17 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
     // In device units a scaled picture, too, begins at the first pixel: by the logical ones it
     // would begin a rounding error later, and leave a line of background.
     const CDeviceUnits units(dc);
-    if (source.Size() == view)
+    if (source.Size() == view) {
         bitmap.CopyTo(dc, corner, source);
-    else
-        bitmap.DrawTo(dc, {corner.x, corner.y, view.cx, view.cy}, source);
+        return;
+    }
+    if (frame == nullptr || frame->Width() != view.cx || frame->Height() != view.cy) {
+        frame.reset();
+        frame = CDibSection::Create(view.cx, view.cy);
+    }
+    if (frame != nullptr) {
+        bitmap.ScaleTo(dc, CRect(corner, view), source, *frame);
+    }
 }
 
 }  // namespace Terrascope
