@@ -8,6 +8,7 @@
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/providers/TileMapSelDlg.h"
+#include "terrascope/tiles/PictureCache.h"
 
 namespace Terrascope {
 
@@ -47,7 +48,9 @@ bool CMapAssistant::UpdateMapLib(bool flag) {
     SetUpModuleLog();
     CTileMapInfoProviderWrapper wrapper;
     wrapper.SelectProvider();
-    return wrapper.UpdateMapLib(flag);
+    const bool updated = wrapper.UpdateMapLib(flag);
+    CPictureCache::ForgetAll();
+    return updated;
 }
 
 void CMapAssistant::FreeResource() {}

@@ -42,11 +42,20 @@ HWND WindowOf(const CWnd* object) {
 
 }  // namespace
 
-CHostWindow::CHostWindow(CWnd* window)
+CHostWindow::CHostWindow(CWnd* window, bool merging)
     : m_window(window),
       m_attached(window != nullptr && (window->GetSafeHwnd() == nullptr ||
                                        CWnd::FromHandlePermanent(window->GetSafeHwnd()) == window)),
-      m_handle(window != nullptr ? window->GetSafeHwnd() : nullptr) {}
+      m_handle(window != nullptr ? window->GetSafeHwnd() : nullptr),
+      m_timer(merging ? ::CreateThreadpoolTimer(&OnTimer, this, nullptr) : nullptr) {}
+
+CHostWindow::~CHostWindow() {
+    if (m_timer != nullptr) {
+        ::SetThreadpoolTimer(m_timer, nullptr, 0, 0);
+        ::WaitForThreadpoolTimerCallbacks(m_timer, TRUE);
+        ::CloseThreadpoolTimer(m_timer);
+    }
+}
 
 void CHostWindow::Refresh() {
     if (m_attached && (m_handle == nullptr || CWnd::FromHandlePermanent(m_handle) != m_window)) {
@@ -54,7 +63,61 @@ void CHostWindow::Refresh() {
     }
 }
 
-void CHostWindow::PostRepaint(const CRect& rect) const {
+void CHostWindow::PostRepaint(const CRect& rect) {
+    if (m_timer == nullptr) {
+        Post(rect);
+        return;
+    }
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        if (m_waiting) {
+            CRect all;
+            all.UnionRect(&m_collected, &rect);
+            m_collected = all;
+            return;
+        }
+        StartWaitingLocked();
+    }
+    Post(rect);
+}
+
+// The host takes a message at its own time; within 10 ms the next goes out all the same.
+void CHostWindow::StartWaitingLocked() {
+    m_waiting = true;
+    constexpr LONGLONG kPatience = -10 * 10000;  // 10 ms from now, in units of 100 ns
+    LARGE_INTEGER due;
+    due.QuadPart = kPatience;
+    FILETIME time{due.LowPart, static_cast<DWORD>(due.HighPart)};
+    ::SetThreadpoolTimer(m_timer, &time, 0, 0);
+}
+
+void CHostWindow::OnPainted() {
+    if (m_timer != nullptr) {
+        PostCollected();
+    }
+}
+
+void CHostWindow::OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER) {
+    static_cast<CHostWindow*>(window)->PostCollected();
+}
+
+void CHostWindow::PostCollected() {
+    CRect rect;
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        rect = m_collected;
+        m_collected.SetRectEmpty();
+        m_waiting = false;
+        if (!rect.IsRectEmpty()) {
+            StartWaitingLocked();
+        }
+    }
+    if (!rect.IsRectEmpty()) {
+        Post(rect);
+    }
+}
+
+void CHostWindow::Post(const CRect& rect) const {
     const HWND window = m_handle;
     if (window == nullptr) {
         return;

@@ -15,11 +15,14 @@ namespace Terrascope {
 /// Borrows: the window object, which is only compared, never used after construction: the host may
 ///          delete it, or destroy its window and make another, while a loading thread posts.
 /// Threads: Refresh on the user-interface thread, the rest on any.
-/// Locks:   one, innermost, for what is withheld.
+/// Locks:   one, innermost, for what is withheld or collected.
 class CHostWindow {
 public:
     /// `window` may be null (nothing is ever posted) and may have no window yet.
-    explicit CHostWindow(CWnd* window);
+    /// `merging`: while the host has one of our messages waiting, rectangles are collected and
+    /// posted as one, when it has painted or after 10 ms.
+    CHostWindow(CWnd* window, bool merging);
+    ~CHostWindow();
     CHostWindow(const CHostWindow&) = delete;
     CHostWindow& operator=(const CHostWindow&) = delete;
 
@@ -29,7 +32,10 @@ public:
     void Refresh();
 
     /// Asks the host to repaint a rectangle. The message's RECT is the host's from then on.
-    void PostRepaint(const CRect& rect) const;
+    void PostRepaint(const CRect& rect);
+
+    /// The host has painted: it has taken what was posted.
+    void OnPainted();
 
     /// The same for the whole view, which what was withheld is a part of.
     void PostRepaintOfView(const CRect& view);
@@ -39,14 +45,21 @@ public:
     void PostWithheld();
 
 private:
+    static void CALLBACK OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER);
+    void Post(const CRect& rect) const;
+    void StartWaitingLocked() REQUIRES(m_lock);
+    void PostCollected();
     CRect TakeWithheld();
 
     CWnd* const m_window;
     /// False for a temporary object about a window of somebody else's: that has the handle alone.
     const bool m_attached;
     std::atomic<HWND> m_handle;
+    PTP_TIMER m_timer = nullptr;  ///< posts what was collected; null without merging
     CCriticalSection m_lock;
     CRect m_withheld GUARDED_BY(m_lock){0, 0, 0, 0};
+    CRect m_collected GUARDED_BY(m_lock){0, 0, 0, 0};
+    bool m_waiting GUARDED_BY(m_lock) = false;  ///< a message was posted, and neither end has come
 };
 
 }  // namespace Terrascope

@@ -12,15 +12,18 @@
 namespace Terrascope {
 
 CTerrascope2::CTerrascope2(CSize viewSize, CWnd* window, double scale)
-    : m_host(window),
+    : m_policy(ReadTileLoadPolicy()),
+      m_host(window, m_policy.fast),
       m_scale(scale),
+      m_shelf(m_policy.cacheBytes),
+      m_tiles(m_shelf),
       m_switch(*this,
                window != nullptr ? [this] { PostRepaintOfView(); } : CLayerSwitch::Repaint()) {
     SetViewSize(viewSize);
     m_toolFactory = std::make_unique<CMapTool2Factory>(this);
     m_tool = m_toolFactory->GetTool(static_cast<int>(MapToolKind::Pan));
     m_provider.SelectProvider();
-    m_queue = std::make_unique<CTileLoadQueue2>(this, &m_provider);
+    m_queue = std::make_unique<CTileLoadQueue2>(this, &m_provider, m_policy);
 }
 
 // Tiles and bitmap go first, under their locks: a loading thread that is still delivering then
@@ -122,8 +125,9 @@ BOOL CTerrascope2::OpenMap(const CString& mapName) {
         LogLine("map '%s': no provider knows it", mapName.GetString());
         return FALSE;
     }
-    m_map = *record;
     ForgetFormerMap();
+    m_map = *record;
+    m_shelf.Open(m_provider.Identity(), m_map);
     {
         CSingleLock lock(&m_viewLock, TRUE);
         m_view.extent = {m_map.dLongitudeStart, m_map.dLatitudeStart, m_map.dLongitude,

@@ -15,11 +15,13 @@
 #include "terrascope/display/MapPicture.h"
 #include "terrascope/display/tools/MapTool2Factory.h"
 #include "terrascope/display/TileSet.h"
+#include "terrascope/display/TileShelf.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/support/GdiplusSession.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/TileLayer2.h"
+#include "terrascope/tiles/TileLoadPolicy.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
 namespace Terrascope {
@@ -102,6 +104,7 @@ private:
 
     // Terrascope2Tiles.cpp
     void LogRefusal(const TileRange& range);
+    void LoadAheadLocked(const TileRange& visible) REQUIRES(m_tiles.Lock());
     /// `request` may be null: then the record is current.
     void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
                  const DecodedImage& decoded);
@@ -116,6 +119,7 @@ private:
 
     const CGdiplusSession m_gdiplus;  ///< first in, last out: all below holds GDI+ objects
 
+    const TileLoadPolicy m_policy;
     CHostWindow m_host;
     const double m_scale;
     tagTILE_MAP_INFO m_map;  ///< the open map; the default record until one is opened
@@ -124,6 +128,7 @@ private:
     CTileMapInfoProviderWrapper m_provider;
     std::unique_ptr<CTileLoadQueue2> m_queue;
 
+    CTileShelf m_shelf;
     CTileSet m_tiles;
     CMapPicture m_picture;
     CLayerSwitch m_switch;

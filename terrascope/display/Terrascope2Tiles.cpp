@@ -40,8 +40,33 @@ void CTerrascope2::RefreshTiles() {
             m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, paint);
         };
         m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), paintVisible);
+        if (m_policy.fast) {
+            LoadAheadLocked(visible);
+        }
     }
     PostRepaintOfView();
+}
+
+// Once the view is complete, the rest of the load region is fetched, the nearest tiles first; what
+// has left the region is not fetched any more.
+void CTerrascope2::LoadAheadLocked(const TileRange& visible) {
+    const CPointF center = Center();
+    CTileLoadQueue2::Ranks ranks;
+    m_tiles.VisitAll([&](CTile2& tile) {
+        if (tile.HasImage()) {
+            return;
+        }
+        const TileIndex index = tile.Index();
+        const CPointF middle = tile.TopLeft() + tile.HalfSize();
+        const double x = (middle.x - center.x) / m_layer.dUnitsPerPixelX;
+        const double y = (middle.y - center.y) / m_layer.dUnitsPerPixelY;
+        const TileRank rank{visible.Contains(index.column, index.row), x * x + y * y};
+        ranks[tile.Key()] = rank;
+        if (!rank.visible) {
+            tile.RequestLoad(true);
+        }
+    });
+    m_queue->Arrange(ranks);
 }
 
 void CTerrascope2::LogRefusal(const TileRange& range) {
@@ -126,6 +151,7 @@ void CTerrascope2::Draw(CDC* dc) {
         m_frame.reset();
         m_picture.Draw(view, paint);
     }
+    m_host.OnPainted();
 }
 
 }  // namespace Terrascope

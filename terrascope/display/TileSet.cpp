@@ -36,14 +36,29 @@ void CTileSet::Refresh(const tagTILE_MAP_INFO& map, const CTileLayer2& layer,
             if (key.IsEmpty()) {
                 continue;
             }
-            if (auto kept = m_tiles.extract(key)) {
-                wanted.insert(std::move(kept));
-            } else {
-                wanted.emplace(key, std::make_unique<CTile2>(map, layer, key, queue));
-            }
+            auto kept = m_tiles.extract(key);
+            CTile2& tile =
+                kept ? *wanted.insert(std::move(kept)).position->second
+                     : *wanted.emplace(key, std::make_unique<CTile2>(map, layer, key, queue))
+                            .first->second;
+            m_shelf.Restore(tile);
         }
     }
+    Clear();
     m_tiles = std::move(wanted);
+}
+
+void CTileSet::Clear() {
+    for (const auto& [key, tile] : m_tiles) {
+        m_shelf.Keep(*tile);
+    }
+    m_tiles.clear();
+}
+
+void CTileSet::VisitAll(const std::function<void(CTile2&)>& visit) const {
+    for (const auto& [key, tile] : m_tiles) {
+        visit(*tile);
+    }
 }
 
 void CTileSet::VisitBackwards(const TileRange& range, int layerNumber,

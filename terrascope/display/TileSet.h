@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "ThreadAnnotations.h"
+#include "terrascope/display/TileShelf.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/tiles/Tile2.h"
 
@@ -14,11 +15,12 @@ namespace Terrascope {
 
 /// The tiles of the load region in the current layer, and those prepared for the next layer.
 ///
-/// Owns:    the tiles. Borrows: the queue that new tiles are given.
+/// Owns:    the tiles. Borrows: the shelf, and the queue that new tiles are given.
 /// Threads: any, under the tile lock, which the caller takes; it is the outermost of a display.
 class CTileSet {
 public:
-    CTileSet() = default;
+    /// `shelf` keeps the pictures of tiles that go, and gives them back to those made anew.
+    explicit CTileSet(CTileShelf& shelf) : m_shelf(shelf) {}
     CTileSet(const CTileSet&) = delete;
     CTileSet& operator=(const CTileSet&) = delete;
 
@@ -31,6 +33,9 @@ public:
     /// taken first; where a tile is already, the prepared one is dropped.
     void Refresh(const tagTILE_MAP_INFO& map, const CTileLayer2& layer, const TileRange& range,
                  CTileLoadQueue2* queue) REQUIRES(m_lock);
+
+    /// Calls `visit` for each tile.
+    void VisitAll(const std::function<void(CTile2&)>& visit) const REQUIRES(m_lock);
 
     /// Calls `visit` for each tile of a range, from the last column and row to the first.
     void VisitBackwards(const TileRange& range, int layerNumber,
@@ -46,12 +51,13 @@ public:
     void PrepareCoarser(const tagTILE_MAP_INFO& map, const CTileLayer2& layer,
                         const CTileLayer2& coarser, CTileLoadQueue2* queue) REQUIRES(m_lock);
 
-    void Clear() REQUIRES(m_lock) { m_tiles.clear(); }
+    void Clear() REQUIRES(m_lock);
     void ClearPrepared() REQUIRES(m_lock);
 
 private:
     using TileMap = std::map<CString, std::unique_ptr<CTile2>>;
 
+    CTileShelf& m_shelf;
     CCriticalSection m_lock;
     TileMap m_tiles GUARDED_BY(m_lock);
     TileMap m_zoomInTiles GUARDED_BY(m_lock);

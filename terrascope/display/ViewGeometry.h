@@ -2,6 +2,8 @@
 
 #include <afxwin.h>
 
+#include <cstdint>
+
 #include "terrascope/support/PointF.h"
 #include "terrascope/tiles/MapRegion.h"
 
@@ -87,6 +89,9 @@ struct TileRange {
     int EndColumn() const { return firstColumn + columnCount; }
     int EndRow() const { return firstRow + rowCount; }
     bool IsEmpty() const { return columnCount <= 0 || rowCount <= 0; }
+    bool Contains(std::int64_t column, std::int64_t row) const {
+        return column >= firstColumn && column < EndColumn() && row >= firstRow && row < EndRow();
+    }
 };
 
 /// An edge less than 1/100000 of a tile past a boundary adds no column or row. Empty when the

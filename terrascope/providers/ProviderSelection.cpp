@@ -95,7 +95,7 @@ CString ResolveDataPath(const ProviderChoice& choice, const CString& libraryFold
     return MakeAbsolutePath(choice.dataPath.GetString(), libraryFolder.GetString());
 }
 
-std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider() {
+std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider(CString& identity) {
     const CString folder = GetModuleFolderPath(kLibraryFile);
     CMemIniFile settings(MakeAbsolutePath(kSettingsFile, folder.GetString()), false);
     const auto& server = CTileMapInfoProviderPluginKernel::GetInstance();
@@ -103,6 +103,9 @@ std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider() {
         ChooseProvider(ProviderRole::Local, settings, server.GetHostChoice(ProviderRole::Local));
     const ProviderChoice remoteChoice =
         ChooseProvider(ProviderRole::Remote, settings, server.GetHostChoice(ProviderRole::Remote));
+
+    identity = localChoice.name + "\n" + localChoice.dataPath + "\n" + remoteChoice.name + "\n" +
+               remoteChoice.dataPath;
 
     std::unique_ptr<ITileMapInfoProvider> remote =
         CreateProvider(ProviderRole::Remote, remoteChoice, folder);

@@ -24,6 +24,7 @@ CString ResolveDataPath(const ProviderChoice& choice, const CString& libraryFold
 /// remote one to the local one. The file is read anew each time. Null when there is no local
 /// provider. What was chosen is reported to the log.
 /// Threads: the host's user-interface thread.
-std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider();
+/// `identity` receives the names and data paths of both.
+std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider(CString& identity);
 
 }  // namespace Terrascope

@@ -94,7 +94,7 @@ bool CTileMapInfoProviderWrapper::Reserved16() {
 }
 
 bool CTileMapInfoProviderWrapper::SelectProvider() {
-    m_provider = CreateConfiguredProvider();
+    m_provider = CreateConfiguredProvider(m_identity);
     return m_provider != nullptr;
 }
 

@@ -41,6 +41,9 @@ public:
     /// once, right after the construction.
     bool SelectProvider();
 
+    /// Which providers with which data paths these are: the same for the same configuration.
+    const CString& Identity() const { return m_identity; }
+
     /// Names the map being shown and the zoom factor that its first layer is to have.
     void SetCurrentMap(const CString& mapName, int firstLayer, double firstLayerScale);
 
@@ -51,6 +54,7 @@ public:
 
 private:
     std::unique_ptr<ITileMapInfoProvider> m_provider;
+    CString m_identity;
     CString m_strMapName;
     int m_nFirstLayer = 0;
     double m_dFirstLayerScale = 1.0;

@@ -103,12 +103,21 @@ void CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
     RequestLoad();
 }
 
+TileIndex CTile2::Index() const {
+    return IndexOf(m_image.get(), m_key);
+}
+
+CPointF CTile2::HalfSize() const {
+    return {static_cast<float>(m_layer.nTileWidth * m_layer.dUnitsPerPixelX / 2),
+            static_cast<float>(-m_layer.nTileHeight * m_layer.dUnitsPerPixelY / 2)};
+}
+
 const CTilePicture* CTile2::Picture() const {
     return m_picture != nullptr ? m_picture->Make().get() : nullptr;
 }
 
 CRect CTile2::PlaceOn(const CPointF& viewTopLeft) const {
-    const TileIndex index = IndexOf(m_image.get(), m_key);
+    const TileIndex index = Index();
     // The map's tile size times the factor, not the layer's truncated size: with a factor such as
     // 0.7 the tiles keep their true places and the odd pixel between two stays open.
     const double x =
@@ -137,9 +146,9 @@ MapRegion CTile2::GetLogicalRect() const {
             static_cast<float>(width), static_cast<float>(-height)};
 }
 
-void CTile2::RequestLoad() {
+void CTile2::RequestLoad(bool ahead) {
     if (m_image == nullptr && !m_requested && m_queue != nullptr) {
-        m_requested = m_queue->Push(m_map.strName, m_layer.nLayerNumber, m_key, PixelSize());
+        m_requested = m_queue->Push(m_map.strName, m_layer.nLayerNumber, m_key, PixelSize(), ahead);
     }
 }
 
@@ -166,6 +175,20 @@ void CTile2::SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded) 
     TakeDecoded(decoded);
 }
 
+CachedTile CTile2::Cached() const {
+    return m_hasOwnPicture ? CachedTile{m_picture->Make(), Index()}
+                           : CachedTile();
+}
+
+void CTile2::SetCached(CachedTile tile) {
+    m_image = std::make_unique<tagTILE_IMAGE>();
+    m_image->nColumn = tile.place.column;
+    m_image->nRow = tile.place.row;
+    m_image->strKey = m_key;
+    m_picture = std::make_shared<CWaitingPicture>(std::move(tile.picture));
+    m_hasOwnPicture = true;
+}
+
 void CTile2::DecodeDelivered() {
     if (m_image != nullptr && m_image->stream.GetLength() != 0) {
         TakeDecoded(DecodeImage(m_image->stream.Bytes(), PixelSize()));
@@ -176,6 +199,7 @@ void CTile2::TakeDecoded(const DecodedImage& decoded) {
     m_failure = decoded.failure;
     if (decoded.picture != nullptr && m_picture != nullptr) {
         m_picture = std::make_shared<CWaitingPicture>(DrawOver(decoded, Picture()));
+        m_hasOwnPicture = true;
     }
     // The picture is the tile's own now: a fresh record keeps its place and no bytes.
     auto place = std::make_unique<tagTILE_IMAGE>();

@@ -10,6 +10,7 @@
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/support/PointF.h"
 #include "terrascope/tiles/MapRegion.h"
+#include "terrascope/tiles/PictureCache.h"
 #include "terrascope/tiles/ImageDecoding.h"
 #include "terrascope/tiles/TileCanvas.h"
 #include "terrascope/tiles/TileLayer2.h"
@@ -59,8 +60,9 @@ public:
     /// The tile's rectangle in map units; all zero when its key cannot be decoded.
     MapRegion GetLogicalRect() const;
 
-    /// Queues the tile unless its image is there or was asked for before.
-    void RequestLoad();
+    /// Queues the tile unless its image is there or was asked for before; `ahead`: it is not in
+    /// view yet.
+    void RequestLoad(bool ahead = false);
 
     /// Makes a queued tile the next to be fetched, if its image is still wanted.
     void Promote();
@@ -74,8 +76,17 @@ public:
     void SetLoadQueue(CTileLoadQueue2* queue) { m_queue = queue; }
 
     const CString& Key() const { return m_key; }
+    TileIndex Index() const;
     CPointF TopLeft() const { return {m_left, m_top}; }
+    /// From its top-left corner to its middle, in map units; y is negative.
+    CPointF HalfSize() const;
     CSize PixelSize() const { return {m_layer.nTileWidth, m_layer.nTileHeight}; }
+    /// A tile out of sight, as the cache keeps it; empty while its image is not there.
+    CachedTile Cached() const;
+
+    /// Takes such a tile's picture; nothing is asked for any more.
+    void SetCached(CachedTile tile);
+
     /// What it shows now; null when it is grey, or has no picture.
     const CTilePicture* Picture() const;
     bool HasImage() const { return m_image != nullptr; }
@@ -94,6 +105,7 @@ private:
     std::shared_ptr<CWaitingPicture> m_picture;  ///< null for a size that no picture may have
     CTileLoadQueue2* m_queue;
     bool m_requested = false;
+    bool m_hasOwnPicture = false;  ///< its image's, not grey and not inherited
     const char* m_failure = nullptr;
 };
 

@@ -9,8 +9,6 @@ namespace Terrascope {
 
 namespace {
 
-constexpr int kWorkerCount = 2;
-
 /// What two keys that differ only in case have in common.
 std::string FoldedKey(const CString& key) {
     for (const char* p = key.GetString(); *p != '\0'; ++p) {
@@ -32,10 +30,11 @@ void PinThisModule() {
 
 }  // namespace
 
-CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider)
-    : m_slot(slot), m_provider(provider) {
+CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
+                                 const TileLoadPolicy& policy)
+    : m_policy(policy), m_slot(slot), m_provider(provider) {
     // None may run before all are there: a failure here destroys the queue under it.
-    for (int i = 0; i < kWorkerCount; ++i) {
+    for (int i = 0; i < m_policy.threads; ++i) {
         m_workers.push_back(std::make_unique<CTileLoadThread>(m_slot, m_provider, this));
     }
     for (const auto& worker : m_workers) {
@@ -49,6 +48,7 @@ CTileLoadQueue2::~CTileLoadQueue2() {
         m_paused = true;
         ClearLocked();
     }
+    ::WakeAllConditionVariable(&m_changed);
     for (auto& worker : m_workers) {
         worker->Stop();
         while (!worker->IsFinished() && !worker->Abandon()) {
@@ -68,34 +68,110 @@ CTileLoadQueue2::~CTileLoadQueue2() {
 }
 
 bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
-                           CSize tileSize) {
-    CSingleLock lock(&m_lock, TRUE);
-    std::string folded = FoldedKey(key);
-    if (m_byKey.find(folded) == m_byKey.end()) {
-        m_requests.push_back({mapName, layerNumber, key, tileSize, m_serial});
-        m_byKey.emplace(std::move(folded), std::prev(m_requests.end()));
+                           CSize tileSize, bool ahead) {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        std::string folded = FoldedKey(key);
+        if (m_byKey.find(folded) == m_byKey.end()) {
+            Requests& list = ahead ? m_ahead : m_requests;
+            list.push_back({mapName, layerNumber, key, tileSize, ahead, m_serial});
+            m_byKey.emplace(std::move(folded), std::prev(list.end()));
+        }
+    }
+    if (m_policy.fast) {
+        ::WakeConditionVariable(&m_changed);
     }
     return true;
 }
 
 tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
     CSingleLock lock(&m_lock, TRUE);
-    if (m_paused || m_requests.empty()) {
+    return PopLocked();
+}
+
+tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked() {
+    if (m_paused) {
         return {};
     }
-    tagTILE_LOAD_REQUEST request = std::move(m_requests.front());
-    m_requests.pop_front();
+    // What lies ahead waits until the view is complete.
+    Requests& list = m_requests.empty() && m_fetching == 0 ? m_ahead : m_requests;
+    if (list.empty()) {
+        return {};
+    }
+    tagTILE_LOAD_REQUEST request = std::move(list.front());
+    list.pop_front();
     m_byKey.erase(FoldedKey(request.strKey));
     return request;
+}
+
+tagTILE_LOAD_REQUEST CTileLoadQueue2::Next() {
+    CSingleLock lock(&m_lock, TRUE);
+    tagTILE_LOAD_REQUEST request = PopLocked();
+    while (m_policy.fast && !m_paused && request.strKey.IsEmpty()) {
+        ::SleepConditionVariableCS(&m_changed, m_lock, INFINITE);
+        request = PopLocked();
+    }
+    if (!request.strKey.IsEmpty() && !request.ahead) {
+        ++m_fetching;
+    }
+    return request;
+}
+
+void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
+    if (request.ahead) {
+        return;
+    }
+    bool aheadMayGo = false;
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        --m_fetching;
+        aheadMayGo = m_fetching == 0 && m_requests.empty() && !m_ahead.empty();
+    }
+    if (aheadMayGo) {
+        ::WakeAllConditionVariable(&m_changed);
+    }
 }
 
 bool CTileLoadQueue2::MoveToFront(const CString& key) {
     CSingleLock lock(&m_lock, TRUE);
     const auto found = m_byKey.find(FoldedKey(key));
     if (found != m_byKey.end()) {
-        m_requests.splice(m_requests.begin(), m_requests, found->second);
+        Requests& list = ListOf(*found->second);
+        found->second->ahead = false;
+        m_requests.splice(m_requests.begin(), list, found->second);
     }
     return true;
+}
+
+CTileLoadQueue2::Requests& CTileLoadQueue2::ListOf(const tagTILE_LOAD_REQUEST& request) {
+    return request.ahead ? m_ahead : m_requests;
+}
+
+void CTileLoadQueue2::Arrange(const Ranks& ranks) {
+    CSingleLock lock(&m_lock, TRUE);
+    Requests all;
+    all.splice(all.end(), m_requests);
+    all.splice(all.end(), m_ahead);
+    const auto rankOf = [&](const tagTILE_LOAD_REQUEST& request) {
+        return ranks.find(request.strKey);
+    };
+    for (auto at = all.begin(); at != all.end();) {
+        const auto rank = rankOf(*at);
+        const auto request = at++;
+        if (rank == ranks.end()) {
+            m_byKey.erase(FoldedKey(request->strKey));
+            all.erase(request);
+        } else {
+            request->ahead = !rank->second.visible;
+            Requests& list = ListOf(*request);
+            list.splice(list.end(), all, request);
+        }
+    }
+    const auto nearer = [&](const tagTILE_LOAD_REQUEST& a, const tagTILE_LOAD_REQUEST& b) {
+        return rankOf(a)->second.distance < rankOf(b)->second.distance;
+    };
+    m_requests.sort(nearer);
+    m_ahead.sort(nearer);
 }
 
 bool CTileLoadQueue2::Clear() {
@@ -129,6 +205,7 @@ void CTileLoadQueue2::Resume() {
 
 void CTileLoadQueue2::ClearLocked() {
     m_requests.clear();
+    m_ahead.clear();
     m_byKey.clear();
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <list>
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -11,14 +12,25 @@
 #include "ThreadAnnotations.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
+#include "terrascope/tiles/TileLoadPolicy.h"
 #include "terrascope/tiles/TileLoadRequest.h"
 
 namespace Terrascope {
 
 class CTileLoadThread;
 
-/// The tiles that still want their image, in the order in which they will be fetched, and the two
-/// threads that fetch them. A key is queued once, whatever map or layer it came with.
+/// Where a tile is, for the order of its request.
+struct TileRank {
+    bool visible = false;
+    double distance = 0.0;  ///< from the view's middle, any unit
+};
+
+/// The tiles that still want their image, in the order in which they will be fetched, and the
+/// threads that fetch them: two, or what the policy gives. A key is queued once, whatever map or
+/// layer it came with.
+///
+/// Two lists: what was pushed, and what was pushed ahead of the view, which is served when nothing
+/// else is pending or being fetched. By default nothing is pushed ahead.
 ///
 /// Owns:    the threads. Borrows: slot and provider, which must outlive it.
 /// Threads: the user-interface thread pushes, moves and clears; the loading threads pop.
@@ -28,7 +40,8 @@ class CTileLoadThread;
 ///          provider or the slot then is abandoned: it, and the provider with it, live on.
 class CTileLoadQueue2 {
 public:
-    CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider);
+    CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
+                    const TileLoadPolicy& policy = {});
     CTileLoadQueue2(const CTileLoadQueue2&) = delete;
     CTileLoadQueue2& operator=(const CTileLoadQueue2&) = delete;
     virtual ~CTileLoadQueue2();
@@ -37,10 +50,22 @@ public:
     /// this and of MoveToFront and Clear tells whether the lock was taken.
     /// With the tile's size in pixels the image is decoded before it is delivered.
     bool Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
-              CSize tileSize = CSize(0, 0));
+              CSize tileSize = CSize(0, 0), bool ahead = false);
 
     /// Takes the request at the front; an empty request when there is none.
     tagTILE_LOAD_REQUEST Pop();
+
+    /// The same for a loading thread, which reports with Done that it has delivered or failed. With
+    /// FAST it waits for a request, and is woken without one when the queue ends.
+    tagTILE_LOAD_REQUEST Next();
+    void Done(const tagTILE_LOAD_REQUEST& request);
+
+    /// With FAST, after the view has moved: withdraws what has no rank, and orders the rest, the
+    /// visible tiles first, the nearest first.
+    using Ranks = std::map<CString, TileRank>;
+    void Arrange(const Ranks& ranks);
+
+    const TileLoadPolicy& Policy() const { return m_policy; }
 
     /// Makes a queued key (case ignored) the next to be fetched.
     bool MoveToFront(const CString& key);
@@ -59,12 +84,18 @@ public:
 private:
     using Requests = std::list<tagTILE_LOAD_REQUEST>;
 
+    tagTILE_LOAD_REQUEST PopLocked() REQUIRES(m_lock);
     void ClearLocked() REQUIRES(m_lock);
+    Requests& ListOf(const tagTILE_LOAD_REQUEST& request) REQUIRES(m_lock);
 
+    const TileLoadPolicy m_policy;
     CCriticalSection m_lock;
+    CONDITION_VARIABLE m_changed = CONDITION_VARIABLE_INIT;  ///< something may be taken, or the end
     bool m_paused GUARDED_BY(m_lock) = false;
     Requests m_requests GUARDED_BY(m_lock);  ///< front = next to fetch
-    /// Each queued key in lower case, and its request.
+    Requests m_ahead GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
+    int m_fetching GUARDED_BY(m_lock) = 0;   ///< taken by Next, not ahead, and not done yet
+    /// Each queued key with its case folded, and its request.
     std::unordered_map<std::string, Requests::iterator> m_byKey GUARDED_BY(m_lock);
     std::uint32_t m_serial GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear
     ITileLoadedSlot* m_slot;

@@ -13,6 +13,7 @@ struct tagTILE_LOAD_REQUEST {
     CString strKey;
     /// The tile's size, for which its image is decoded; empty: the receiver decodes.
     CSize tileSize{0, 0};
+    bool ahead = false;  ///< its tile is not in view yet
     /// How often the queue had been cleared when this was pushed.
     std::uint32_t serial = 0;
 };

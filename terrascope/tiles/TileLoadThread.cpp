@@ -50,7 +50,7 @@ bool CTileLoadThread::Advance(State from, State to) {
 }
 
 bool CTileLoadThread::ServeOne() {
-    const tagTILE_LOAD_REQUEST request = m_queue->Pop();
+    const tagTILE_LOAD_REQUEST request = m_queue->Next();
     if (request.strKey.IsEmpty()) {
         ::Sleep(kIdleSleep);
         return true;
@@ -75,7 +75,8 @@ bool CTileLoadThread::ServeOne() {
     if (!Advance(State::Delivering, State::Polling)) {
         return false;
     }
-    if (!images.empty()) {
+    m_queue->Done(request);
+    if (!images.empty() && !m_queue->Policy().fast) {
         Pace(start);
     }
     return true;

@@ -11,7 +11,8 @@ namespace Terrascope {
 
 class CTileLoadQueue2;
 
-/// Fetches queued tiles one by one and hands them to the slot, at most one in about 151 ms.
+/// Fetches queued tiles one by one and hands them to the slot; without FAST, at most one in about
+/// 151 ms.
 ///
 /// Borrows: slot, provider and queue; they must outlive the thread.
 /// Threads: the slot is called on this thread, with no lock held.
