@@ -8,6 +8,7 @@
 
 #include "ThreadAnnotations.h"
 #include "terrascope/display/LayerSwitchThread.h"
+#include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapBitmap.h"
 #include "terrascope/display/ViewGeometry.h"
 
@@ -79,7 +80,8 @@ private:
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_running{false};  ///< written under the lock, read without
 
-    CCriticalSection m_lock;
+    CCriticalSection m_lock ACQUIRED_AFTER(LockOrder::afterBitmap)
+        ACQUIRED_BEFORE(LockOrder::afterSwitch);
     bool m_painted GUARDED_BY(m_lock) = true;  ///< the host has painted the last step
     SwitchMode m_mode GUARDED_BY(m_lock) = SwitchMode::None;
     double m_targetFactor GUARDED_BY(m_lock) = 1.0;

@@ -7,6 +7,7 @@
 
 #include "ThreadAnnotations.h"
 #include "terrascope/display/LayerSwitch.h"
+#include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapBitmap.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/tiles/TileCanvas.h"
@@ -53,7 +54,8 @@ private:
     void PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll) REQUIRES(m_lock);
     bool ScrollLocked(const Viewport& view, CSize size, const CPointF& origin) REQUIRES(m_lock);
 
-    CCriticalSection m_lock;
+    CCriticalSection m_lock ACQUIRED_AFTER(LockOrder::afterTiles)
+        ACQUIRED_BEFORE(LockOrder::afterBitmap);
     std::unique_ptr<CMapBitmap> m_bitmap GUARDED_BY(m_lock);
     CPointF m_origin GUARDED_BY(m_lock);
     int m_layerNumber GUARDED_BY(m_lock) = -1;

@@ -12,6 +12,7 @@
 #include "terrascope/display/ILayerSwitchTool.h"
 #include "terrascope/display/ITerrascope.h"
 #include "terrascope/display/LayerSwitch.h"
+#include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapPicture.h"
 #include "terrascope/display/tools/MapTool2Factory.h"
 #include "terrascope/display/TileSet.h"
@@ -134,7 +135,7 @@ private:
     CLayerSwitch m_switch;
     std::unique_ptr<CDibSection> m_frame;  ///< scratch of the animation's frames
     Viewport m_view GUARDED_BY(m_viewLock);
-    mutable CCriticalSection m_viewLock;
+    mutable CCriticalSection m_viewLock ACQUIRED_AFTER(LockOrder::afterSwitch);
 
     std::unique_ptr<CMapTool2Factory> m_toolFactory;
     std::atomic<CMapTool2*> m_tool{nullptr};  ///< owned by the factory

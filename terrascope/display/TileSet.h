@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "ThreadAnnotations.h"
+#include "terrascope/display/LockOrder.h"
 #include "terrascope/display/TileShelf.h"
 #include "terrascope/display/ViewGeometry.h"
 #include "terrascope/tiles/Tile2.h"
@@ -58,7 +59,7 @@ private:
     using TileMap = std::map<CString, std::unique_ptr<CTile2>>;
 
     CTileShelf& m_shelf;
-    CCriticalSection m_lock;
+    CCriticalSection m_lock ACQUIRED_BEFORE(LockOrder::afterTiles);
     TileMap m_tiles GUARDED_BY(m_lock);
     TileMap m_zoomInTiles GUARDED_BY(m_lock);
     TileMap m_zoomOutTiles GUARDED_BY(m_lock);
