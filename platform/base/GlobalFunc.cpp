@@ -1,19 +1,21 @@
 #include "platform/base/GlobalFunc.h"
 
-#include <mbstring.h>
-
 namespace GlobalFunc {
 
 bool GetModulePath(HMODULE module, char* buffer, unsigned size) {
-    if (size == 0)
+    if (size == 0) {
         return false;
+    }
     const DWORD length = ::GetModuleFileNameA(module, buffer, size);
-    auto* text = reinterpret_cast<unsigned char*>(buffer);
-    // A name that was cut is not always terminated.
-    unsigned char* end = nullptr;
-    if (length > 0 && length < size)
-        end = ::_mbsrchr(text, '\\');
-    if (!end) {
+    char* end = nullptr;
+    // A name that was cut is not always terminated. CharNextA, unlike _mbsrchr, never steps over
+    // the terminator.
+    if (length > 0 && length < size) {
+        for (char* at = buffer; *at != '\0'; at = ::CharNextA(at)) {
+            end = *at == '\\' ? at : end;
+        }
+    }
+    if (end == nullptr) {
         buffer[0] = '\0';
         return false;
     }

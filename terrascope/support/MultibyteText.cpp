@@ -10,9 +10,15 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
 
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<signed char>(c) >= 0; });
+/// The small letter of a two-byte character; the character itself when the code page has none.
+void FoldPair(char* pair) {
+    const unsigned capital = static_cast<BYTE>(pair[0]) * 256U + static_cast<BYTE>(pair[1]);
+    const unsigned small = _mbctolower(capital);
+    // Damaged pairs, and letters whose small one is missing, come back as question marks.
+    if (::IsDBCSLeadByte(static_cast<BYTE>(small / 256))) {
+        pair[0] = static_cast<char>(small / 256);
+        pair[1] = static_cast<char>(small % 256);
+    }
 }
 
 }  // namespace
@@ -65,13 +71,15 @@ std::string_view Trimmed(std::string_view text) {
 
 std::string FoldCase(std::string_view text) {
     std::string folded(text);
-    if (IsAscii(text)) {
-        std::transform(folded.begin(), folded.end(), folded.begin(), [](char c) {
-            return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        });
-    } else {
-        // Neither _strlwr nor towlower: these change second bytes, or need a detour.
-        _mbslwr(reinterpret_cast<unsigned char*>(folded.data()));
+    // Character by character: _mbslwr and its like have no length, and step over the terminator of
+    // a text that ends within a character; CharLowerBuff makes damaged characters equal, and
+    // letters that CompareNoCase tells apart.
+    for (std::size_t at = 0; at < folded.size(); at += CharacterBytes(folded, at)) {
+        if (CharacterBytes(folded, at) == 2) {
+            FoldPair(&folded[at]);
+        } else if (folded[at] >= 'A' && folded[at] <= 'Z') {
+            folded[at] = static_cast<char>(folded[at] - 'A' + 'a');
+        }
     }
     return folded;
 }

@@ -35,8 +35,9 @@ bool EndsWithCharacter(std::string_view text, char wanted);
 std::string_view TrimmedRight(std::string_view text);
 std::string_view Trimmed(std::string_view text);
 
-/// The text in lower case by the rules of the active code page: two texts are equal ignoring case
-/// when these are equal.
+/// The text with small letters for capital ones: the ASCII letters, and the two-byte letters of the
+/// active code page. Two texts have the same form exactly when CString::CompareNoCase calls them
+/// equal; so this is the form to search and to sort by.
 std::string FoldCase(std::string_view text);
 
 /// Each backslash that is followed by n, r or t becomes, with that letter, a line feed, a carriage

@@ -55,7 +55,9 @@ public:
     int Find(LPCSTR text, int start = 0) const;
     int ReverseFind(char character) const;
 
-    /// Negative, zero or positive. Byte order; NoCase ignores letter case.
+    /// Negative, zero or positive. Byte order; NoCase takes small letters for capital ones: of
+    /// ASCII, and of the two-byte letters of the active code page. MakeLower makes the same ones
+    /// small, so that two texts are equal after it exactly when CompareNoCase is zero.
     int Compare(LPCSTR other) const;
     int CompareNoCase(LPCSTR other) const;
 

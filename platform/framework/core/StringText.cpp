@@ -9,17 +9,27 @@
 
 namespace {
 
-const unsigned char* Mbs(LPCSTR text) {
-    return reinterpret_cast<const unsigned char*>(text);
-}
-
 int LengthOf(LPCSTR text) {
     return text ? static_cast<int>(std::strlen(text)) : 0;
 }
 
 /// The length in bytes of the character at `p`, which is not the terminator.
 int CharacterLength(LPCSTR p) {
-    return ::IsDBCSLeadByte(static_cast<BYTE>(*p)) && p[1] != '\0' ? 2 : 1;
+    const auto byte = static_cast<BYTE>(*p);
+    return byte >= 0x80 && ::IsDBCSLeadByte(byte) && p[1] != '\0' ? 2 : 1;
+}
+
+/// The character at `p`, or its small letter when it is a capital one: of the ASCII letters, and of
+/// the two-byte ones that the code page has a small letter for. Zero at the terminator.
+unsigned FoldedCharacter(LPCSTR p) {
+    const auto byte = static_cast<BYTE>(*p);
+    if (CharacterLength(p) == 1) {
+        return byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte;
+    }
+    const unsigned capital = byte * 256U + static_cast<BYTE>(p[1]);
+    const unsigned small = _mbctolower(capital);
+    // Damaged pairs, and letters whose small one is missing, come back as question marks.
+    return ::IsDBCSLeadByte(static_cast<BYTE>(small / 256)) ? small : capital;
 }
 
 bool IsSpace(char c) {
@@ -27,7 +37,7 @@ bool IsSpace(char c) {
 }
 
 bool IsIn(LPCSTR set, LPCSTR character, int length) {
-    for (LPCSTR p = set; *p != '\0'; p += CharacterLength(p)) {
+    for (LPCSTR p = set; p != nullptr && *p != '\0'; p += CharacterLength(p)) {
         if (CharacterLength(p) == length &&
             std::memcmp(p, character, static_cast<size_t>(length)) == 0)
             return true;
@@ -102,8 +112,14 @@ int CString::Find(LPCSTR text, int start) const {
 }
 
 int CString::ReverseFind(char character) const {
-    const auto* found = ::_mbsrchr(Mbs(m_text), static_cast<unsigned char>(character));
-    return found ? static_cast<int>(found - Mbs(m_text)) : -1;
+    // Not by _mbsrchr, which steps over the terminator of a text that ends within a character.
+    int found = -1;
+    for (LPCSTR p = m_text; *p != '\0'; p += CharacterLength(p)) {
+        if (*p == character && CharacterLength(p) == 1) {
+            found = static_cast<int>(p - m_text);
+        }
+    }
+    return found;
 }
 
 int CString::Compare(LPCSTR other) const {
@@ -111,13 +127,35 @@ int CString::Compare(LPCSTR other) const {
 }
 
 int CString::CompareNoCase(LPCSTR other) const {
-    return ::_mbsicmp(Mbs(m_text), Mbs(other ? other : ""));
+    // Not by _mbsicmp, which steps over the terminators of texts that end within a character.
+    LPCSTR a = m_text;
+    LPCSTR b = other != nullptr ? other : "";
+    for (;; a += CharacterLength(a), b += CharacterLength(b)) {
+        const unsigned left = FoldedCharacter(a);
+        const unsigned right = FoldedCharacter(b);
+        if (left != right) {
+            return left < right ? -1 : 1;
+        }
+        if (left == 0) {
+            return 0;
+        }
+    }
 }
 
 CString& CString::MakeLower() {
-    const int length = GetLength();
-    if (length > 0)
-        ::CharLowerBuffA(GetBuffer(length), static_cast<DWORD>(length));
+    if (IsEmpty()) {
+        return *this;
+    }
+    const LPSTR text = GetBuffer();
+    for (LPSTR p = text; p < text + GetLength(); p += CharacterLength(p)) {
+        const unsigned folded = FoldedCharacter(p);
+        if (CharacterLength(p) == 2) {
+            p[0] = static_cast<char>(folded / 256);
+            p[1] = static_cast<char>(folded % 256);
+        } else {
+            *p = static_cast<char>(folded);
+        }
+    }
     return *this;
 }
 
