@@ -2,94 +2,115 @@
 
 #include <algorithm>
 
+#include "terrascope/support/Truncate.h"
+
 namespace Terrascope {
 
 namespace {
 
-BYTE ToByte(float value) {
-    return static_cast<BYTE>(std::clamp(value * 255.0f, 0.0f, 255.0f));
-}
+/// A colour in double precision: in single precision, full lightness is white for most colours
+/// only, since components are truncated.
+struct Hls {
+    double hue = 0;
+    double lightness = 0;
+    double saturation = 0;
+};
 
-}  // namespace
-
-void RgbToHls(COLORREF colour, float& hue, float& lightness, float& saturation) {
+Hls ToHls(COLORREF colour) {
     const int red = GetRValue(colour);
     const int green = GetGValue(colour);
     const int blue = GetBValue(colour);
     const int high = std::max({red, green, blue});
     const int low = std::min({red, green, blue});
 
-    hue = 0.0f;
-    lightness = static_cast<float>(high + low) / 510.0f;
-    saturation = 0.0f;
+    Hls hls;
+    hls.lightness = (high + low) / 510.0;
     if (high == low) {
-        return;
+        return hls;
     }
-    const auto delta = static_cast<float>(high - low);
-    saturation = delta / static_cast<float>(lightness <= 0.5f ? high + low : 510 - high - low);
-    const float rc = static_cast<float>(high - red) / delta;
-    const float gc = static_cast<float>(high - green) / delta;
-    const float bc = static_cast<float>(high - blue) / delta;
+    const double delta = high - low;
+    hls.saturation = delta / (hls.lightness <= 0.5 ? high + low : 510 - high - low);
+    const double rc = (high - red) / delta;
+    const double gc = (high - green) / delta;
+    const double bc = (high - blue) / delta;
     // Of equal largest components the last one decides.
     if (red == high) {
-        hue = (bc + 6.0f - gc) * 60.0f;
+        hls.hue = (bc + 6 - gc) * 60;
     }
     if (green == high) {
-        hue = (rc + 2.0f - bc) * 60.0f;
+        hls.hue = (rc + 2 - bc) * 60;
     }
     if (blue == high) {
-        hue = (gc + 4.0f - rc) * 60.0f;
+        hls.hue = (gc + 4 - rc) * 60;
     }
-    if (hue > 360.0f) {
-        hue -= 360.0f;
+    if (hls.hue > 360) {
+        hls.hue -= 360;
     }
+    return hls;
 }
 
-COLORREF HlsToRgb(float hue, float lightness, float saturation) {
-    if (saturation == 0.0f) {
-        const BYTE grey = ToByte(lightness);
-        return RGB(grey, grey, grey);
-    }
-    const float m2 = lightness <= 0.5f ? lightness * (1.0f + saturation)
-                                       : lightness + saturation - lightness * saturation;
-    const float m1 = 2.0f * lightness - m2;
-    return RGB(HueToComponent(m1, m2, hue + 120.0f), HueToComponent(m1, m2, hue),
-               HueToComponent(m1, m2, hue - 120.0f));
+BYTE ToByte(double value) {
+    return static_cast<BYTE>(std::clamp(TruncateToInt(value * 255), 0, 255));
 }
 
-BYTE HueToComponent(float m1, float m2, float hue) {
-    if (hue > 360.0f) {
-        hue -= 360.0f;
-    } else if (hue < 0.0f) {
-        hue += 360.0f;
+BYTE ToComponent(double m1, double m2, double hue) {
+    if (hue > 360) {
+        hue -= 360;
+    } else if (hue < 0) {
+        hue += 360;
     }
-    float value = m1;
-    if (hue < 60.0f) {
-        value = m1 + (m2 - m1) * hue / 60.0f;
-    } else if (hue < 180.0f) {
+    double value = m1;
+    if (hue < 60) {
+        value = m1 + (m2 - m1) * hue / 60;
+    } else if (hue < 180) {
         value = m2;
-    } else if (hue < 240.0f) {
-        value = m1 + (m2 - m1) * (240.0f - hue) / 60.0f;
+    } else if (hue < 240) {
+        value = m1 + (m2 - m1) * (240 - hue) / 60;
     }
     return ToByte(value);
 }
 
+COLORREF ToColor(const Hls& hls) {
+    const auto [hue, lightness, saturation] = hls;
+    if (saturation == 0) {
+        const BYTE grey = ToByte(lightness);
+        return RGB(grey, grey, grey);
+    }
+    // In this form full lightness leaves exactly 1, whatever the saturation is.
+    const double m2 =
+        lightness <= 0.5 ? lightness * (1 + saturation) : lightness + saturation * (1 - lightness);
+    const double m1 = 2 * lightness - m2;
+    return RGB(ToComponent(m1, m2, hue + 120), ToComponent(m1, m2, hue),
+               ToComponent(m1, m2, hue - 120));
+}
+
+}  // namespace
+
+void RgbToHls(COLORREF colour, float& hue, float& lightness, float& saturation) {
+    const Hls hls = ToHls(colour);
+    hue = static_cast<float>(hls.hue);
+    lightness = static_cast<float>(hls.lightness);
+    saturation = static_cast<float>(hls.saturation);
+}
+
+COLORREF HlsToRgb(float hue, float lightness, float saturation) {
+    return ToColor({hue, lightness, saturation});
+}
+
+BYTE HueToComponent(float m1, float m2, float hue) {
+    return ToComponent(m1, m2, hue);
+}
+
 COLORREF DarkenColor(COLORREF colour, unsigned short percent) {
-    float hue = 0.0f;
-    float lightness = 0.0f;
-    float saturation = 0.0f;
-    RgbToHls(colour, hue, lightness, saturation);
-    lightness -= lightness * percent / 100.0f;
-    return HlsToRgb(hue, std::max(lightness, 0.0f), saturation);
+    Hls hls = ToHls(colour);
+    hls.lightness = std::max(hls.lightness - hls.lightness * (percent / 100.0), 0.0);
+    return ToColor(hls);
 }
 
 COLORREF LightenColor(COLORREF colour, unsigned short percent) {
-    float hue = 0.0f;
-    float lightness = 0.0f;
-    float saturation = 0.0f;
-    RgbToHls(colour, hue, lightness, saturation);
-    lightness += (1.0f - lightness) * percent / 100.0f;
-    return HlsToRgb(hue, std::min(lightness, 1.0f), saturation);
+    Hls hls = ToHls(colour);
+    hls.lightness = std::min(hls.lightness + (1 - hls.lightness) * (percent / 100.0), 1.0);
+    return ToColor(hls);
 }
 
 }  // namespace Terrascope

@@ -5,11 +5,12 @@
 namespace Terrascope {
 
 /// Colours as red, green, blue (red in the low byte) and as hue in degrees (0 to 360), lightness
-/// and saturation (0 to 1 each).
+/// and saturation (0 to 1 each). Components are truncated; outside 0 to 255 they become the nearest
+/// of these, and 0 where the numbers are none.
 
 void RgbToHls(COLORREF colour, float& hue, float& lightness, float& saturation);
 
-/// There and back is within 1 for each component: values are truncated.
+/// There and back is within 1 for each component.
 COLORREF HlsToRgb(float hue, float lightness, float saturation);
 
 /// One component (0 to 255) between the two mean values; the hue may be off by up to one turn.
