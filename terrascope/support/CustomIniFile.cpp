@@ -3,7 +3,6 @@
 #include <shlwapi.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 
 #include "terrascope/support/DateTimeText.h"
@@ -116,26 +115,19 @@ void CCustomIniFile::WriteDouble(const CString& section, const CString& key, dou
 
 CTime CCustomIniFile::ReadDateTime(const CString& section, const CString& key, CTime defaultValue) {
     const CString text = ReadString(section, key, "");
-    // The starts of year, month, day, hour, minute and second.
-    std::array<std::size_t, 6> starts{};
-    constexpr std::string_view kSeparators = "-- ::";
-    constexpr std::size_t kFirstColon = 3;
-    for (std::size_t i = 0; i < kSeparators.size(); ++i) {
-        const std::size_t separator = ViewOf(text).find(kSeparators[i], starts[i]);
-        if (separator == std::string_view::npos) {
-            if (i != kFirstColon) {
-                return defaultValue;
-            }
-            starts[i] = std::string_view::npos;  // a date without a time: midnight
-            break;
-        }
-        starts[i + 1] = separator + 1;
+    CNumberFields fields(text);
+    const auto year = fields.Before('-');
+    const auto month = fields.Before('-');
+    const auto day = fields.Before(' ');
+    if (!day) {
+        return defaultValue;
     }
-    const auto field = [&](std::size_t i) { return LeadingInteger(text.GetString() + starts[i]); };
-    if (starts[kFirstColon] == std::string_view::npos) {
-        return CTime(field(0), field(1), field(2), 0, 0, 0);
+    const auto hour = fields.Before(':');
+    if (!hour) {
+        return CTime(*year, *month, *day, 0, 0, 0);  // a date without a time: midnight
     }
-    return CTime(field(0), field(1), field(2), field(3), field(4), field(5));
+    const auto minute = fields.Before(':');
+    return minute ? CTime(*year, *month, *day, *hour, *minute, fields.Rest()) : defaultValue;
 }
 
 void CCustomIniFile::WriteDateTime(const CString& section, const CString& key, CTime value) {

@@ -10,54 +10,35 @@ namespace Terrascope {
 
 namespace {
 
-/// Cuts a text into numbers, from left to right.
-class FieldReader {
-public:
-    FieldReader(const CString& text, const char* error) : m_text(ViewOf(text)), m_error(error) {}
+int Number(std::string_view field) {
+    return LeadingInteger(std::string(field).c_str());
+}
 
-    void SetError(const char* error) { m_error = error; }
-
-    /// The field up to the separator, which is skipped.
-    int Before(char separator) {
-        const std::size_t end = m_text.find(separator, m_at);
-        if (end == std::string_view::npos) {
-            throw std::logic_error(m_error);
-        }
-        const int number = Number(m_text.substr(m_at, end - m_at));
-        m_at = end + 1;
-        return number;
-    }
-
-    int Rest() const { return Number(m_text.substr(m_at)); }
-
-private:
-    static int Number(std::string_view field) { return LeadingInteger(std::string(field).c_str()); }
-
-    const std::string_view m_text;
-    std::size_t m_at = 0;
-    const char* m_error;
-};
+int Required(std::optional<int> field, const char* error) {
+    return field ? *field : throw std::logic_error(error);
+}
 
 CTime Parse(const CString& text, bool dateOnly, bool timeOnly) {
     if (dateOnly && timeOnly) {
         throw std::logic_error("not allowed both to be true.");
     }
-    FieldReader fields(text, "date format error!");
+    constexpr const char* kDateError = "date format error!";
+    constexpr const char* kTimeError = "time format error!";
+    CNumberFields fields(text);
     const CTime today = CTime::GetCurrentTime();
     int year = today.GetYear();
     int month = today.GetMonth();
     int day = today.GetDay();
     if (!timeOnly) {
-        year = fields.Before('-');
-        month = fields.Before('-');
+        year = Required(fields.Before('-'), kDateError);
+        month = Required(fields.Before('-'), kDateError);
         if (dateOnly) {
             return CTime(year, month, fields.Rest(), 0, 0, 0, 0);
         }
-        day = fields.Before(' ');
+        day = Required(fields.Before(' '), kDateError);
     }
-    fields.SetError("time format error!");
-    const int hour = fields.Before(':');
-    const int minute = fields.Before(':');
+    const int hour = Required(fields.Before(':'), kTimeError);
+    const int minute = Required(fields.Before(':'), kTimeError);
     return CTime(year, month, day, hour, minute, fields.Rest());
 }
 
@@ -65,6 +46,23 @@ CTime Parse(const CString& text, bool dateOnly, bool timeOnly) {
 
 int LeadingInteger(const char* text) {
     return static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
+CNumberFields::CNumberFields(const CString& text) : m_rest(ViewOf(text)) {}
+
+std::optional<int> CNumberFields::Before(char separator) {
+    const std::size_t end = m_rest ? m_rest->find(separator) : std::string_view::npos;
+    if (end == std::string_view::npos) {
+        m_rest.reset();
+        return std::nullopt;
+    }
+    const int number = Number(m_rest->substr(0, end));
+    m_rest->remove_prefix(end + 1);
+    return number;
+}
+
+int CNumberFields::Rest() const {
+    return m_rest ? Number(*m_rest) : 0;
 }
 
 bool ParseDateTime(const CString& text, CTime& result, bool dateOnly, bool timeOnly) {
