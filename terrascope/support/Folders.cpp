@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
+#include "terrascope/support/FolderLinks.h"
 #include "terrascope/support/MultibyteText.h"
 #include "terrascope/support/Paths.h"
+#include "terrascope/support/TextConvert.h"
 
 namespace Terrascope {
 
@@ -54,6 +57,9 @@ public:
 
     explicit operator bool() const { return m_bHas; }
     CString Name() const { return CString(m_entry.cFileName); }
+    bool IsLink() const {
+        return Terrascope::IsLink(m_entry.dwFileAttributes, m_entry.dwReserved0);
+    }
     bool IsFolder() const { return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
     void Next() {
         m_bHas = ::FindNextFileA(m_hFind, &m_entry) != FALSE;
@@ -141,6 +147,16 @@ bool DeleteFolder(const CString& path) {
         return false;
     }
     std::copy(text.begin(), text.end(), source.begin());
+    // First the links: the shell of some systems deletes what these lead to.
+    if (IsDirectory(path)) {
+        const std::unique_ptr<wchar_t[]> wide(StringToWide(WithoutTrailingBackslash(path)));
+        if (wide == nullptr || !DeleteLinks(wide.get())) {
+            return false;
+        }
+    }
+    if (!::PathFileExistsA(path)) {
+        return true;
+    }
     SHFILEOPSTRUCTA operation{};
     operation.wFunc = FO_DELETE;
     operation.pFrom = source.data();
@@ -169,7 +185,10 @@ void FindFiles(const CString& folder, const std::list<CString>& extensions,
         if (includeFolders) {
             result.push_back(path);
         }
-        FindFiles(path, extensions, result, includeFolders);
+        // A link may lead out of the folder, or back into it for ever.
+        if (!entry.IsLink()) {
+            FindFiles(path, extensions, result, includeFolders);
+        }
     }
 }
 

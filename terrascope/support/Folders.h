@@ -22,12 +22,15 @@ bool CreateDirectories(const CString& path);
 bool ForceDeleteFile(const CString& path);
 
 /// Deletes a folder with all that is in it, without questions; true when it does not exist (any
-/// more). Paths of 259 bytes and more are refused.
+/// more). Paths of 259 bytes and more are refused. A link in it, or in its place, is deleted
+/// itself, and what it leads to stays; false, with the files left, where the system cannot do that
+/// (Wine).
 bool DeleteFolder(const CString& path);
 
 /// Appends the full paths of the files in the folder and all folders below it, depth first, in the
 /// order of discovery. With extensions (without the full stop, case ignored) only files that have
-/// one of them. With `includeFolders` each folder comes before what it holds.
+/// one of them. With `includeFolders` each folder comes before what it holds. A link to a folder is
+/// a folder with nothing in it here.
 void FindFiles(const CString& folder, const std::list<CString>& extensions,
                std::list<CString>& result, bool includeFolders);
 
