@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <string_view>
 
+#include "terrascope/support/LogSink.h"
 #include "terrascope/support/MultibyteText.h"
 
 namespace Terrascope {
@@ -34,6 +36,28 @@ std::vector<CString> SplitBuffer(DWORD count) {
     return names;
 }
 
+/// Whether the profile functions take the texts. Those of 32,767 UTF-16 units and more fit no
+/// counted string of the system; Wine's then read a pointer that nobody has set.
+bool AreTaken(std::initializer_list<const CString*> texts) {
+    constexpr int kLongest = 32766;
+    return std::all_of(texts.begin(), texts.end(), [](const CString* text) {
+        return text->GetLength() <= kLongest ||
+               ::MultiByteToWideChar(CP_ACP, 0, *text, text->GetLength(), nullptr, 0) <= kLongest;
+    });
+}
+
+/// The same, with a line in the log for a call that is refused.
+bool MayWrite(const CString& file, const CString& section, const CString& key = CString(),
+              const CString& value = CString()) {
+    const bool taken = AreTaken({&file, &section, &key, &value});
+    if (!taken) {
+        LogLine("%.260s: [%.60s] %.60s: not written, a text of %d bytes is too long",
+                file.GetString(), section.GetString(), key.GetString(),
+                std::max({section.GetLength(), key.GetLength(), value.GetLength()}));
+    }
+    return taken;
+}
+
 }  // namespace
 
 CIniFile::CIniFile(const CString& path) : CCustomIniFile(path) {
@@ -42,8 +66,12 @@ CIniFile::CIniFile(const CString& path) : CCustomIniFile(path) {
 
 CString CIniFile::ReadString(const CString& section, const CString& key,
                              const CString& defaultValue) {
+    if (!AreTaken({&m_strFileName, &section, &key})) {
+        return defaultValue;
+    }
     char* buffer = CleanBuffer();
-    ::GetPrivateProfileStringA(section, key, defaultValue, buffer, kBufferBytes, m_strFileName);
+    ::GetPrivateProfileStringA(section, key, AreTaken({&defaultValue}) ? defaultValue : CString(),
+                               buffer, kBufferBytes, m_strFileName);
     return CString(buffer);
 }
 
@@ -52,18 +80,27 @@ void CIniFile::WriteString(const CString& section, const CString& key, const CSt
     if (!value.IsEmpty() && (value[0] == ' ' || value[value.GetLength() - 1] == ' ')) {
         text = "\"" + value + "\"";
     }
-    ::WritePrivateProfileStringA(section, key, text, m_strFileName);
+    if (MayWrite(m_strFileName, section, key, text)) {
+        ::WritePrivateProfileStringA(section, key, text, m_strFileName);
+    }
 }
 
 void CIniFile::DeleteKey(const CString& section, const CString& key) {
-    ::WritePrivateProfileStringA(section, key, nullptr, m_strFileName);
+    if (MayWrite(m_strFileName, section, key)) {
+        ::WritePrivateProfileStringA(section, key, nullptr, m_strFileName);
+    }
 }
 
 void CIniFile::EraseSection(const CString& section) {
-    ::WritePrivateProfileSectionA(section, nullptr, m_strFileName);
+    if (MayWrite(m_strFileName, section)) {
+        ::WritePrivateProfileSectionA(section, nullptr, m_strFileName);
+    }
 }
 
 void CIniFile::AddSection(const CString& section) {
+    if (!MayWrite(m_strFileName, section)) {
+        return;
+    }
     const char* const noLines = "\0";  // a list of lines ends with two zero bytes
     ::WritePrivateProfileSectionA(section, noLines, m_strFileName);
     if (!SectionExists(section)) {
@@ -74,11 +111,17 @@ void CIniFile::AddSection(const CString& section) {
 }
 
 std::vector<CString> CIniFile::ReadSections() {
+    if (!AreTaken({&m_strFileName})) {
+        return {};
+    }
     char* buffer = CleanBuffer();
     return SplitBuffer(::GetPrivateProfileSectionNamesA(buffer, kBufferBytes, m_strFileName));
 }
 
 std::vector<CString> CIniFile::ReadSection(const CString& section) {
+    if (!AreTaken({&m_strFileName, &section})) {
+        return {};
+    }
     char* buffer = CleanBuffer();
     return SplitBuffer(
         ::GetPrivateProfileStringA(section, nullptr, nullptr, buffer, kBufferBytes, m_strFileName));
@@ -89,7 +132,9 @@ std::vector<CString> CIniFile::ReadSectionValues(const CString& section) {
 }
 
 void CIniFile::UpdateFile() {
-    ::WritePrivateProfileStringA(nullptr, nullptr, nullptr, m_strFileName);
+    if (AreTaken({&m_strFileName})) {
+        ::WritePrivateProfileStringA(nullptr, nullptr, nullptr, m_strFileName);
+    }
 }
 
 }  // namespace Terrascope

@@ -10,7 +10,11 @@ namespace Terrascope {
 ///
 /// Threads: all objects of the process share one buffer: no two threads may read through objects
 ///          of this class at the same time.
-/// Errors:  as the base; names of 1000 bytes and more are listed cut short.
+/// Errors:  as the base; names of 1000 bytes and more are listed cut short. A change with a
+/// section,
+///          key or value of 32,767 characters and more, which the system's functions do not take,
+///          is refused with a line in the log and leaves the file as it is; reading with such a
+///          section or key gives the default, and such a default counts as empty.
 class CIniFile : public CCustomIniFile {
 public:
     explicit CIniFile(const CString& path);
