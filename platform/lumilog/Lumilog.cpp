@@ -1,5 +1,7 @@
 #include "platform/lumilog/Lumilog.h"
 
+#include <windows.h>
+
 #include <spdlog/logger.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
@@ -25,16 +27,22 @@ struct ModuleLog {
     spdlog::sink_ptr console;
 };
 
-struct Registry {
-    std::mutex lock;
-    std::map<std::string, ModuleLog> modules;
+using ModuleLogs = std::map<std::string, ModuleLog>;
+
+/// A lock without memory of its own and without a destructor.
+class SlimLock {
+public:
+    void lock() { ::AcquireSRWLockExclusive(&m_lock); }
+    void unlock() { ::ReleaseSRWLockExclusive(&m_lock); }
+
+private:
+    SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
-Registry& Modules() {
-    // Never destroyed: modules may log while the process ends.
-    static auto* registry = new Registry;
-    return *registry;
-}
+// Not a static map: modules may log while the process ends, when static objects are gone. It exists
+// while a module is registered, so that a DLL that is unloaded leaves nothing behind.
+constinit SlimLock g_lock;
+constinit ModuleLogs* g_modules = nullptr;  // guarded by g_lock
 
 spdlog::level::level_enum ToLevel(int level) {
     using namespace spdlog::level;
@@ -60,11 +68,14 @@ void Switch(const spdlog::sink_ptr& sink, bool on) {
 template <class Action>
 void WithModule(const char* name, Action action) {
     Quietly([&] {
-        Registry& registry = Modules();
-        const std::lock_guard guard(registry.lock);
-        const auto found = registry.modules.find(name);
-        if (found != registry.modules.end())
+        const std::lock_guard guard(g_lock);
+        if (g_modules == nullptr) {
+            return;
+        }
+        const auto found = g_modules->find(name);
+        if (found != g_modules->end()) {
             action(found->second);
+        }
     });
 }
 
@@ -95,16 +106,22 @@ void RegisterByModule(const Configuration& configuration) {
         module.logger->flush_on(spdlog::level::info);
         module.logger->set_error_handler([](const std::string&) {});
 
-        Registry& registry = Modules();
-        const std::lock_guard guard(registry.lock);
-        registry.modules[name] = std::move(module);
+        const std::lock_guard guard(g_lock);
+        if (g_modules == nullptr) {
+            g_modules = new ModuleLogs;
+        }
+        (*g_modules)[name] = std::move(module);
     });
 }
 
 void UnRegister(const char* moduleName) {
     WithModule(moduleName, [&](ModuleLog& module) {
         module.logger->flush();
-        Modules().modules.erase(moduleName);
+        g_modules->erase(moduleName);
+        if (g_modules->empty()) {
+            delete g_modules;
+            g_modules = nullptr;
+        }
     });
 }
 

@@ -1,24 +1,24 @@
 #include "Module.h"
 
 #include <algorithm>
-#include <mutex>
-#include <vector>
+#include <utility>
 
 namespace {
 
-/// The modules in the order of their loading. The lock is never held while calling out, so it may
-/// be taken under the loader lock.
-struct ModuleList {
-    std::mutex lock;
-    std::vector<CDynLinkLibrary*> modules;
-    HINSTANCE applicationResources = nullptr;
-};
+// Without a destructor and without memory of their own: extension DLLs are unloaded after the
+// framework's static objects, and a framework that is unloaded leaves nothing behind. The lock is
+// never held while calling out, so it may be taken under the loader lock.
+SRWLOCK g_lock = SRWLOCK_INIT;
+CDynLinkLibrary* g_newest = nullptr;         // guarded by g_lock
+HINSTANCE g_applicationResources = nullptr;  // guarded by g_lock
 
-ModuleList& Modules() {
-    // Never destroyed: extension DLLs are unloaded after the framework's static objects.
-    static auto* list = new ModuleList;
-    return *list;
-}
+class ListLock {
+public:
+    ListLock() { ::AcquireSRWLockExclusive(&g_lock); }
+    ~ListLock() { ::ReleaseSRWLockExclusive(&g_lock); }
+    ListLock(const ListLock&) = delete;
+    ListLock& operator=(const ListLock&) = delete;
+};
 
 bool Holds(HMODULE module, LPCSTR name, LPCSTR type) {
     return module && ::FindResourceA(module, name, type) != nullptr;
@@ -28,15 +28,36 @@ bool Holds(HMODULE module, LPCSTR name, LPCSTR type) {
 
 CDynLinkLibrary::CDynLinkLibrary(AFX_EXTENSION_MODULE& state)
     : m_hModule(state.hModule), m_hResource(state.hResource) {
-    ModuleList& list = Modules();
-    const std::lock_guard guard(list.lock);
-    list.modules.push_back(this);
+    const ListLock lock;
+    m_pNextDL = std::exchange(g_newest, this);
 }
 
 CDynLinkLibrary::~CDynLinkLibrary() {
-    ModuleList& list = Modules();
-    const std::lock_guard guard(list.lock);
-    std::erase(list.modules, this);
+    const ListLock lock;
+    for (CDynLinkLibrary** at = &g_newest; *at != nullptr; at = &(*at)->m_pNextDL) {
+        if (*at == this) {
+            *at = m_pNextDL;
+            break;
+        }
+    }
+}
+
+CDynLinkLibrary* CDynLinkLibrary::Find(HMODULE module) {
+    const ListLock lock;
+    CDynLinkLibrary* found = g_newest;
+    while (found != nullptr && found->m_hModule != module) {
+        found = found->m_pNextDL;
+    }
+    return found;
+}
+
+std::vector<HMODULE> CDynLinkLibrary::ResourceModules() {
+    const ListLock lock;
+    std::vector<HMODULE> modules;
+    for (const CDynLinkLibrary* at = g_newest; at != nullptr; at = at->m_pNextDL) {
+        modules.push_back(at->m_hResource);
+    }
+    return modules;
 }
 
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module) {
@@ -52,19 +73,7 @@ BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module) {
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL) {
     if (!state.bInitialized)
         return;
-    for (;;) {
-        CDynLinkLibrary* found = nullptr;
-        {
-            ModuleList& list = Modules();
-            const std::lock_guard guard(list.lock);
-            const auto at = std::find_if(
-                list.modules.begin(), list.modules.end(),
-                [&](const CDynLinkLibrary* m) { return m->m_hModule == state.hModule; });
-            if (at != list.modules.end())
-                found = *at;
-        }
-        if (!found)
-            break;
+    while (CDynLinkLibrary* found = CDynLinkLibrary::Find(state.hModule)) {
         delete found;
     }
     state.bInitialized = FALSE;
@@ -75,31 +84,24 @@ HINSTANCE AfxGetInstanceHandle() {
 }
 
 HINSTANCE AfxGetResourceHandle() {
-    ModuleList& list = Modules();
-    const std::lock_guard guard(list.lock);
-    return list.applicationResources ? list.applicationResources : AfxGetInstanceHandle();
+    const ListLock lock;
+    return g_applicationResources != nullptr ? g_applicationResources : AfxGetInstanceHandle();
 }
 
 void AfxSetResourceHandle(HINSTANCE module) {
-    ModuleList& list = Modules();
-    const std::lock_guard guard(list.lock);
-    list.applicationResources = module;
+    const ListLock lock;
+    g_applicationResources = module;
 }
 
 HINSTANCE AfxFindResourceHandle(LPCSTR name, LPCSTR type) {
     const HINSTANCE application = AfxGetResourceHandle();
-    if (Holds(application, name, type))
+    if (Holds(application, name, type)) {
         return application;
-    std::vector<HMODULE> modules;
-    {
-        ModuleList& list = Modules();
-        const std::lock_guard guard(list.lock);
-        for (const CDynLinkLibrary* module : list.modules)
-            modules.push_back(module->m_hResource);
     }
-    const auto found = std::find_if(modules.rbegin(), modules.rend(),
+    const std::vector<HMODULE> modules = CDynLinkLibrary::ResourceModules();
+    const auto found = std::find_if(modules.begin(), modules.end(),
                                     [&](HMODULE module) { return Holds(module, name, type); });
-    return found != modules.rend() ? *found : application;
+    return found != modules.end() ? *found : application;
 }
 
 BOOL AfxInitRichEdit2() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "../Export.h"
 #include "../core/Object.h"
 
@@ -21,6 +23,14 @@ public:
 
     HMODULE m_hModule;
     HMODULE m_hResource;
+
+    /// The object of a module; null when it has none in the list.
+    static CDynLinkLibrary* Find(HMODULE module);
+    /// Where resources are looked for, the module loaded last first.
+    static std::vector<HMODULE> ResourceModules();
+
+private:
+    CDynLinkLibrary* m_pNextDL = nullptr;  ///< loaded before this one
 };
 
 /// Prepares an extension DLL; FALSE makes its load fail.
