@@ -59,6 +59,7 @@ private:
 }  // namespace
 
 BEGIN_MESSAGE_MAP(CCustomStatic, CStatic)
+ON_WM_CREATE()
 ON_WM_CTLCOLOR_REFLECT()
 ON_WM_SETCURSOR()
 ON_WM_LBUTTONDOWN()
@@ -127,16 +128,47 @@ void CCustomStatic::SetFontSize(int size) {
 }
 
 void CCustomStatic::ChangeStyle(int which, DWORD flag, bool set) {
+    StyleChange& all = which == GWL_EXSTYLE ? m_exStyle : m_style;
+    all.added = set ? all.added | flag : all.added & ~flag;
+    all.removed = set ? all.removed & ~flag : all.removed | flag;
+    ApplyStyle(which, {set ? 0 : flag, set ? flag : 0});
+}
+
+void CCustomStatic::ApplyStyle(int which, StyleChange change) {
     if (GetSafeHwnd() == nullptr) {
         return;
     }
-    const DWORD remove = set ? 0 : flag;
-    const DWORD add = set ? flag : 0;
     if (which == GWL_EXSTYLE) {
-        ModifyStyleEx(remove, add, SWP_FRAMECHANGED);
+        ModifyStyleEx(change.removed, change.added, SWP_FRAMECHANGED);
     } else {
-        ModifyStyle(remove, add, flag == WS_BORDER ? SWP_FRAMECHANGED : 0);
+        const bool frame = ((change.removed | change.added) & WS_BORDER) != 0;
+        ModifyStyle(change.removed, change.added, frame ? SWP_FRAMECHANGED : 0);
     }
+}
+
+void CCustomStatic::ApplyLink() {
+    if (GetSafeHwnd() != nullptr && m_bLinkSet) {
+        SetWindowText(m_strLink);
+    }
+}
+
+void CCustomStatic::TakeWindow() {
+    ApplyStyle(GWL_STYLE, m_style);
+    ApplyStyle(GWL_EXSTYLE, m_exStyle);
+    ApplyLink();
+}
+
+// For a window that is there already, as in a dialog. One that is being created gets its text and
+// its styles after this, and has OnCreate.
+void CCustomStatic::PreSubclassWindow() {
+    CStatic::PreSubclassWindow();
+    TakeWindow();
+}
+
+int CCustomStatic::OnCreate(LPCREATESTRUCT create) {
+    const int result = CStatic::OnCreate(create);
+    TakeWindow();
+    return result;
 }
 
 void CCustomStatic::SetBorder(bool border) {
@@ -158,9 +190,8 @@ void CCustomStatic::SetLinkCursor(HCURSOR cursor) {
 
 void CCustomStatic::SetLink(const CString& text) {
     m_strLink = text;
-    if (GetSafeHwnd() != nullptr) {
-        SetWindowText(text);
-    }
+    m_bLinkSet = true;
+    ApplyLink();
 }
 
 void CCustomStatic::SetEtched(bool etched) {

@@ -11,7 +11,9 @@ namespace Terrascope {
 /// Units:   font sizes are heights in the device's units.
 /// Owns:    its brushes and its font.  Borrows: the link cursor.
 /// Threads: the thread of its window.
-/// Errors:  none are reported; setters without a window take effect when there is one.
+/// Errors:  none are reported. Setters without a window take effect when there is one; what no
+/// setter
+///          was called for stays as the window has it.
 class CCustomStatic : public CStatic {
 public:
     CCustomStatic();
@@ -41,6 +43,8 @@ public:
     void SetTransparent(bool transparent);
 
 protected:
+    void PreSubclassWindow() override;
+    afx_msg int OnCreate(LPCREATESTRUCT create);
     afx_msg HBRUSH CtlColor(CDC* pDC, UINT nCtlColor);
     afx_msg BOOL OnSetCursor(CWnd* pWnd, UINT nHitTest, UINT message);
     afx_msg void OnLButtonDown(UINT nFlags, CPoint point);
@@ -49,9 +53,17 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
+    struct StyleChange {
+        DWORD removed = 0;
+        DWORD added = 0;
+    };
+
     void Redraw();
     void RecreateFont();
     void ChangeStyle(int which, DWORD flag, bool set);
+    void ApplyStyle(int which, StyleChange change);
+    void ApplyLink();
+    void TakeWindow();
     void PaintEtched();
     void PaintTransparent();
 
@@ -65,6 +77,10 @@ private:
     HCURSOR m_hCursor = nullptr;
     bool m_bEtched = false;
     bool m_bTransparent = false;
+    // What the setters have asked for, for a window that comes later.
+    bool m_bLinkSet = false;
+    StyleChange m_style;
+    StyleChange m_exStyle;
 };
 
 }  // namespace Terrascope

@@ -96,6 +96,7 @@ HWND CWnd::Detach() {
 BOOL CWnd::SubclassWindow(HWND window) {
     if (!Attach(window))
         return FALSE;
+    PreSubclassWindow();
     m_former = reinterpret_cast<WNDPROC>(
         ::SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CWnd::Procedure)));
     return m_former != nullptr;

@@ -124,6 +124,9 @@ protected:
     /// The default of the message that is being handled.
     LRESULT Default();
     virtual void DoDataExchange(CDataExchange*) {}
+    /// The first call for a window, before its messages come to the object. A window that is being
+    /// created has neither text nor size then, and is not yet the system's: see OnCreate.
+    virtual void PreSubclassWindow() {}
     /// The last call for a window; an object made with `new` may delete itself.
     virtual void PostNcDestroy() {}
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
