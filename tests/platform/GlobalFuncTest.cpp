@@ -19,7 +19,7 @@ TEST(GlobalFunc, WritesAModulesFolderOnlyWhereItFits) {
 }
 
 TEST(GlobalFunc, MakesSureOfAFolder) {
-    const TerrascopeTest::TemporaryFolder folder;
+    const TerrascopeTest::TemporaryFolder folder{TerrascopeTest::FolderName::Awkward};
     folder.WriteFile("file", "");
     for (const char* name : {"log", "log", "log/inner/", "log\\inner"})
         EXPECT_TRUE(GlobalFunc::IsDirectoryCreated((folder / name).c_str())) << name;

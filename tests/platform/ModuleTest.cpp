@@ -15,25 +15,51 @@ std::string OwnerOf(UINT id) {
     const char* name = MAKEINTRESOURCEA(id);
     const HINSTANCE module = AfxFindResourceHandle(name, RT_RCDATA);
     const HRSRC resource = ::FindResourceA(module, name, RT_RCDATA);
-    return resource ? static_cast<const char*>(::LockResource(::LoadResource(module, resource)))
-                    : "";
+    return resource != nullptr
+               ? static_cast<const char*>(::LockResource(::LoadResource(module, resource)))
+               : "";
 }
 
 TEST(Module, ResourcesAreFoundInTheApplicationThenInTheExtensionLoadedLast) {
-    EXPECT_EQ(OwnerOf(1), "application");
-    EXPECT_EQ(AfxFindResourceHandle(MAKEINTRESOURCEA(2), RT_RCDATA), AfxGetInstanceHandle());
+    EXPECT_EQ("application", OwnerOf(1));
+    EXPECT_EQ(AfxGetInstanceHandle(), AfxFindResourceHandle(MAKEINTRESOURCEA(2), RT_RCDATA));
     const HMODULE first = Load("FirstExtension.dll");
-    EXPECT_EQ(OwnerOf(2), "first");
+    EXPECT_EQ("first", OwnerOf(2));
     const HMODULE second = Load("SecondExtension.dll");
-    EXPECT_EQ(OwnerOf(1) + OwnerOf(2) + OwnerOf(3), "applicationsecondfirst");
+    EXPECT_EQ("applicationsecondfirst", OwnerOf(1) + OwnerOf(2) + OwnerOf(3));
     AfxSetResourceHandle(second);
-    EXPECT_EQ(OwnerOf(1), "second");
+    EXPECT_EQ("second", OwnerOf(1));
     AfxSetResourceHandle(nullptr);
-    EXPECT_EQ(OwnerOf(1), "application");
+    EXPECT_EQ("application", OwnerOf(1));
     ::FreeLibrary(second);
-    EXPECT_EQ(OwnerOf(2), "first");
+    EXPECT_EQ("first", OwnerOf(2));
     ::FreeLibrary(first);
-    EXPECT_EQ(OwnerOf(2), "");
+    EXPECT_EQ("", OwnerOf(2));
+}
+
+/// The bytes that are in use in all heaps of the process.
+SIZE_T BytesInUse() {
+    HANDLE heaps[64];
+    const DWORD count = ::GetProcessHeaps(64, heaps);
+    SIZE_T bytes = 0;
+    for (DWORD i = 0; i < count; ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        while (::HeapWalk(heaps[i], &entry)) {
+            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
+        }
+    }
+    return bytes;
+}
+
+TEST(Module, AnExtensionThatLogsLeavesNothingBehind) {
+    SIZE_T before = 0;
+    for (int round = 0; round < 20; ++round) {
+        if (round == 10) {
+            before = BytesInUse();  // once what is made at first use is there
+        }
+        ::FreeLibrary(Load("FirstExtension.dll"));
+    }
+    EXPECT_EQ(before, BytesInUse());
 }
 
 }  // namespace

@@ -4,153 +4,192 @@
 #include <shlwapi.h>
 
 #include <climits>
-#include <memory>
+#include <regex>
+#include <string>
 #include <vector>
 
-#include "TempFolder.h"
-#include "Throws.h"
-#include "terrascope/support/DateTimeText.h"
+#include "terrascope/support/Folders.h"
 #include "terrascope/support/MemIniFile.h"
 #include "terrascope/support/Paths.h"
+#include "tests/fixtures/LogCapture.h"
+#include "tests/fixtures/TemporaryFolder.h"
 
 namespace Terrascope {
 namespace {
 
+using namespace std::string_literals;
 using Names = std::vector<CString>;
 
-/// What holds for both kinds of file.
-class BothIniFiles : public testing::TestWithParam<bool> {
+class IniFile : public testing::Test {
 protected:
-    std::unique_ptr<CCustomIniFile> Open(const CString& path) const {
-        if (GetParam()) {
-            return std::make_unique<CMemIniFile>(path, true);
-        }
-        return std::make_unique<CIniFile>(path);
+    CMemIniFile Open(const std::string& text, bool caseSensitive) const {
+        return CMemIniFile(folder.WriteFile("a.ini", text).c_str(), caseSensitive);
     }
-    const TempFolder folder;
+    const TerrascopeTest::TemporaryFolder folder{TerrascopeTest::FolderName::Awkward};
+    const CString path = (folder / "a.ini").c_str();
 };
-INSTANTIATE_TEST_SUITE_P(Ini, BothIniFiles, testing::Values(false, true),
-                         [](const auto& kind) { return kind.param ? "InMemory" : "OnDisk"; });
+using MemIniFile = IniFile;
 
-TEST_P(BothIniFiles, ReadNumbersByTheirOwnRules) {
-    const auto file = Open(folder.Path("new.ini"));
-    EXPECT_TRUE(::PathFileExistsA(folder.Path("new.ini")));
-    EXPECT_EQ(file->ReadInteger("s", "none", -7), -7);
-    EXPECT_EQ(file->ReadFloat("s", "none", 0.5f), 0.5f);
-
-    file->WriteString("s", "k", "123x");
-    EXPECT_EQ(file->ReadInteger("s", "k", 0), 123);
-    EXPECT_EQ(file->ReadUInt("s", "k", 9), 0U);
-    file->WriteString("s", "k", "300");
-    EXPECT_EQ(file->ReadUInt("s", "k", 9), 0U);
-    EXPECT_EQ(file->ReadByte("s", "k", 0), 44);
-    EXPECT_TRUE(file->ReadBool("s", "k", false));
-    file->WriteString("s", "k", "-99999999999");
-    EXPECT_EQ(file->ReadInteger("s", "k", 0), INT_MIN);
-    EXPECT_EQ(file->ReadUInt("s", "k", 0), 9U) << "the last digit alone";
-
-    file->WriteUInt("s", "k", 4294967295U);
-    EXPECT_EQ(file->ReadString("s", "k", ""), "-1");
-    file->WriteFloat("s", "k", 0.1f);
-    EXPECT_EQ(file->ReadString("s", "k", ""), "0.100000");
-    file->WriteDouble("s", "k", -1e10);
-    EXPECT_EQ(file->ReadDouble("s", "k", 0), -1e10);
-}
-
-TEST_P(BothIniFiles, ReadDatesByTheirSeparators) {
-    const auto file = Open(folder.Path("a.ini"));
-    const CTime fallback(5);
-    struct {
+TEST(CustomIniFile, ReadsNumbersByTheirOwnRules) {
+    CMemIniFile file("", true);
+    const struct {
         const char* text;
-        const char* read;  // null: the default
-    } const cases[] = {
-        {"2024-05-06 07:08:09", "2024-05-06 07:08:09"},
-        {"2024-5-6 7:8:9", "2024-05-06 07:08:09"},
-        {"2024-05-06 x", "2024-05-06 00:00:00"},
-        {"2024-05-06", nullptr},
-        {"2024-05-06 07:08", nullptr},
-        {"", nullptr},
-    };
+        int integer;
+        unsigned lastDigit;
+    } cases[] = {{"123x", 123, 0}, {"300", 300, 0}, {"-99999999999", INT_MIN, 9}, {"", -7, 7}};
     for (const auto& c : cases) {
-        file->WriteString("s", "k", c.text);
-        const CTime read = file->ReadDateTime("s", "k", fallback);
-        if (c.read == nullptr) {
-            EXPECT_TRUE(read == fallback) << c.text;
-        } else {
-            EXPECT_EQ(read.Format(kDateTimeForm), c.read) << c.text;
-            file->WriteDateTime("s", "k", read);
-            EXPECT_EQ(file->ReadString("s", "k", ""), c.read);
-        }
+        file.WriteString("s", "k", c.text);
+        EXPECT_EQ(c.integer, file.ReadInteger("s", "k", -7));
+        EXPECT_EQ(c.lastDigit, file.ReadUInt("s", "k", 7));
+        EXPECT_EQ(static_cast<BYTE>(c.integer), file.ReadByte("s", "k", 249));
     }
-    for (const char* text : {"1969-05-06 07:08:09", "2024-5-32 x", "a-b-c d:e:f"}) {
-        file->WriteString("s", "k", text);
-        EXPECT_TRUE(Throws<COleException>([&] { file->ReadDateTime("s", "k", fallback); })) << text;
-    }
+    file.WriteUInt("s", "k", 4294967295U);
+    EXPECT_EQ("-1", file.ReadString("s", "k", ""));
+    file.WriteFloat("s", "k", 0.1F);
+    EXPECT_EQ("0.100000", file.ReadString("s", "k", ""));
+    EXPECT_EQ(0.1, file.ReadDouble("s", "k", 0));
 }
 
-TEST(IniFile, AsksTheSystemForEveryValue) {
-    const TempFolder folder;
-    CIniFile file(folder.Write("a.ini", "[S]\r\nk = v \r\nq=\"  a  \"\r\nempty=\r\n[t]\r\n"));
-    EXPECT_EQ(file.ReadString("s", "K", ""), "v");
-    EXPECT_EQ(file.ReadString("s", "q", ""), "  a  ");
-    EXPECT_EQ(file.ReadString("s", "none", "default"), "default");
-    EXPECT_EQ(file.ReadSections(), (Names{"S", "t"}));
-    EXPECT_EQ(file.ReadSection("S"), (Names{"k", "q", "empty"}));
-    EXPECT_EQ(file.ReadSectionValues("S"), file.ReadSection("S"));
-    EXPECT_FALSE(file.SectionExists("s"));
-    EXPECT_FALSE(file.ValueExists("S", "K"));
-
+TEST_F(IniFile, AsksTheSystemForEveryValue) {
+    folder.WriteFile("a.ini", "[S]\r\nk = v \r\nq=\"  a  \"\r\nempty=\r\n[t]\r\n");
+    CIniFile file(path);
+    EXPECT_EQ("v  a  def", file.ReadString("s", "K", "") + file.ReadString("s", "q", "") +
+                               file.ReadString("s", "none", "def"));
+    EXPECT_EQ((Names{"k", "q", "empty"}), file.ReadSectionValues("S"));
     file.WriteString("S", "k", " blank");
-    file.WriteString("S", "tail", "blank ");
-    file.UpdateFile();
-    EXPECT_NE(folder.Read("a.ini").find("k=\" blank\""), std::string::npos);
-    EXPECT_EQ(file.ReadString("S", "tail", ""), "blank ");
-
+    EXPECT_NE(std::string::npos, folder.ReadFile("a.ini").find("k=\" blank\""));
     file.DeleteKey("S", "q");
-    EXPECT_EQ(file.ReadSection("S"), (Names{"k", "empty", "tail"}));
+    EXPECT_EQ((Names{"k", "empty"}), file.ReadSection("S"));
     file.AddSection("S");
     EXPECT_TRUE(file.ReadSection("S").empty());
     file.AddSection("new");
-    EXPECT_EQ(file.ReadSections(), (Names{"S", "t", "new"}));
     file.EraseSection("S");
-    EXPECT_EQ(file.ReadSections(), (Names{"t", "new"}));
+    EXPECT_EQ((Names{"t", "new"}), file.ReadSections());
     file.WriteString("long", CString('k', 1500), "1");
-    EXPECT_EQ(file.ReadSection("long"), Names{CString('k', 999)}) << "longer names are cut";
-    file.Clear();
-    EXPECT_EQ(folder.Read("a.ini"), "");
+    EXPECT_EQ(Names{CString('k', 999)}, file.ReadSection("long")) << "longer names are cut";
 }
 
-// What one kind writes the other reads, from the same file, to and fro.
-TEST(IniFile, SharesItsFileWithTheOneInMemory) {
-    const TempFolder folder;
-    const CString path = folder.Path("shared.ini");
+TEST_F(IniFile, RefusesTextsThatTheSystemDoesNotTake) {
+    CIniFile file(path);
+    file.WriteString("s", "k", CString('x', 32766));
+    EXPECT_EQ(32766, file.ReadString("s", "k", "").GetLength());
+    const std::string before = folder.ReadFile("a.ini");
+    const TerrascopeTest::LogCapture log;
+    for (const CString& tooLong : {CString('y', 32767), CString('y', 70000)}) {
+        file.WriteString("s", "k", tooLong);
+        file.WriteString("s", tooLong, "v");
+        file.AddSection(tooLong);
+        EXPECT_EQ("d", file.ReadString(tooLong, "k", "d"));
+        EXPECT_EQ("", file.ReadString("s", "none", tooLong));
+    }
+    file.WriteString("s", "k", " " + CString('y', 32764));
+    EXPECT_EQ(before, folder.ReadFile("a.ini"));
+    EXPECT_EQ(7, log.Count("too long"));
+}
+
+TEST_F(IniFile, SharesItsFileWithTheOneInMemory) {
     for (int round = 0; round < 3; ++round) {
         CIniFile disk(path);
         disk.WriteInteger("disk", CString("k") + char('0' + round), round);
-        disk.UpdateFile();
-
         CMemIniFile memory(path, true);
-        EXPECT_EQ(memory.ReadInteger("disk", CString("k") + char('0' + round), -1), round);
+        EXPECT_EQ(round, memory.ReadInteger("disk", CString("k") + char('0' + round), -1));
         memory.WriteDateTime("memory", "when", CTime(2024, 5, 6, 7, 8, round));
         memory.UpdateFile();  // with CR CR LF at the lines' ends
         EXPECT_TRUE(disk.ReadDateTime("memory", "when", CTime()) == CTime(2024, 5, 6, 7, 8, round));
-        EXPECT_EQ(disk.ReadSections(), (Names{"disk", "memory"}));
     }
-    EXPECT_EQ(CMemIniFile(path, true).ReadSection("disk"), (Names{"k0", "k1", "k2"}));
+    EXPECT_EQ((Names{"k0", "k1", "k2"}), CMemIniFile(path, true).ReadSection("disk"));
+    const CString name = ::PathFindFileNameA(folder.Path().c_str());
+    EXPECT_EQ(ModuleFolder(nullptr) + "\\" + name, CIniFile(name).GetFileName());
+    EXPECT_TRUE(ForceDeleteFile(ModuleFolder(nullptr) + "\\" + name));
 }
 
-TEST(IniFile, LooksForRelativeNamesBesideTheProgram) {
-    const CString name = CreateGuidString();
-    const CMemIniFile file(name, true);
-    EXPECT_EQ(file.GetFileName(), ModuleFolder(nullptr) + "\\" + name);
-    EXPECT_TRUE(ForceDeleteFile(file.GetFileName()));
+const struct {
+    const char* name;
+    std::string file;
+    const char *section, *key, *value;
+} kLookups[] = {
+    {"blanks in a header", "[ \ta b ]\nk=v", "a b", "k", "v"},
+    {"blanks round the equals sign", "[s]\r\n  k \t = v ", "s", "k", " v"},
+    {"an equals sign in the value", "[s]\na==b", "s", "a", "=b"},
+    {"an equals sign in the first column", "[s]\n=b", "s", "", ""},
+    {"comments are keys when they look so", "[s]\n;a=b", "s", ";a", "b"},
+    {"an open bracket is no header", "[s]\n[open\nk=v", "s", "k", "v"},
+    {"keys before the first header", "k=v\n[s]", "", "k", "v"},
+    {"the later of equal keys", "[s]\nk=1\nk=2", "s", "k", "2"},
+    {"a byte-order mark hides the header", "\xEF\xBB\xBF[s]\nk=v\n[t]\nx=y", "", "k", "v"},
+    {"the end mark of old editors", "[s]\nk=v\n\x1A\nk=w", "s", "k", "v"},
+    {"the line after a zero byte", "[s]\nk=v\0w\nl=x"s, "s", "l", "x"},
+};
 
-    CMemIniFile nowhere("Z:\\no such folder\\a.ini", true);
-    nowhere.WriteString("s", "k", "v");
-    nowhere.UpdateFile();
-    EXPECT_FALSE(::PathFileExistsA(nowhere.GetFileName()));
-    CMemIniFile nameless("", false);
-    EXPECT_EQ(nameless.ReadString("s", "k", "default"), "");
+TEST_F(MemIniFile, FindsWhatTheFileHolds) {
+    for (const auto& c : kLookups) {
+        for (const bool caseSensitive : {false, true}) {
+            CMemIniFile file = Open(c.file, caseSensitive);
+            EXPECT_EQ(c.value, file.ReadString(c.section, c.key, "ignored")) << c.name;
+        }
+    }
+    const char* section = TerrascopeTest::HasTwoByteCharacters() ? "" : "\xD5";
+    EXPECT_EQ("v", Open("[\xD5\x5D\nk=v", true).ReadString(section, "k", ""));
+}
+
+const struct {
+    const char* name;
+    const char* before;
+    char operation;  // write, delete, erase, add
+    const char *section, *key, *value;
+    const char* after;  // "\n" stands for the line end that is written
+} kChanges[] = {
+    {"a new key comes first", "[s]\na=1", 'w', "s", "b", " 2 ", "[s]\nb= 2 \na=1\n"},
+    {"a new section comes last", "; c\n\n[s]", 'w', "t", "b", "2", "; c\n[s]\n[t]\nb=2\n"},
+    {"a known key keeps its line", "[S]\nKey=1\nb=2", 'w', "s", "kEY", "3", "[S]\nkEY=3\nb=2\n"},
+    {"a section in another case", "[x]\n[S]\na=1", 'w', "s", "b", "2", "[x]\nb=2\n[S]\na=1\n"},
+    {"before the first header", "a=1\n[S]", 'w', "", "b", "2", "a=1\nb=2\n[S]\n"},
+    {"a section without keys", "[s]\n[t]", 'w', "s", "b", "2", "[s]\nb=2\n[t]\n"},
+    {"a section is added again", "[s]\n[t]", 'a', "s", "", "", "[s]\n[t]\n[s]\n"},
+    {"the later of equal keys goes", "[s]\nk=1\nk=2", 'd', "S", "K", "", "[s]\nk=1\n"},
+    {"the later of equal sections goes", "[s]\na=1\n[s]\n;c\nb=2\n[t]\nc=3", 'e', "S", "", "",
+     "[s]\na=1\n[t]\nc=3\n"},
+};
+
+TEST_F(MemIniFile, WritesBackTheseLines) {
+    for (const auto& c : kChanges) {
+        CMemIniFile file = Open(c.before, false);
+        if (c.operation == 'w') {
+            file.WriteString(c.section, c.key, c.value);
+        } else if (c.operation == 'd') {
+            file.DeleteKey(c.section, c.key);
+        } else if (c.operation == 'e') {
+            file.EraseSection(c.section);
+        } else {
+            file.AddSection(c.section);
+        }
+        file.UpdateFile();
+        EXPECT_EQ(std::regex_replace(c.after, std::regex("\n"), "\r\r\n"), folder.ReadFile("a.ini"))
+            << c.name;
+    }
+}
+
+TEST_F(MemIniFile, HoldsEachOperationToItsRuleOfCase) {
+    for (const bool caseSensitive : {true, false}) {
+        for (const bool sameCase : {true, false}) {
+            CMemIniFile file = Open("[Abc]\nKey=1\n; c\n[x]", caseSensitive);
+            const CString section = sameCase ? "Abc" : "ABC";
+            const CString key = sameCase ? "Key" : "KEY";
+            const bool found = sameCase || !caseSensitive;
+            EXPECT_EQ(found ? "1" : "", file.ReadString(section, key, ""));
+            EXPECT_EQ(found ? 2U : 0U, file.ReadSectionValues(section).size());
+            EXPECT_EQ(sameCase, file.SectionExists(section) || file.ValueExists(section, key));
+            EXPECT_EQ(sameCase ? 1U : 0U, file.ReadSection(section).size());
+        }
+    }
+    CMemIniFile file = Open("k=0\n[s]\nk=1\nk=2\n[t]\n[s]\nj=3", false);
+    EXPECT_EQ((Names{"s", "t", "s"}), file.ReadSections());
+    EXPECT_EQ((Names{"k", "k", "j"}), file.ReadSection("s"));
+    EXPECT_FALSE(file.SectionExists("") || !file.ReadSection("").empty()) << "has no header";
+    // Of names that differ in case only, the first one in byte order, not the one that is equal.
+    const char* text = "[s]\nkey=1\n[S]\nkey=2\nKEY=3\nKey=4";
+    EXPECT_EQ("3", Open(text, false).ReadString("s", "key", ""));
+    EXPECT_EQ("1", Open(text, true).ReadString("s", "key", ""));
 }
 
 }  // namespace

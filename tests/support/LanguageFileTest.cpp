@@ -5,7 +5,6 @@
 #include <regex>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "terrascope/resources/resource.h"
 #include "terrascope/support/LanguageManager.h"
@@ -13,20 +12,6 @@
 
 namespace Terrascope {
 namespace {
-
-/// The language file that is delivered, against the resources that are linked into this program.
-class LanguageFile : public testing::Test {
-protected:
-    std::set<std::string> Keys(const char* section) {
-        std::set<std::string> keys;
-        for (const CString& key : file.ReadSection(section)) {
-            keys.insert(key.GetString());
-        }
-        return keys;
-    }
-
-    CMemIniFile file{CLanguageManager::GetModuleFolder() + "\\language\\Terrascope.lang", true};
-};
 
 /// The conversions and line feeds of a text, in their order.
 std::string Skeleton(const std::string& text) {
@@ -38,37 +23,41 @@ std::string Skeleton(const std::string& text) {
     return skeleton;
 }
 
-TEST_F(LanguageFile, HasEachStringWithTheSameConversions) {
-    std::set<std::string> inResources;
+// The language file that is delivered, against the resources that are linked into this program.
+TEST(LanguageFile, HasEachTextOfTheResourcesWithTheSameConversions) {
+    std::set<std::string> wanted{"DIALOG_7007 -1"};
+    const HMODULE program = ::GetModuleHandleA(nullptr);
     for (UINT id = 1; id <= 0xFFFF; ++id) {
         char text[256] = "";
-        if (::LoadStringA(::GetModuleHandleA(nullptr), id, text, sizeof(text)) > 0) {
-            inResources.insert(std::to_string(id));
-            EXPECT_EQ(Skeleton(CLanguageManager::GetInstance()->GetStdString(id)), Skeleton(text))
+        if (::LoadStringA(program, id, text, sizeof(text)) > 0) {
+            wanted.insert("STRINGTABLE " + std::to_string(id));
+            EXPECT_EQ(Skeleton(text), Skeleton(CLanguageManager::GetInstance()->GetStdString(id)))
                 << id;
         }
     }
     CLanguageManager::ReleaseInstance();
-    EXPECT_EQ(Keys("STRINGTABLE"), inResources);
-    EXPECT_EQ(file.ReadSections(), (std::vector<CString>{"DIALOG_7007", "STRINGTABLE"}));
-}
 
-TEST_F(LanguageFile, HasEachTextOfTheDialog) {
-    const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_LISTVIEW_CLASSES};
-    ::InitCommonControlsEx(&controls);
-    ASSERT_NE(::LoadLibraryA("riched20.dll"), nullptr);
-    HWND dialog = ::CreateDialogParamW(::GetModuleHandleA(nullptr),
-                                       MAKEINTRESOURCEW(IDD_TILE_MAP_SEL), nullptr, nullptr, 0);
-    ASSERT_NE(dialog, nullptr);
-    std::set<std::string> withText{"-1"};
+    ::InitCommonControls();
+    ASSERT_NE(nullptr, ::LoadLibraryA("riched20.dll"));
+    HWND dialog =
+        ::CreateDialogParamW(program, MAKEINTRESOURCEW(IDD_TILE_MAP_SEL), nullptr, nullptr, 0);
+    ASSERT_NE(nullptr, dialog);
     for (HWND child = ::GetWindow(dialog, GW_CHILD); child != nullptr;
          child = ::GetWindow(child, GW_HWNDNEXT)) {
         if (::GetWindowTextLengthW(child) > 0) {
-            withText.insert(std::to_string(::GetDlgCtrlID(child)));
+            wanted.insert("DIALOG_7007 " + std::to_string(::GetDlgCtrlID(child)));
         }
     }
     ::DestroyWindow(dialog);
-    EXPECT_EQ(Keys("DIALOG_7007"), withText);
+
+    CMemIniFile file(CLanguageManager::GetModuleFolder() + "\\language\\Terrascope.lang", true);
+    std::set<std::string> offered;
+    for (const CString& section : file.ReadSections()) {
+        for (const CString& key : file.ReadSection(section)) {
+            offered.insert((section + " " + key).GetString());
+        }
+    }
+    EXPECT_EQ(wanted, offered);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "TempFolder.h"
 #include "terrascope/support/Paths.h"
+#include "tests/fixtures/TemporaryFolder.h"
 
 namespace Terrascope {
 namespace {
@@ -11,19 +11,17 @@ namespace {
 class LanguageManager : public testing::Test {
 protected:
     void Load(const char* text) {
-        EXPECT_TRUE(manager.LoadLanguageFile(folder.Write("a.lang", text)));
+        EXPECT_TRUE(manager.LoadLanguageFile(folder.WriteFile("a.lang", text).c_str()));
     }
-
-    const TempFolder folder;
+    const TerrascopeTest::TemporaryFolder folder{TerrascopeTest::FolderName::Awkward};
     CLanguageManager manager;
 };
 
 struct Window : CWnd {
-    Window(const char* text, CWnd* parent, UINT id) {
-        CreateEx(0, "STATIC", text, parent != nullptr ? WS_CHILD : WS_POPUP, CRect(0, 0, 9, 9),
+    Window(CWnd* parent, UINT id) {
+        CreateEx(0, "STATIC", "old", parent != nullptr ? WS_CHILD : WS_POPUP, CRect(0, 0, 9, 9),
                  parent, id);
     }
-    ~Window() override { DestroyWindow(); }
     CString Text() const {
         CString text;
         GetWindowText(text);
@@ -32,89 +30,58 @@ struct Window : CWnd {
 };
 
 TEST_F(LanguageManager, TakesStringsFromTheFileThenFromTheResources) {
-    EXPECT_EQ(manager.GetString(500), "one\ntwo\tthree\r");
-    EXPECT_FALSE(manager.LoadLanguageFile(folder.Path("none.lang")));
-    EXPECT_EQ(manager.GetString(501), "from the resources");
-
+    EXPECT_FALSE(manager.LoadLanguageFile((folder / "none.lang").c_str()));
+    EXPECT_EQ("one\ntwo\tthree\r", manager.GetString(500));
     Load("[STRINGTABLE]\n500=\\tnew\\\\n\n501=\n502= x\n[stringtable]\n503=y");
-    EXPECT_EQ(manager.GetString(500), "\tnew\\\n");
-    EXPECT_EQ(manager.GetStdString(501), "from the resources") << "an empty value is no text";
-    EXPECT_EQ(manager.GetString(502), " x");
-    EXPECT_EQ(manager.GetString(503), "") << "sections are told apart by case";
-    EXPECT_TRUE(manager.HasText("STRINGTABLE", "501"));
+    EXPECT_EQ("\tnew\\\n", manager.GetString(500));
+    EXPECT_EQ("from the resources", manager.GetStdString(501)) << "an empty value is no text";
+    EXPECT_EQ(" x", manager.GetString(502));
+    EXPECT_EQ("", manager.GetString(503)) << "sections are told apart by case";
+    EXPECT_EQ(ModuleFolder(nullptr), CLanguageManager::GetModuleFolder());
 }
 
 TEST_F(LanguageManager, TranslatesADialogAndItsDirectChildren) {
     Load("[DIALOG_12]\n-1=Caption\n3=a\\tb\n4=\n6=deep\n[dialog_12]\n5=other case");
-    Window dialog("old", nullptr, 0);
-    Window known("old", &dialog, 3);
-    Window emptied("old", &dialog, 4);
-    Window unknown("old", &dialog, 5);
-    Window nameless("old", &dialog, static_cast<UINT>(-1));
-    Window grandchild("old", &known, 6);
+    Window dialog(nullptr, 0);
+    Window known(&dialog, 3), emptied(&dialog, 4), unknown(&dialog, 5);
+    Window nameless(&dialog, static_cast<UINT>(-1)), grandchild(&known, 6);
     manager.TranslateDialog(&dialog, 12);
-    EXPECT_EQ(dialog.Text(), "Caption");
-    EXPECT_EQ(known.Text(), "a\\tb") << "dialog texts have no escapes";
-    EXPECT_EQ(emptied.Text(), "");
-    EXPECT_EQ(unknown.Text(), "old");
-    EXPECT_EQ(nameless.Text(), "Caption") << "shares the caption's key";
-    EXPECT_EQ(grandchild.Text(), "old");
-    EXPECT_FALSE(manager.TranslateWindowText(&known, "DIALOG_12", "9"));
-}
-
-CString MenuText(HMENU menu, UINT position) {
-    char text[100] = "";
-    ::GetMenuStringA(menu, position, text, sizeof(text), MF_BYPOSITION);
-    return text;
+    EXPECT_EQ("Caption", dialog.Text());
+    EXPECT_EQ("a\\tb", known.Text()) << "dialog texts have no escapes";
+    EXPECT_EQ("Caption", nameless.Text()) << "shares the caption's key";
+    EXPECT_EQ("oldold", emptied.Text() + unknown.Text() + grandchild.Text());
 }
 
 TEST_F(LanguageManager, TranslatesAMenuOfThreeLevels) {
-    const auto add = [](HMENU menu, UINT flags, UINT_PTR id) {
-        ::AppendMenuA(menu, MF_STRING | flags, id, "old");
+    CMenu menu;
+    const HMENU first = ::CreatePopupMenu(), second = ::CreatePopupMenu();
+    const HMENU nested = ::CreatePopupMenu(), top = ::CreateMenu();
+    const auto add = [](HMENU to, UINT flags, auto entry) {
+        ::AppendMenuA(to, flags, (UINT_PTR)entry, "old");
     };
-    HMENU top = ::CreateMenu();
-    HMENU first = ::CreatePopupMenu();
-    HMENU second = ::CreatePopupMenu();
-    HMENU nested = ::CreatePopupMenu();
-    HMENU deepest = ::CreatePopupMenu();
-    add(deepest, 0, 30);
     add(nested, MF_CHECKED, 20);
-    add(nested, MF_POPUP, reinterpret_cast<UINT_PTR>(deepest));
+    add(nested, MF_POPUP, ::CreatePopupMenu());
     add(first, MF_GRAYED, 10);
-    ::AppendMenuA(first, MF_SEPARATOR, 0, nullptr);
-    add(first, MF_POPUP, reinterpret_cast<UINT_PTR>(nested));
-    add(second, 0, 40);
+    add(first, MF_SEPARATOR, 0);
+    add(first, MF_POPUP, nested);
     add(top, 0, 50);
-    add(top, MF_POPUP, reinterpret_cast<UINT_PTR>(first));
-    add(top, MF_POPUP, reinterpret_cast<UINT_PTR>(second));
-
+    add(top, MF_POPUP, first);
+    add(top, MF_POPUP, second);
+    menu.Attach(top);
     // Captions only where nothing below is looked at: a system may drop what is below a changed
     // caption.
-    Load(
-        "[MENU_8]\n10=ten\\t10\n20=twenty\n0_0_0=deepest\n30=thirty\n1=second\n50=fifty\n0_1=no\n2="
-        "no");
-    CMenu menu;
-    menu.Attach(top);
+    Load("[MENU_8]\n10=ten\\t10\n20=twenty\n0_0_0=deepest\n1=second\n50=fifty\n0_1=no\n2=no");
     manager.TranslateMenu(&menu, 8);
-    EXPECT_EQ(MenuText(top, 0), "fifty");
-    EXPECT_EQ(MenuText(top, 1), "old");
-    EXPECT_EQ(MenuText(top, 2), "second") << "commands do not count among the popups";
-    EXPECT_EQ(MenuText(first, 0), "ten\t10");
-    EXPECT_EQ(MenuText(nested, 0), "twenty");
-    EXPECT_EQ(MenuText(nested, 1), "deepest");
+    const auto text = [](HMENU of, UINT position) {
+        char buffer[100] = "";
+        ::GetMenuStringA(of, position, buffer, sizeof(buffer), MF_BYPOSITION);
+        return CString(buffer) + ";";
+    };
+    EXPECT_EQ("fifty;old;second;", text(top, 0) + text(top, 1) + text(top, 2));
+    EXPECT_EQ("ten\t10;twenty;deepest;", text(first, 0) + text(nested, 0) + text(nested, 1));
     const UINT grayed = ::GetMenuState(first, 0, MF_BYPOSITION);
-    EXPECT_EQ(grayed & (MF_GRAYED | MF_DISABLED), UINT{MF_GRAYED | MF_DISABLED});
-    EXPECT_EQ(::GetMenuState(nested, 0, MF_BYPOSITION) & MF_CHECKED, 0U);
-}
-
-TEST_F(LanguageManager, LoadsTheLibrarysFileOnce) {
-    EXPECT_EQ(CLanguageManager::GetModuleName(), "Terrascope");
-    EXPECT_EQ(CLanguageManager::GetModuleFolder(), ModuleFolder(nullptr));
-    EXPECT_FALSE(manager.LoadLanguage("No such language"));
-    CLanguageManager* instance = CLanguageManager::GetInstance();
-    EXPECT_EQ(instance->GetString(1010), "Name");
-    EXPECT_EQ(CLanguageManager::GetInstance(), instance);
-    CLanguageManager::ReleaseInstance();
+    EXPECT_EQ(UINT{MF_GRAYED | MF_DISABLED}, grayed & (MF_GRAYED | MF_DISABLED));
+    EXPECT_EQ(0U, ::GetMenuState(nested, 0, MF_BYPOSITION) & MF_CHECKED);
 }
 
 }  // namespace
