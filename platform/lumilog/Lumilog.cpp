@@ -61,8 +61,9 @@ void Quietly(Action action) {
 }
 
 void Switch(const spdlog::sink_ptr& sink, bool on) {
-    if (sink)
+    if (sink) {
         sink->set_level(on ? spdlog::level::trace : spdlog::level::off);
+    }
 }
 
 template <class Action>
@@ -133,8 +134,9 @@ void _dout(const char* moduleName, const char* format, ...) {
     va_end(arguments);
     std::shared_ptr<spdlog::logger> logger;
     WithModule(moduleName, [&](ModuleLog& module) { logger = module.logger; });
-    if (logger)
+    if (logger) {
         Quietly([&] { logger->log(spdlog::level::info, spdlog::string_view_t(line)); });
+    }
 }
 
 void SaveToFile(const char* moduleName, bool on) {

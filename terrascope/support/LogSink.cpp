@@ -17,8 +17,9 @@ LogReceiver SetLogReceiver(LogReceiver receiver) {
 
 void LogLine(const char* format, ...) {
     const LogReceiver receiver = receiverOfLines;
-    if (!receiver)
+    if (receiver == nullptr) {
         return;
+    }
     char line[1000];
     va_list arguments;
     va_start(arguments, format);
@@ -31,8 +32,9 @@ void LogTileFailure(const char* key, const char* reason) {
     constexpr unsigned kAllReported = 20;
     constexpr unsigned kThenEvery = 100;
     const unsigned count = ++tileFailures;
-    if (count <= kAllReported || count % kThenEvery == 0)
+    if (count <= kAllReported || count % kThenEvery == 0) {
         LogLine("tile %s: %s (failure %u)", key, reason, count);
+    }
 }
 
 }  // namespace Terrascope

@@ -73,7 +73,7 @@ std::string FoldCase(std::string_view text) {
     std::string folded(text);
     // Character by character: _mbslwr and its like have no length, and step over the terminator of
     // a text that ends within a character; CharLowerBuff makes damaged characters equal, and
-    // letters that CompareNoCase tells apart.
+    // letters that CompareNoCase distinguishes.
     for (std::size_t at = 0; at < folded.size(); at += CharacterBytes(folded, at)) {
         if (CharacterBytes(folded, at) == 2) {
             FoldPair(&folded[at]);

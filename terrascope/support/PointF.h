@@ -11,7 +11,7 @@ namespace Terrascope {
 /// Units: those of the caller (logical units, map units on screen); no axis direction of its own.
 class CPointF : public tagPOINTF {
 public:
-    CPointF() : CPointF(0.0f, 0.0f) {}
+    CPointF() : CPointF(0.0F, 0.0F) {}
     CPointF(float xValue, float yValue) {
         x = xValue;
         y = yValue;

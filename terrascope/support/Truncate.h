@@ -9,12 +9,15 @@ namespace Terrascope {
 inline int TruncateToInt(double value) {
     constexpr double kLowest = std::numeric_limits<int>::min();
     constexpr double kHighest = std::numeric_limits<int>::max();
-    if (value != value)
+    if (value != value) {
         return 0;
-    if (value <= kLowest)
+    }
+    if (value <= kLowest) {
         return std::numeric_limits<int>::min();
-    if (value >= kHighest)
+    }
+    if (value >= kHighest) {
         return std::numeric_limits<int>::max();
+    }
     return static_cast<int>(value);
 }
 

@@ -19,7 +19,7 @@ TEST(MemStream, ReadsBackWhatWasWritten) {
     CMemStream stream;
     stream << true << static_cast<short>(-300) << 4000000001UL << 1.5F << -2.25 << text;
     EXPECT_EQ(1U + 2 + 4 + 4 + 8 + 4 + text.size(), stream.GetLength());
-    stream << 0xFFFFFFFFU << static_cast<unsigned char>('x');  // a text shorter than it says
+    stream << 0xFFFFFFFFU << static_cast<unsigned char>('x');  // a text shorter than its length
     bool truth = false;
     short small = 0;
     unsigned long large = 0;

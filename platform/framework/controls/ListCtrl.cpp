@@ -52,8 +52,9 @@ CString CListCtrl::GetItemText(int row, int column) const {
         item.cchTextMax = static_cast<int>(text.size());
         const LRESULT copied = SendMessage(LVM_GETITEMTEXTA, static_cast<WPARAM>(row),
                                            reinterpret_cast<LPARAM>(&item));
-        if (static_cast<std::size_t>(copied) + 2 < text.size() || text.size() > 1U << 24)
+        if (static_cast<std::size_t>(copied) + 2 < text.size() || text.size() > 1U << 24) {
             return CString(text.data(), static_cast<int>(copied));
+        }
     }
 }
 

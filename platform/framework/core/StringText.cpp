@@ -10,7 +10,7 @@
 namespace {
 
 int LengthOf(LPCSTR text) {
-    return text ? static_cast<int>(std::strlen(text)) : 0;
+    return text != nullptr ? static_cast<int>(std::strlen(text)) : 0;
 }
 
 /// The length in bytes of the character at `p`, which is not the terminator.
@@ -39,8 +39,9 @@ bool IsSpace(char c) {
 bool IsIn(LPCSTR set, LPCSTR character, int length) {
     for (LPCSTR p = set; p != nullptr && *p != '\0'; p += CharacterLength(p)) {
         if (CharacterLength(p) == length &&
-            std::memcmp(p, character, static_cast<size_t>(length)) == 0)
+            std::memcmp(p, character, static_cast<size_t>(length)) == 0) {
             return true;
+        }
     }
     return false;
 }
@@ -49,8 +50,9 @@ bool IsIn(LPCSTR set, LPCSTR character, int length) {
 template <class Drop>
 int LeadingEnd(LPCSTR text, Drop drop) {
     LPCSTR p = text;
-    while (*p != '\0' && drop(p, CharacterLength(p)))
+    while (*p != '\0' && drop(p, CharacterLength(p))) {
         p += CharacterLength(p);
+    }
     return static_cast<int>(p - text);
 }
 
@@ -60,8 +62,9 @@ template <class Drop>
 int TrailingStart(LPCSTR text, Drop drop) {
     int end = 0;
     for (LPCSTR p = text; *p != '\0'; p += CharacterLength(p)) {
-        if (!drop(p, CharacterLength(p)))
+        if (!drop(p, CharacterLength(p))) {
             end = static_cast<int>(p - text) + CharacterLength(p);
+        }
     }
     return end;
 }
@@ -87,8 +90,9 @@ CString CString::Mid(int first) const {
 CString CString::Mid(int first, int count) const {
     first = std::clamp(first, 0, GetLength());
     count = std::clamp(count, 0, GetLength() - first);
-    if (first == 0 && count == GetLength())
+    if (first == 0 && count == GetLength()) {
         return *this;
+    }
     return {m_text + first, count};
 }
 
@@ -99,13 +103,15 @@ int CString::Find(char character, int start) const {
 
 // Not by _mbsstr, which also finds a match that begins with a trail byte.
 int CString::Find(LPCSTR text, int start) const {
-    if (!text || start < 0 || start > GetLength())
+    if (text == nullptr || start < 0 || start > GetLength()) {
         return -1;
+    }
     const size_t length = std::strlen(text);
     LPCSTR p = m_text + start;
     while (std::strncmp(p, text, length) != 0) {
-        if (*p == '\0')
+        if (*p == '\0') {
             return -1;
+        }
         p += CharacterLength(p);
     }
     return static_cast<int>(p - m_text);
@@ -123,7 +129,7 @@ int CString::ReverseFind(char character) const {
 }
 
 int CString::Compare(LPCSTR other) const {
-    return std::strcmp(m_text, other ? other : "");
+    return std::strcmp(m_text, other != nullptr ? other : "");
 }
 
 int CString::CompareNoCase(LPCSTR other) const {
@@ -207,8 +213,9 @@ int CString::Replace(char from, char to) {
 
 int CString::Replace(LPCSTR from, LPCSTR to) {
     const int fromLength = LengthOf(from);
-    if (fromLength == 0)
+    if (fromLength == 0) {
         return 0;
+    }
     CString result;
     int count = 0;
     int start = 0;
@@ -239,7 +246,8 @@ int CString::Insert(int index, char character) {
 int CString::Delete(int index, int count) {
     index = std::clamp(index, 0, GetLength());
     count = std::clamp(count, 0, GetLength() - index);
-    if (count > 0)
+    if (count > 0) {
         *this = Left(index) + Mid(index + count);
+    }
     return GetLength();
 }

@@ -21,7 +21,7 @@ public:
 };
 
 bool Holds(HMODULE module, LPCSTR name, LPCSTR type) {
-    return module && ::FindResourceA(module, name, type) != nullptr;
+    return module != nullptr && ::FindResourceA(module, name, type) != nullptr;
 }
 
 }  // namespace
@@ -61,18 +61,21 @@ std::vector<HMODULE> CDynLinkLibrary::ResourceModules() {
 }
 
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module) {
-    if (!module)
+    if (module == nullptr) {
         return FALSE;
+    }
     state.bInitialized = TRUE;
     state.hModule = module;
-    if (!state.hResource)
+    if (state.hResource == nullptr) {
         state.hResource = module;
+    }
     return TRUE;
 }
 
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL) {
-    if (!state.bInitialized)
+    if (!state.bInitialized) {
         return;
+    }
     while (CDynLinkLibrary* found = CDynLinkLibrary::Find(state.hModule)) {
         delete found;
     }

@@ -3,8 +3,9 @@
 #include "../core/Exception.h"
 
 CCriticalSection::CCriticalSection() {
-    if (!::InitializeCriticalSectionAndSpinCount(&m_sect, 0))
+    if (!::InitializeCriticalSectionAndSpinCount(&m_sect, 0)) {
         AfxThrowResourceException();
+    }
 }
 
 CCriticalSection::~CCriticalSection() {

@@ -1,8 +1,9 @@
 #include "SingleLock.h"
 
 CSingleLock::CSingleLock(CCriticalSection* object, BOOL initialLock) : m_object(object) {
-    if (initialLock)
+    if (initialLock) {
         Lock();
+    }
 }
 
 CSingleLock::~CSingleLock() {
@@ -15,7 +16,8 @@ BOOL CSingleLock::Lock(DWORD timeout) {
 }
 
 BOOL CSingleLock::Unlock() {
-    if (m_locked)
+    if (m_locked) {
         m_locked = !m_object->Unlock();
+    }
     return !m_locked;
 }

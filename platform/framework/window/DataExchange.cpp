@@ -11,8 +11,9 @@
 HWND CDataExchange::PrepareCtrl(int id) {
     m_lastControl = ::GetDlgItem(m_pDlgWnd->m_hWnd, id);
     m_isEdit = false;
-    if (!m_lastControl)
+    if (m_lastControl == nullptr) {
         AfxThrowNotSupportedException();
+    }
     return m_lastControl;
 }
 
@@ -23,27 +24,31 @@ HWND CDataExchange::PrepareEditCtrl(int id) {
 }
 
 void CDataExchange::Fail() {
-    if (m_bSaveAndValidate && m_lastControl) {
+    if (m_bSaveAndValidate && m_lastControl != nullptr) {
         ::SetFocus(m_lastControl);
-        if (m_isEdit)
+        if (m_isEdit) {
             ::SendMessageA(m_lastControl, EM_SETSEL, 0, -1);
+        }
     }
     AfxThrowUserException();
 }
 
 void DDX_Control(CDataExchange* exchange, int id, CWnd& control) {
-    if (control.m_hWnd)
+    if (control.m_hWnd != nullptr) {
         return;
-    if (!control.SubclassWindow(exchange->PrepareCtrl(id)))
+    }
+    if (!control.SubclassWindow(exchange->PrepareCtrl(id))) {
         AfxThrowNotSupportedException();
+    }
 }
 
 void DDX_Text(CDataExchange* exchange, int id, CString& value) {
     CWnd* control = CWnd::FromHandle(exchange->PrepareEditCtrl(id));
-    if (exchange->m_bSaveAndValidate)
+    if (exchange->m_bSaveAndValidate) {
         control->GetWindowText(value);
-    else
+    } else {
         control->SetWindowText(value);
+    }
 }
 
 void DDX_Text(CDataExchange* exchange, int id, double& value) {
@@ -66,10 +71,12 @@ void DDX_Text(CDataExchange* exchange, int id, double& value) {
 }
 
 void DDV_MinMaxDouble(CDataExchange* exchange, const double& value, double least, double greatest) {
-    if (value >= least && value <= greatest)
+    if (value >= least && value <= greatest) {
         return;
-    if (!exchange->m_bSaveAndValidate)
+    }
+    if (!exchange->m_bSaveAndValidate) {
         return;  // a value that the program set is shown as it is
+    }
     CString text;
     text.Format("Please enter a number between %.*g and %.*g.", DBL_DIG, least, DBL_DIG, greatest);
     AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION);

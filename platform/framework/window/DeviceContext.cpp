@@ -19,12 +19,12 @@ HDC CDC::Detach() {
 }
 
 BOOL CDC::CreateCompatibleDC(CDC* like) {
-    return Attach(::CreateCompatibleDC(like ? like->m_hDC : nullptr));
+    return Attach(::CreateCompatibleDC(like != nullptr ? like->m_hDC : nullptr));
 }
 
 BOOL CDC::DeleteDC() {
     const HDC dc = Detach();
-    return dc && ::DeleteDC(dc);
+    return dc != nullptr && ::DeleteDC(dc);
 }
 
 CSize CDC::SetWindowExt(int cx, int cy) {
@@ -56,8 +56,9 @@ void CDC::Draw3dRect(int x, int y, int width, int height, COLORREF topLeft, COLO
 }
 
 CPaintDC::CPaintDC(CWnd* window) : m_window(window->m_hWnd) {
-    if (!Attach(::BeginPaint(m_window, &m_ps)))
+    if (!Attach(::BeginPaint(m_window, &m_ps))) {
         AfxThrowResourceException();
+    }
 }
 
 CPaintDC::~CPaintDC() {
@@ -66,8 +67,9 @@ CPaintDC::~CPaintDC() {
 }
 
 CClientDC::CClientDC(CWnd* window) : m_window(window->GetSafeHwnd()) {
-    if (!Attach(::GetDC(m_window)))
+    if (!Attach(::GetDC(m_window))) {
         AfxThrowResourceException();
+    }
 }
 
 CClientDC::~CClientDC() {

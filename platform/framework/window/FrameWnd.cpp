@@ -9,14 +9,15 @@ const CRect CFrameWnd::rectDefault(CW_USEDEFAULT, CW_USEDEFAULT, 0, 0);
 
 BOOL CFrameWnd::Create(LPCSTR className, LPCSTR title, DWORD style, const RECT& rect, CWnd* parent,
                        LPCSTR menuName, DWORD exStyle) {
-    if (!className) {
+    if (className == nullptr) {
         className = AfxRegisterWndClass(CS_HREDRAW | CS_VREDRAW, ::LoadCursorA(nullptr, IDC_ARROW),
                                         ::GetSysColorBrush(COLOR_WINDOW),
                                         ::LoadIconA(nullptr, IDI_APPLICATION));
     }
-    if (!CreateEx(exStyle, className, title, style, rect, parent, 0))
+    if (!CreateEx(exStyle, className, title, style, rect, parent, 0)) {
         return FALSE;
-    if (menuName) {
+    }
+    if (menuName != nullptr) {
         const HINSTANCE module = AfxFindResourceHandle(menuName, RT_MENU);
         ::SetMenu(m_hWnd, ::LoadMenuA(module, menuName));
     }

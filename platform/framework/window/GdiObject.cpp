@@ -1,8 +1,9 @@
 #include "GdiObject.h"
 
 BOOL CGdiObject::Attach(HGDIOBJ object) {
-    if (!object)
+    if (object == nullptr) {
         return FALSE;
+    }
     m_hObject = object;
     return TRUE;
 }
@@ -15,5 +16,5 @@ HGDIOBJ CGdiObject::Detach() {
 
 BOOL CGdiObject::DeleteObject() {
     const HGDIOBJ object = Detach();
-    return object && ::DeleteObject(object);
+    return object != nullptr && ::DeleteObject(object);
 }

@@ -13,5 +13,5 @@ HMENU CMenu::Detach() {
 
 BOOL CMenu::DestroyMenu() {
     const HMENU menu = Detach();
-    return menu && ::DestroyMenu(menu);
+    return menu != nullptr && ::DestroyMenu(menu);
 }

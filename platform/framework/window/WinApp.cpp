@@ -11,14 +11,16 @@ CWinApp::CWinApp() {
 }
 
 CWinApp::~CWinApp() {
-    if (application == this)
+    if (application == this) {
         application = nullptr;
+    }
 }
 
 int CWinApp::Run() {
     while (::GetMessageA(&m_exitMessage, nullptr, 0, 0) > 0) {
-        if (PreTranslateMessage(&m_exitMessage))
+        if (PreTranslateMessage(&m_exitMessage)) {
             continue;
+        }
         ::TranslateMessage(&m_exitMessage);
         ::DispatchMessageA(&m_exitMessage);
     }
@@ -26,10 +28,11 @@ int CWinApp::Run() {
 }
 
 BOOL CWinApp::PreTranslateMessage(MSG* message) {
-    for (HWND window = message->hwnd; window; window = ::GetParent(window)) {
+    for (HWND window = message->hwnd; window != nullptr; window = ::GetParent(window)) {
         CWnd* object = CWnd::FromHandlePermanent(window);
-        if (object && object->PreTranslateMessage(message))
+        if (object != nullptr && object->PreTranslateMessage(message)) {
             return TRUE;
+        }
     }
     return FALSE;
 }
@@ -39,7 +42,7 @@ CWinApp* AfxGetApp() {
 }
 
 CWnd* AfxGetMainWnd() {
-    return application ? application->m_pMainWnd : nullptr;
+    return application != nullptr ? application->m_pMainWnd : nullptr;
 }
 
 int AfxMessageBox(LPCSTR text, UINT type) {
@@ -47,20 +50,23 @@ int AfxMessageBox(LPCSTR text, UINT type) {
     ::GetModuleFileNameA(nullptr, path, MAX_PATH - 1);
     CString title(path);
     title = title.Mid(title.ReverseFind('\\') + 1);
-    if (const int dot = title.ReverseFind('.'); dot > 0)
+    if (const int dot = title.ReverseFind('.'); dot > 0) {
         title = title.Left(dot);
+    }
     return ::MessageBoxA(::GetActiveWindow(), text, title, type);
 }
 
 int AfxWinMain(HINSTANCE, HINSTANCE, LPSTR, int show) {
     CWinApp* app = AfxGetApp();
-    if (!app)
+    if (app == nullptr) {
         return -1;
+    }
     app->m_nCmdShow = show;
     try {
         if (!app->InitInstance()) {
-            if (app->m_pMainWnd)
+            if (app->m_pMainWnd != nullptr) {
                 app->m_pMainWnd->DestroyWindow();
+            }
             return app->ExitInstance();
         }
         return app->Run();

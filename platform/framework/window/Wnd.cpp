@@ -31,7 +31,7 @@ WindowThread& ThisThread() {
 /// The class's own procedure of a window that was created through CreateEx.
 LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
     WindowThread& thread = ThisThread();
-    if (code == HCBT_CREATEWND && thread.creating) {
+    if (code == HCBT_CREATEWND && thread.creating != nullptr) {
         CWnd* window = thread.creating;
         thread.creating = nullptr;
         window->SubclassWindow(reinterpret_cast<HWND>(wParam));
@@ -42,8 +42,9 @@ LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
 /// What a message answers whose handler threw.
 LRESULT AfterException(HWND window, UINT message, LPCSTR what) {
     AfxTrace("the handler of message %u was left by %s\n", message, what);
-    if (message == WM_PAINT)
+    if (message == WM_PAINT) {
         ::ValidateRect(window, nullptr);  // else it would be asked to paint for ever
+    }
     return message == WM_CREATE ? -1 : 0;
 }
 
@@ -54,15 +55,18 @@ CWnd* FrameworkMessages::WindowOf(HWND handle) {
 }
 
 CWnd::~CWnd() {
-    if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
+    if (m_hWnd != nullptr && FromHandlePermanent(m_hWnd) == this) {
         DestroyWindow();
+    }
 }
 
 CWnd* CWnd::FromHandle(HWND window) {
-    if (!window)
+    if (window == nullptr) {
         return nullptr;
-    if (CWnd* permanent = FromHandlePermanent(window))
+    }
+    if (CWnd* permanent = FromHandlePermanent(window)) {
         return permanent;
+    }
     auto& temporary = ThisThread().temporary[window];
     if (!temporary) {
         temporary = std::make_unique<CWnd>();
@@ -78,8 +82,9 @@ CWnd* CWnd::FromHandlePermanent(HWND window) {
 }
 
 BOOL CWnd::Attach(HWND window) {
-    if (!window)
+    if (window == nullptr) {
         return FALSE;
+    }
     m_hWnd = window;
     ThisThread().permanent[window] = this;
     return TRUE;
@@ -87,15 +92,17 @@ BOOL CWnd::Attach(HWND window) {
 
 HWND CWnd::Detach() {
     const HWND window = m_hWnd;
-    if (window)
+    if (window != nullptr) {
         ThisThread().permanent.erase(window);
+    }
     m_hWnd = nullptr;
     return window;
 }
 
 BOOL CWnd::SubclassWindow(HWND window) {
-    if (!Attach(window))
+    if (!Attach(window)) {
         return FALSE;
+    }
     PreSubclassWindow();
     m_former = reinterpret_cast<WNDPROC>(
         ::SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CWnd::Procedure)));
@@ -117,25 +124,28 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, 
     const HHOOK hook = ::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
     thread.creating = this;
     const bool placed = rect.left != CW_USEDEFAULT;
-    const HWND window = ::CreateWindowExA(
-        exStyle, className, title, style, rect.left, rect.top,
-        placed ? rect.right - rect.left : CW_USEDEFAULT,
-        placed ? rect.bottom - rect.top : CW_USEDEFAULT, parent ? parent->m_hWnd : nullptr,
-        reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), AfxGetInstanceHandle(), nullptr);
+    const HWND window = ::CreateWindowExA(exStyle, className, title, style, rect.left, rect.top,
+                                          placed ? rect.right - rect.left : CW_USEDEFAULT,
+                                          placed ? rect.bottom - rect.top : CW_USEDEFAULT,
+                                          parent != nullptr ? parent->m_hWnd : nullptr,
+                                          reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)),
+                                          AfxGetInstanceHandle(), nullptr);
     thread.creating = nullptr;
     ::UnhookWindowsHookEx(hook);
     return window != nullptr;
 }
 
 BOOL CWnd::DestroyWindow() {
-    if (!m_hWnd)
+    if (m_hWnd == nullptr) {
         return FALSE;
+    }
     const HWND window = m_hWnd;
     const BOOL destroyed = ::DestroyWindow(window);
     // A window that was attached only sends no last message here. Where one came, the object has
     // let go, and may have deleted itself.
-    if (CWnd* attached = FromHandlePermanent(window))
+    if (CWnd* attached = FromHandlePermanent(window)) {
         attached->Detach();
+    }
     return destroyed;
 }
 
@@ -148,8 +158,9 @@ void CWnd::GetWindowText(CString& text) const {
 static BOOL ModifyWindowLong(HWND window, int index, DWORD remove, DWORD add, UINT flags) {
     const auto style = static_cast<DWORD>(::GetWindowLongA(window, index));
     const DWORD wanted = (style & ~remove) | add;
-    if (wanted == style)
+    if (wanted == style) {
         return FALSE;
+    }
     ::SetWindowLongA(window, index, static_cast<LONG>(wanted));
     if (flags != 0) {
         ::SetWindowPos(window, nullptr, 0, 0, 0, 0,
@@ -195,11 +206,13 @@ const MessageMap* CWnd::GetThisMessageMap() {
 
 bool CWnd::Dispatch(UINT wanted, UINT code, UINT id, UINT message, WPARAM wParam, LPARAM lParam,
                     LRESULT* result) {
-    for (const MessageMap* map = GetMessageMap(); map; map = map->base ? map->base() : nullptr) {
-        for (const MessageEntry* entry = map->entries; entry->call; ++entry) {
+    for (const MessageMap* map = GetMessageMap(); map != nullptr;
+         map = map->base != nullptr ? map->base() : nullptr) {
+        for (const MessageEntry* entry = map->entries; entry->call != nullptr; ++entry) {
             if (entry->message == wanted && entry->code == code && id >= entry->firstId &&
-                id <= entry->lastId)
+                id <= entry->lastId) {
                 return entry->call(this, entry->handler, message, wParam, lParam, result);
+            }
         }
     }
     return false;
@@ -214,19 +227,22 @@ BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam) {
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     LRESULT result = 0;
     if (message == WM_COMMAND) {
-        if (OnCommand(wParam, lParam))
+        if (OnCommand(wParam, lParam)) {
             return 0;
+        }
     } else if (message == WM_NOTIFY) {
         const auto* header = reinterpret_cast<const NMHDR*>(lParam);
         if (Dispatch(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), message, wParam,
-                     lParam, &result))
+                     lParam, &result)) {
             return result;
+        }
     } else if (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) {
         // The control is asked first.
         CWnd* control = FromHandlePermanent(reinterpret_cast<HWND>(lParam));
-        if (control &&
-            control->Dispatch(kReflectedCtlColor, 0, 0, message, wParam, lParam, &result))
+        if (control != nullptr &&
+            control->Dispatch(kReflectedCtlColor, 0, 0, message, wParam, lParam, &result)) {
             return result;
+        }
     } else if (Dispatch(message, 0, 0, message, wParam, lParam, &result)) {
         return result;
     }
@@ -234,8 +250,9 @@ LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (m_former)
+    if (m_former != nullptr) {
         return ::CallWindowProcA(m_former, m_hWnd, message, wParam, lParam);
+    }
     return ::DefWindowProcA(m_hWnd, message, wParam, lParam);
 }
 
@@ -246,8 +263,9 @@ LRESULT CWnd::Default() {
 
 LRESULT CALLBACK CWnd::Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     CWnd* window = FromHandlePermanent(handle);
-    if (!window)
+    if (window == nullptr) {
         return ::DefWindowProcA(handle, message, wParam, lParam);
+    }
 
     WindowThread& thread = ThisThread();
     const MSG former = thread.current;
@@ -266,12 +284,14 @@ LRESULT CALLBACK CWnd::Procedure(HWND handle, UINT message, WPARAM wParam, LPARA
     }
     thread.current = former;
     // Only those of windows that are gone: a caller below may hold another.
-    if (--thread.depth == 0)
+    if (--thread.depth == 0) {
         std::erase_if(thread.temporary, [](const auto& known) { return !::IsWindow(known.first); });
+    }
 
     if (message == WM_NCDESTROY && FromHandlePermanent(handle) == window) {
-        if (window->m_former)
+        if (window->m_former != nullptr) {
             ::SetWindowLongPtrA(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(window->m_former));
+        }
         window->m_former = nullptr;
         window->Detach();
         window->PostNcDestroy();
@@ -294,8 +314,9 @@ LPCSTR AfxRegisterWndClass(UINT style, HCURSOR cursor, HBRUSH background, HICON 
         description.hbrBackground = background;
         description.hIcon = icon;
         description.lpszClassName = place->first.c_str();
-        if (!::RegisterClassA(&description))
+        if (!::RegisterClassA(&description)) {
             AfxThrowResourceException();
+        }
     }
     return place->first.c_str();
 }

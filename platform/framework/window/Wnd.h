@@ -69,7 +69,8 @@ public:
         ::MoveWindow(m_hWnd, x, y, width, height, repaint);
     }
     BOOL SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT flags) {
-        return ::SetWindowPos(m_hWnd, after ? after->m_hWnd : nullptr, x, y, cx, cy, flags);
+        return ::SetWindowPos(m_hWnd, after != nullptr ? after->m_hWnd : nullptr, x, y, cx, cy,
+                              flags);
     }
     BOOL ShowWindow(int command) { return ::ShowWindow(m_hWnd, command); }
     BOOL EnableWindow(BOOL enable = TRUE) { return ::EnableWindow(m_hWnd, enable); }
@@ -125,7 +126,7 @@ protected:
     LRESULT Default();
     virtual void DoDataExchange(CDataExchange*) {}
     /// The first call for a window, before its messages come to the object. A window that is being
-    /// created has neither text nor size then, and is not yet the system's: see OnCreate.
+    /// created gets its text and its styles after that: see OnCreate.
     virtual void PreSubclassWindow() {}
     /// The last call for a window; an object made with `new` may delete itself.
     virtual void PostNcDestroy() {}
