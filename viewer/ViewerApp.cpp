@@ -5,7 +5,7 @@
 #include "terrascope/api/MapAssistant.h"
 #include "viewer/Console.h"
 #include "viewer/MainFrame.h"
-#include "viewer/ScriptedRun.h"
+#include "viewer/script/ScriptedRun.h"
 
 namespace Viewer {
 namespace {

@@ -1,4 +1,4 @@
-#include "ViewerRun.h"
+#include "tests/viewer/ViewerRun.h"
 
 #include <gtest/gtest.h>
 #include <shellapi.h>

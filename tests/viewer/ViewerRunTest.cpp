@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "ViewerRun.h"
+#include "tests/viewer/ViewerRun.h"
 
 namespace Viewer {
 namespace {

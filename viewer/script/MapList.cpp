@@ -1,4 +1,4 @@
-#include "viewer/MapList.h"
+#include "viewer/script/MapList.h"
 
 #include <afxwin.h>
 #include <commctrl.h>

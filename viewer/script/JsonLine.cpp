@@ -1,4 +1,4 @@
-#include "viewer/JsonLine.h"
+#include "viewer/script/JsonLine.h"
 
 #include <cmath>
 #include <cstdio>

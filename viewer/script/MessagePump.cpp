@@ -1,4 +1,4 @@
-#include "viewer/MessagePump.h"
+#include "viewer/script/MessagePump.h"
 
 #include <afxwin.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/TourScript.h"
+#include "viewer/script/TourScript.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-#include "viewer/PictureWait.h"
+#include "viewer/script/PictureWait.h"
 
 #include <chrono>
 
 #include "viewer/MapView.h"
-#include "viewer/MessagePump.h"
+#include "viewer/script/MessagePump.h"
 
 namespace Viewer {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "viewer/TourScript.h"
+#include "viewer/script/TourScript.h"
 
 namespace Viewer {
 

@@ -1,12 +1,12 @@
-#include "viewer/TourPlayer.h"
+#include "viewer/script/TourPlayer.h"
 
 #include <chrono>
 
 #include "viewer/Console.h"
-#include "viewer/JsonLine.h"
 #include "viewer/MainFrame.h"
-#include "viewer/MessagePump.h"
-#include "viewer/PictureWait.h"
+#include "viewer/script/JsonLine.h"
+#include "viewer/script/MessagePump.h"
+#include "viewer/script/PictureWait.h"
 
 namespace Viewer {
 

@@ -1,15 +1,15 @@
-#include "viewer/ScriptedRun.h"
+#include "viewer/script/ScriptedRun.h"
 
 #include <cstdio>
 #include <memory>
 #include <optional>
 
 #include "viewer/Console.h"
-#include "viewer/JsonLine.h"
 #include "viewer/MainFrame.h"
-#include "viewer/MapList.h"
-#include "viewer/PictureWait.h"
-#include "viewer/TourPlayer.h"
+#include "viewer/script/JsonLine.h"
+#include "viewer/script/MapList.h"
+#include "viewer/script/PictureWait.h"
+#include "viewer/script/TourPlayer.h"
 
 namespace Viewer {
 namespace {
