@@ -2,30 +2,19 @@
 
 #include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 namespace Viewer {
 
-/// Builds one JSON object on one line, members in the order in which they are added.
-/// Texts are taken as UTF-8, which is the program's code page.
-class CJsonLine {
-public:
-    CJsonLine& Add(std::string_view name, std::string_view text);
-    CJsonLine& Add(std::string_view name, int number);
-    /// Rounded to a tenth.
-    CJsonLine& Add(std::string_view name, double number);
-    CJsonLine& Add(std::string_view name, bool value);
-    /// A literal would otherwise go to the bool.
-    CJsonLine& Add(std::string_view name, const char* text) {
-        return Add(name, std::string_view(text));
-    }
-
-    /// The object with a line end.
-    std::string Text() const { return "{" + m_strMembers + "}\n"; }
-
-private:
-    void AddRaw(std::string_view name, std::string_view value);
-
-    std::string m_strMembers;
+/// A member of a JSON object. A number with decimals is rounded to a tenth.
+struct JsonMember {
+    std::string_view name;
+    std::variant<bool, int, double, std::string> value;
 };
+
+/// One JSON object on one line, with a line end; the members keep their order. Texts are taken as
+/// UTF-8, which is the program's code page; bytes that are none become U+FFFD.
+std::string JsonLine(const std::vector<JsonMember>& members);
 
 }  // namespace Viewer

@@ -74,15 +74,14 @@ bool TakeSnapshot(CMainFrame& frame, const ViewerOptions& options, std::string& 
     }
     CRect client;
     view.GetClientRect(&client);
-    CJsonLine line;
-    line.Add("map", std::string_view(view.Display()->GetMapName().GetString()))
-        .Add("layer", view.Display()->GetLayer())
-        .Add("size", std::to_string(client.Width()) + "x" + std::to_string(client.Height()))
-        .Add("milliseconds", wait.lastChangeMs)
-        .Add("repaints", view.Statistics().repaints)
-        .Add("complete", wait.complete)
-        .Add("file", options.snapshotFile);
-    Print(line.Text());
+    Print(
+        JsonLine({{"map", view.Display()->GetMapName().GetString()},
+                  {"layer", view.Display()->GetLayer()},
+                  {"size", std::to_string(client.Width()) + "x" + std::to_string(client.Height())},
+                  {"milliseconds", wait.lastChangeMs},
+                  {"repaints", view.Statistics().repaints},
+                  {"complete", wait.complete},
+                  {"file", options.snapshotFile}}));
     return true;
 }
 

@@ -35,16 +35,15 @@ bool CTourPlayer::PlayStep(const TourStep& step, std::string& error) {
         return false;
     }
     const std::chrono::duration<double, std::milli> took = Clock::now() - start;
-    CJsonLine line;
-    line.Add("line", step.line)
-        .Add("step", step.text)
-        .Add("milliseconds", took.count())
-        .Add("frames", view.Statistics().frames)
-        .Add("longest_frame", view.Statistics().longestFrameMs);
+    std::vector<JsonMember> members = {{"line", step.line},
+                                       {"step", step.text},
+                                       {"milliseconds", took.count()},
+                                       {"frames", view.Statistics().frames},
+                                       {"longest_frame", view.Statistics().longestFrameMs}};
     if (m_bTimedOut) {
-        line.Add("timed_out", true);
+        members.push_back({"timed_out", true});
     }
-    Print(line.Text());
+    Print(JsonLine(members));
     return true;
 }
 
