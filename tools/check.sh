@@ -58,7 +58,7 @@ check_format() {
 }
 
 # An include points into the same room or one further down; the plug-ins see only what the SDK
-# gives their authors.
+# gives their authors, and the viewer what it gives a host.
 check_includes() {
     grep -HE '^#include "(platform|terrascope|plugins|viewer)/' "${files[@]}" /dev/null |
         grep -v '^tests/' | awk -F'[:"]' '
@@ -78,7 +78,7 @@ check_includes() {
             from = rank($1); to = rank($3)
             allowed = to <= from
             if (from == 8 && to != 8 && to != 4 && to > 3) allowed = 0
-            if (from == 9 && to != 9 && to != 7 && to > 3) allowed = 0
+            if (from == 9 && to != 9 && to != 7 && $3 != "terrascope/support/PointF.h") allowed = 0
             if (!allowed) { print $1 " must not include " $3; bad = 1 }
         }
         END { exit bad }'

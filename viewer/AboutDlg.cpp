@@ -1,41 +1,37 @@
 #include "viewer/AboutDlg.h"
 
+#include <commctrl.h>
+#include <shellapi.h>
+
+#include "viewer/LibraryFolder.h"
 #include "viewer/resource.h"
 
 namespace Viewer {
-namespace {
 
-constexpr COLORREF kLinkColor = RGB(0, 0x40, 0xC0);
-
-/// The folder in which the library keeps the logs of its modules.
-CString LogFolder() {
-    char path[MAX_PATH] = "";
-    GetModuleFileNameA(GetModuleHandleA("Terrascope.dll"), path, MAX_PATH - 1);
-    CString folder = path;
-    return folder.Left(folder.ReverseFind('\\') + 1) + "log";
-}
-
-}  // namespace
+BEGIN_MESSAGE_MAP(CAboutDlg, CDialog)
+ON_NOTIFY(NM_CLICK, IDC_ABOUT_LOGS, &CAboutDlg::OnLogsClicked)
+ON_NOTIFY(NM_RETURN, IDC_ABOUT_LOGS, &CAboutDlg::OnLogsClicked)
+END_MESSAGE_MAP()
 
 CAboutDlg::CAboutDlg(CWnd* parent) : CDialog(IDD_ABOUT, parent) {}
 
 BOOL CAboutDlg::OnInitDialog() {
     CDialog::OnInitDialog();
-    m_name.SubclassDlgItem(IDC_ABOUT_NAME, this);
-    m_line.SubclassDlgItem(IDC_ABOUT_LINE, this);
-    m_text.SubclassDlgItem(IDC_ABOUT_TEXT, this);
-    m_logs.SubclassDlgItem(IDC_ABOUT_LOGS, this);
+    LOGFONTA font{};
+    GetObjectA(reinterpret_cast<HFONT>(SendMessage(WM_GETFONT)), sizeof(font), &font);
+    font.lfWeight = FW_BOLD;
+    m_bold.CreateFontIndirect(&font);
 
-    m_name.SetWindowText("Terrascope Viewer " VIEWER_VERSION);
-    m_name.SetFontBold(true);
-    m_line.SetEtched(true);
-    m_text.SetTransparent(true);
-    m_logs.SetLink(LogFolder());
-    m_logs.SetTextColor(kLinkColor);
-    m_logs.SetFontUnderline(true);
-    m_logs.SetLinkCursor(::LoadCursor(nullptr, IDC_HAND));
-    m_logs.SetNotify(true);
+    CWnd* name = GetDlgItem(IDC_ABOUT_NAME);
+    name->SetWindowText("Terrascope Viewer " VIEWER_VERSION);
+    name->SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(static_cast<HFONT>(m_bold)));
+    GetDlgItem(IDC_ABOUT_LOGS)->SetWindowText("<a>" + BesideLibrary("log") + "</a>");
     return TRUE;
+}
+
+void CAboutDlg::OnLogsClicked(NMHDR*, LRESULT* result) {
+    ShellExecuteA(m_hWnd, "open", BesideLibrary("log"), nullptr, nullptr, SW_SHOWNORMAL);
+    *result = 0;
 }
 
 }  // namespace Viewer

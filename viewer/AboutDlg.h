@@ -2,23 +2,20 @@
 
 #include <afxwin.h>
 
-#include "terrascope/support/CustomStatic.h"
-
 namespace Viewer {
 
-/// Version, where the library writes its log, and how it is seen.
+/// Version, and where the library writes its log.
 class CAboutDlg : public CDialog {
 public:
     explicit CAboutDlg(CWnd* parent);
 
 protected:
     BOOL OnInitDialog() override;
+    afx_msg void OnLogsClicked(NMHDR* header, LRESULT* result);
+    DECLARE_MESSAGE_MAP()
 
 private:
-    Terrascope::CCustomStatic m_name;
-    Terrascope::CCustomStatic m_line;
-    Terrascope::CCustomStatic m_text;
-    Terrascope::CCustomStatic m_logs;
+    CFont m_bold;
 };
 
 }  // namespace Viewer

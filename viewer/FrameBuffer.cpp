@@ -1,10 +1,38 @@
 #include "viewer/FrameBuffer.h"
 
-#include "terrascope/support/GdiPlus.h"
-#include "terrascope/support/GdiplusSession.h"
+#include <objidl.h>
+
+#include <algorithm>
+#include <string>
+
+// What <gdiplus.h> takes from windows.h, which defines no min and max here.
+namespace Gdiplus {
+using std::max;
+using std::min;
+}  // namespace Gdiplus
+#include <gdiplus.h>
 
 namespace Viewer {
 namespace {
+
+/// GDI+ for the length of one piece of work. Its objects must be gone before.
+class CGdiplus {
+public:
+    CGdiplus() {
+        const Gdiplus::GdiplusStartupInput input;
+        Gdiplus::GdiplusStartup(&m_token, &input, nullptr);
+    }
+    ~CGdiplus() {
+        if (m_token != 0) {
+            Gdiplus::GdiplusShutdown(m_token);
+        }
+    }
+    CGdiplus(const CGdiplus&) = delete;
+    CGdiplus& operator=(const CGdiplus&) = delete;
+
+private:
+    ULONG_PTR m_token = 0;
+};
 
 /// GDI+'s PNG encoder, the same on every Windows.
 constexpr CLSID kPngEncoder = {
@@ -64,7 +92,7 @@ bool CFrameBuffer::SavePng(const CString& path) const {
     if (IsEmpty()) {
         return false;
     }
-    const Terrascope::CGdiplusSession session;
+    const CGdiplus gdiplus;
     GdiFlush();
     // RGB, not ARGB: GDI leaves the fourth byte of a pixel at zero.
     Gdiplus::Bitmap picture(m_size.cx, m_size.cy, m_size.cx * 4, PixelFormat32bppRGB,

@@ -3,8 +3,6 @@
 #include <shlobj.h>
 #include <shlwapi.h>
 
-#include "terrascope/support/MemIniFile.h"
-
 namespace Viewer {
 namespace {
 
@@ -24,21 +22,16 @@ CString SettingsFile() {
 }  // namespace
 
 CString LoadLastMap() {
-    return Terrascope::CMemIniFile(SettingsFile(), false).ReadString(kSection, kLastMap, "");
+    char name[1024] = "";
+    GetPrivateProfileStringA(kSection, kLastMap, "", name, sizeof(name), SettingsFile());
+    return name;
 }
 
 void SaveLastMap(const CString& name) {
     const CString path = SettingsFile();
-    if (path.IsEmpty()) {
-        return;
+    if (!path.IsEmpty()) {
+        WritePrivateProfileStringA(kSection, kLastMap, name, path);
     }
-    Terrascope::CMemIniFile file("", false);
-    file.SetFileName(path);  // makes the file where there is none
-    if (!file.SectionExists(kSection)) {
-        file.AddSection(kSection);
-    }
-    file.WriteString(kSection, kLastMap, name);
-    file.UpdateFile();
 }
 
 }  // namespace Viewer
