@@ -1,5 +1,7 @@
 #include "plugins/split_file/MapDescription.h"
 
+#include <cmath>
+
 #include "plugins/split_file/IniValues.h"
 #include "terrascope/support/MultibyteText.h"
 
@@ -7,13 +9,17 @@ namespace Terrascope::Plugins {
 namespace {
 
 constexpr char kMap[] = "MAP";
-constexpr int kLargestTile = 8192;      // pixels; a larger image is not decoded
+constexpr int kLargestTile = 8192;      // pixels
 constexpr int kDefaultTile = 256;       // pixels
 constexpr double kFarthest = 1e9;       // map units: far beyond metres around the earth
 constexpr double kSmallestSpan = 1e-9;  // map units
 constexpr double kSmallestZoom = 1.0 / 256.0;
 constexpr double kLargestZoom = 256.0;
 constexpr int kLongestName = 255;
+
+// What a layer makes of a tile is held to the largest image that the library decodes: 64 megapixels
+// (8192 x 8192), 256 MB in memory.
+constexpr double kMostTilePixels = 64.0 * 1024 * 1024;
 
 /// Columns or rows of a layer: its own, or the first layer's, doubled from layer to layer. A layer
 /// has no more of them than its keys can name.
@@ -23,21 +29,48 @@ int ReadTileCount(IniValues& values, const CString& section, const char* key, in
     return values.Whole(section, key, 1, most, firstLayerCount << step);
 }
 
-std::vector<tagTILE_MAP_LAYER_INFO> ReadLayers(IniValues& values, const tagTILE_MAP_INFO& info) {
+tagTILE_MAP_LAYER_INFO ReadLayer(IniValues& values, const tagTILE_MAP_INFO& info,
+                                 const tagTILE_MAP_LAYER_INFO* first, int step) {
+    tagTILE_MAP_LAYER_INFO layer;
+    layer.nLayerNumber = info.nFirstLayer + step;
+    CString section;
+    section.Format("LAYER_%d", layer.nLayerNumber);
+    layer.nTileCountX = ReadTileCount(values, section, "TILE_COUNT_X", layer.nLayerNumber,
+                                      first != nullptr ? first->nTileCountX : 1, step);
+    layer.nTileCountY = ReadTileCount(values, section, "TILE_COUNT_Y", layer.nLayerNumber,
+                                      first != nullptr ? first->nTileCountY : 1, step);
+    layer.dZoomFactor = values.Real(section, "ZOOM_FACTOR", kSmallestZoom, kLargestZoom, 1.0);
+    layer.nTileWidth = info.nTileWidth;
+    layer.nTileHeight = info.nTileHeight;
+    // As the display truncates them.
+    const double width = std::trunc(info.nTileWidth * layer.dZoomFactor);
+    const double height = std::trunc(info.nTileHeight * layer.dZoomFactor);
+    if (width * height < 1 || width * height > kMostTilePixels) {
+        CString reason;
+        reason.Format("%g makes tiles of %.0f x %.0f pixels, expected 1 to %.0f pixels in all",
+                      layer.dZoomFactor, width, height, kMostTilePixels);
+        values.Refuse(section, "ZOOM_FACTOR", reason);
+    }
+    return layer;
+}
+
+/// The layers from the first one on. They are consecutive, so one that cannot be used ends them,
+/// and is named by `problem`. Empty when it is the first.
+std::vector<tagTILE_MAP_LAYER_INFO> ReadLayers(CCustomIniFile& file, const tagTILE_MAP_INFO& info,
+                                               std::optional<MapProblem>& problem) {
     std::vector<tagTILE_MAP_LAYER_INFO> layers;
     for (int step = 0; step < info.nLayerCount; ++step) {
-        tagTILE_MAP_LAYER_INFO layer;
-        layer.nLayerNumber = info.nFirstLayer + step;
-        CString section;
-        section.Format("LAYER_%d", layer.nLayerNumber);
-        const tagTILE_MAP_LAYER_INFO* first = layers.empty() ? nullptr : &layers.front();
-        layer.nTileCountX = ReadTileCount(values, section, "TILE_COUNT_X", layer.nLayerNumber,
-                                          first ? first->nTileCountX : 1, step);
-        layer.nTileCountY = ReadTileCount(values, section, "TILE_COUNT_Y", layer.nLayerNumber,
-                                          first ? first->nTileCountY : 1, step);
-        layer.dZoomFactor = values.Real(section, "ZOOM_FACTOR", kSmallestZoom, kLargestZoom, 1.0);
-        layer.nTileWidth = info.nTileWidth;
-        layer.nTileHeight = info.nTileHeight;
+        IniValues values(file);
+        const tagTILE_MAP_LAYER_INFO layer =
+            ReadLayer(values, info, layers.empty() ? nullptr : &layers.front(), step);
+        problem = values.Problem();
+        if (problem) {
+            if (!layers.empty()) {
+                problem->reason.AppendFormat("; the map ends with layer %d",
+                                             layers.back().nLayerNumber);
+            }
+            break;
+        }
         layers.push_back(layer);
     }
     return layers;
@@ -103,11 +136,19 @@ MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
     if (!tilePath) {
         values.Refuse(kMap, "TILE_PATH", reason.c_str());
     }
-    std::vector<tagTILE_MAP_LAYER_INFO> layers = ReadLayers(values, info);
-    if (values.Problem()) {
-        reading.problems = {*values.Problem()};
+    std::optional<MapProblem> problem = values.Problem();
+    std::vector<tagTILE_MAP_LAYER_INFO> layers;
+    if (!problem) {
+        layers = ReadLayers(file, info, problem);
+    }
+    if (layers.empty()) {
+        reading.problems = {*problem};
         return reading;
     }
+    if (problem) {
+        reading.problems.push_back(*problem);
+    }
+    info.nLayerCount = static_cast<int>(layers.size());
     reading.map = std::make_unique<MapDescription>(
         MapDescription{{}, info, std::move(layers), *std::move(tilePath)});
     return reading;

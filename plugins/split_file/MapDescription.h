@@ -43,7 +43,8 @@ struct MapReading {
 };
 
 /// Reads sections MAP and LAYER_n. `folderName` is the map's name if none is given, `updateTime`
-/// its time. `folder` is left empty. The format is described in the plug-in's README.
+/// its time. A layer that cannot be used, and those behind it, are passed over, unless it is the
+/// first. `folder` is left empty. The format is described in the plug-in's README.
 MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
                               const SYSTEMTIME& updateTime);
 

@@ -17,6 +17,9 @@ TResult WithoutThrowing(TWork work) {
         return work();
     } catch (const std::exception& failure) {
         LogLine("%s: %s", CSplittedFileTileMapInfoProvider::kName, failure.what());
+    } catch (CException* failure) {
+        failure->Delete();
+        LogLine("%s failed", CSplittedFileTileMapInfoProvider::kName);
     } catch (...) {
         LogLine("%s failed", CSplittedFileTileMapInfoProvider::kName);
     }
@@ -142,6 +145,23 @@ tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CSt
     });
 }
 
+std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
+    const MapDescription& map, const tagTILE_MAP_LAYER_INFO& layer, const CString& key) {
+    const std::optional<TileAddress> address = ParseTileKey(ViewOf(key));
+    const auto file = address ? TileFile(map, layer, *address, key) : std::nullopt;
+    if (!file) {
+        return {};
+    }
+    if (auto tile = ReadTile(*file, *address, key)) {
+        std::list<tagTILE_IMAGE*> one{tile.get()};
+        static_cast<void>(tile.release());
+        return one;
+    }
+    return m_pRemoteProvider != nullptr
+               ? m_pRemoteProvider->LoadTiles(map.info.strName, layer.nLayerNumber, {key})
+               : std::list<tagTILE_IMAGE*>();
+}
+
 std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
     const CString& mapName, int layerNumber, const std::list<CString>& tileKeys) {
     return WithoutThrowing<std::list<tagTILE_IMAGE*>>([&] {
@@ -152,18 +172,9 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
             return tiles;
         }
         for (const CString& key : tileKeys) {
-            const std::optional<TileAddress> address = ParseTileKey(ViewOf(key));
-            const auto file = address ? TileFile(*map, *layer, *address, key) : std::nullopt;
-            if (!file) {
-                continue;
-            }
-            if (auto tile = ReadTile(*file, *address, key)) {
-                tiles.push_back(tile.get());
-                static_cast<void>(tile.release());
-            } else if (m_pRemoteProvider != nullptr) {
-                tiles.splice(tiles.end(),
-                             m_pRemoteProvider->LoadTiles(mapName, layerNumber, {key}));
-            }
+            // Each on its own: one that fails, in the remote provider say, costs no other.
+            tiles.splice(tiles.end(), WithoutThrowing<std::list<tagTILE_IMAGE*>>(
+                                          [&] { return LoadTile(*map, *layer, key); }));
         }
         return tiles;
     });

@@ -37,6 +37,8 @@ public:
 private:
     std::shared_ptr<const MapLibrary> Library();
     bool Rescan();
+    std::list<tagTILE_IMAGE*> LoadTile(const MapDescription& map,
+                                       const tagTILE_MAP_LAYER_INFO& layer, const CString& key);
 
     CCriticalSection m_lock;
     CString m_dataPath GUARDED_BY(m_lock);

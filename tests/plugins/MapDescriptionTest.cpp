@@ -11,76 +11,74 @@ namespace {
 using namespace Terrascope;
 using namespace Terrascope::Plugins;
 
-/// A usable description with one key changed; "" takes the key out.
-MapReading Read(const char* section, const char* key, const char* value) {
+/// A usable description of three layers with further keys, "SECTION KEY=value;...".
+MapReading Read(const std::string& keys) {
     CMemIniFile file("", false);
-    for (const auto& [name, text] : {std::pair{"LAYER_COUNT", "3"},
-                                     {"LONGITUDE_START", " -180"},
-                                     {"LATITUDE_START", "-90 "},
-                                     {"LONGITUDE", "360"},
-                                     {"LATITUDE", "1.8e2"}})
-        file.WriteString("MAP", name, text);
-    file.WriteString(section, key, value);
+    std::istringstream lines(
+        "MAP LAYER_COUNT=3;MAP LONGITUDE_START= -180;MAP LATITUDE_START=-90 ;MAP LONGITUDE=360;"
+        "MAP LATITUDE=1.8e2;" +
+        keys);
+    for (std::string section, key, value; std::getline(lines, section, ' ');) {
+        std::getline(lines, key, '=');
+        std::getline(lines, value, ';');
+        file.WriteString(section.c_str(), key.c_str(), value.c_str());
+    }
     SYSTEMTIME time{};
     time.wYear = 2001;
     return ReadMapDescription(file, "folder", time);
 }
 
 TEST(MapDescription, FillsInWhatIsNotSaid) {
-    const MapReading reading = Read("OTHER", "KEY", "x");
+    const MapReading reading =
+        Read("LAYER_1 TILE_COUNT_X=2;LAYER_2 TILE_COUNT_Y=1;layer_3 zoom_factor=32");
     ASSERT_NE(nullptr, reading.map);
+    EXPECT_TRUE(reading.problems.empty()) << "256 x 32 is not too large for a tile";
     const tagTILE_MAP_INFO& info = reading.map->info;
     EXPECT_STREQ("folder.jpg", info.strName + "." + info.strTileFormat);
     EXPECT_EQ(2001, info.stUpdateTime.wYear);
-    EXPECT_EQ(180.0, info.dLatitude);
-    EXPECT_EQ(256, info.nTileWidth);
-    ASSERT_EQ(3u, reading.map->layers.size());
-    EXPECT_EQ(3, reading.map->layers[2].nLayerNumber);
-    EXPECT_EQ(4, reading.map->layers[2].nTileCountX);
-    EXPECT_EQ("2\\1\\1.jpg", reading.map->tilePath.Expand(*ParseTileKey("03"), "03", "jpg"));
-    EXPECT_EQ(nullptr, reading.map->FindLayer(0));
-    EXPECT_EQ(nullptr, reading.map->FindLayer(4));
-}
-
-TEST(MapDescription, DoublesTheFirstLayersCountsAndTakesTheLayersOwn) {
-    EXPECT_EQ(8, Read("LAYER_1", "TILE_COUNT_X", "2").map->layers[2].nTileCountX);
-    const auto layers = Read("LAYER_2", "TILE_COUNT_Y", "1").map->layers;
+    const auto& layers = reading.map->layers;
+    ASSERT_EQ(3U, layers.size());
+    EXPECT_EQ(3, layers[2].nLayerNumber);
+    EXPECT_EQ(8, layers[2].nTileCountX);
     EXPECT_EQ(1, layers[1].nTileCountY);
     EXPECT_EQ(4, layers[2].nTileCountY) << "counted from the first layer";
-    EXPECT_EQ(0.75, Read("layer_3", "zoom_factor", "0.75").map->layers[2].dZoomFactor);
+    EXPECT_EQ(32, layers[2].dZoomFactor);
+    EXPECT_EQ("2\\1\\1.jpg", reading.map->tilePath.Expand(*ParseTileKey("03"), "03", "jpg"));
+    EXPECT_EQ(12, Read("MAP UPDATE_TIME=2024-12-31").map->info.stUpdateTime.wMonth);
+    EXPECT_EQ(8, Read("MAP UPDATE_TIME=2024-5-6 7:08:9").map->info.stUpdateTime.wMinute);
 }
 
-TEST(MapDescription, IsRefusedWithTheKeyAndAReason) {
-    std::istringstream table(
-        "MAP LAYER_COUNT= MAP LAYER_COUNT=0 MAP LAYER_COUNT=-1 MAP LAYER_COUNT=31 "
-        "MAP LAYER_COUNT=2000000000 MAP LAYER_COUNT=99999999999999999999 MAP LAYER_COUNT=3x "
-        "MAP LAYER_COUNT=3.0 MAP LAYER_COUNT=%s%n MAP FIRST_LAYER=0 MAP FIRST_LAYER=31 "
-        "MAP LONGITUDE_START= MAP LONGITUDE_START=1,5 MAP LATITUDE_START=-inf MAP LONGITUDE=nan "
-        "MAP LONGITUDE=0 MAP LATITUDE=-180 MAP LATITUDE=1e999 MAP TILE_WIDTH=-256 "
-        "MAP TILE_HEIGHT=8193 MAP TILE_PATH={z}\\{x}.jpg LAYER_1 TILE_COUNT_X=3 "
-        "LAYER_2 TILE_COUNT_Y=0 LAYER_3 ZOOM_FACTOR=nan LAYER_3 ZOOM_FACTOR=-1 MAP NAME=" +
+TEST(MapDescription, NamesTheKeyThatCannotBeUsedAndDoesWithoutIt) {
+    // How many of three layers are left, and what is wrong; the first key is the one to be named.
+    std::istringstream cases(
+        "0 MAP LAYER_COUNT=|0 MAP LAYER_COUNT=0|0 MAP LAYER_COUNT=31|0 MAP LAYER_COUNT=2000000000|"
+        "0 MAP LAYER_COUNT=99999999999999999999|0 MAP LAYER_COUNT=3x|0 MAP LAYER_COUNT=3.0|"
+        "0 MAP LAYER_COUNT=%s%n|0 MAP FIRST_LAYER=0|0 MAP FIRST_LAYER=31|0 MAP LONGITUDE_START=|"
+        "0 MAP LONGITUDE_START=1,5|0 MAP LATITUDE_START=-inf|0 MAP LONGITUDE=nan|0 MAP LONGITUDE=0|"
+        "0 MAP LATITUDE=-180|0 MAP LATITUDE=1e999|0 MAP TILE_WIDTH=-256|0 MAP TILE_HEIGHT=65536|"
+        "0 MAP TILE_PATH={z}\\{x}.jpg|0 LAYER_1 TILE_COUNT_X=3|1 LAYER_2 TILE_COUNT_Y=0|"
+        "2 LAYER_3 ZOOM_FACTOR=nan|2 LAYER_3 ZOOM_FACTOR=-1|1 LAYER_2 ZOOM_FACTOR=128|"
+        "0 LAYER_1 ZOOM_FACTOR=32.01|2 LAYER_3 ZOOM_FACTOR=0.9;MAP TILE_WIDTH=1|"
+        "1 LAYER_2 ZOOM_FACTOR=1.0002;MAP TILE_WIDTH=8192;MAP TILE_HEIGHT=8192|"
+        "1 LAYER_2 ZOOM_FACTOR=256;LAYER_3 ZOOM_FACTOR=256|3 MAP UPDATE_TIME=yesterday|"
+        "3 MAP UPDATE_TIME=2024-13-01|3 MAP UPDATE_TIME=2024-02-30|3 MAP UPDATE_TIME=2024|"
+        "3 MAP UPDATE_TIME=2024-05-06 07:08|3 MAP UPDATE_TIME=2024-05-06 25:00:00|"
+        "3 MAP UPDATE_TIME=2024-05-06 07:08:09 x|3 MAP UPDATE_TIME=99999-1-1|0 MAP NAME=" +
         std::string(256, 'n'));
-    for (std::string section, line; table >> section >> line;) {
-        const std::string key = line.substr(0, line.find('='));
-        const MapReading reading =
-            Read(section.c_str(), key.c_str(), line.substr(key.size() + 1).c_str());
-        EXPECT_EQ(nullptr, reading.map) << line;
-        ASSERT_EQ(1u, reading.problems.size()) << line;
-        EXPECT_STREQ((section + key).c_str(),
-                     reading.problems[0].section + reading.problems[0].key);
-        EXPECT_FALSE(reading.problems[0].reason.IsEmpty()) << line;
-    }
-}
-
-TEST(MapDescription, PassesOverATimeThatIsNone) {
-    EXPECT_EQ(12, Read("MAP", "UPDATE_TIME", "2024-12-31").map->info.stUpdateTime.wMonth);
-    EXPECT_EQ(8, Read("MAP", "UPDATE_TIME", "2024-5-6 7:08:9").map->info.stUpdateTime.wMinute);
-    for (const char* time : {"yesterday", "2024-13-01", "2024-02-30", "2024-05-06 07:08", "2024",
-                             "2024-05-06 25:00:00", "2024-05-06 07:08:09 x", "99999-1-1"}) {
-        const MapReading reading = Read("MAP", "UPDATE_TIME", time);
-        ASSERT_NE(nullptr, reading.map) << time;
-        EXPECT_EQ(2001, reading.map->info.stUpdateTime.wYear) << time;
-        EXPECT_EQ(1u, reading.problems.size()) << time;
+    std::size_t layers = 0;
+    for (std::string keys; cases >> layers && std::getline(cases.ignore(), keys, '|');) {
+        const MapReading reading = Read(keys);
+        ASSERT_EQ(1U, reading.problems.size()) << keys;
+        const MapProblem& problem = reading.problems[0];
+        EXPECT_EQ(keys.substr(0, keys.find('=')),
+                  (problem.section + " " + problem.key).GetString());
+        EXPECT_FALSE(problem.reason.IsEmpty()) << keys;
+        ASSERT_EQ(layers == 0, reading.map == nullptr) << keys;
+        if (reading.map != nullptr) {
+            EXPECT_EQ(layers, reading.map->layers.size()) << keys;
+            EXPECT_EQ(static_cast<int>(layers), reading.map->info.nLayerCount) << keys;
+            EXPECT_EQ(2001, reading.map->info.stUpdateTime.wYear) << keys;
+        }
     }
 }
 
