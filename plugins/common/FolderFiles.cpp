@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "terrascope/support/FileHandle.h"
+#include "plugins/common/UniqueHandle.h"
 
 namespace Terrascope::Plugins {
 
 std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder) {
     WIN32_FIND_DATAW entry{};
-    const HANDLE search = ::FindFirstFileW((folder + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
+    const UniqueHandle<&::FindClose> search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
+    if (!search.IsOpen()) {
         return std::nullopt;
     }
     std::vector<std::wstring> names;
@@ -19,8 +19,7 @@ std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder)
             name != L"..") {
             names.push_back(name);
         }
-    } while (::FindNextFileW(search, &entry) != 0);
-    ::FindClose(search);
+    } while (::FindNextFileW(search.Get(), &entry) != 0);
     std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
         return ::CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
     });
@@ -39,7 +38,7 @@ std::optional<FileFacts> LookAtFile(const std::wstring& path) {
 
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,
                                                        std::size_t limit) {
-    const CFileHandle file(::CreateFileW(
+    const UniqueHandle<&::CloseHandle> file(::CreateFileW(
         path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     LARGE_INTEGER size{};

@@ -1,11 +1,13 @@
 #include "plugins/common/PluginLog.h"
 
+#include <windows.h>
+
+#include <filesystem>
 #include <mutex>
 
 #include "platform/lumilog/Lumilog.h"
-#include "terrascope/support/Folders.h"
+#include "plugins/common/SafePath.h"
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/Paths.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -17,9 +19,15 @@ const char* g_name = nullptr;
 std::once_flag g_registered;
 
 void Register() {
-    const CString folder = GetModuleFolderPath("Terrascope.dll") + "\\log\\" + g_name;
-    CreateDirectories(folder);
-    Lumilog::RegisterByModule({g_name, folder, kLevel, kLimit});
+    wchar_t library[MAX_PATH] = L"";
+    ::GetModuleFileNameW(::GetModuleHandleW(L"Terrascope.dll"), library, MAX_PATH - 1);
+    const std::filesystem::path folder =
+        std::filesystem::path(library).parent_path() / L"log" / ToWide(g_name).value_or(L"");
+    std::error_code ignored;
+    std::filesystem::create_directories(folder, ignored);
+    if (const std::optional<CString> narrow = ToNarrow(folder.wstring())) {
+        Lumilog::RegisterByModule({g_name, *narrow, kLevel, kLimit});
+    }
 }
 
 void Receive(const char* line) {
