@@ -1,5 +1,6 @@
 #include "terrascope/providers/PluginModule.h"
 
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 
@@ -29,13 +30,15 @@ TEntry FindEntry(HMODULE module, const char* name) {
 PluginModule PluginModule::Open(const CString& path) {
     const QuietLoading quiet;
     PluginModule plugin;
+    auto useCount = std::make_unique<std::int32_t>(1);
     plugin.m_module = ::LoadLibraryA(path);
     if (plugin.m_module == nullptr) {
+        const DWORD error = ::GetLastError();
         std::ostringstream text;
-        text << "Could not load '" << path.GetString() << "', errorCode = " << ::GetLastError();
+        text << "Could not load '" << path.GetString() << "', errorCode = " << error;
         throw std::runtime_error(text.str());
     }
-    plugin.m_useCount = new std::int32_t(1);
+    plugin.m_useCount = useCount.release();  // from here on the library is unloaded with it
     plugin.m_engineVersion = FindEntry<EngineVersionEntry>(plugin.m_module, "getEngineVersion");
     plugin.m_register = FindEntry<RegisterEntry>(plugin.m_module, "registerPlugin");
     if (plugin.m_engineVersion == nullptr || plugin.m_register == nullptr) {

@@ -1,7 +1,6 @@
 #include "terrascope/providers/ProviderSelection.h"
 
-#include <exception>
-
+#include "terrascope/providers/FailureOf.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/MemIniFile.h"
@@ -27,16 +26,18 @@ const char* DefaultProvider(ProviderRole role) {
 
 using Factory = CTileMapInfoProviderPluginServer::Factory;
 
-/// The factory registered first under the name; null when there is none. A factory that cannot
-/// say its name has none.
+/// The factory registered first under the name; null when there is none. A factory that fails to
+/// tell its name has none.
 Factory* FindFactory(const CString& name) {
     for (Factory* factory : CTileMapInfoProviderPluginKernel::GetInstance().GetFactories()) {
-        try {
-            if (factory != nullptr && factory->GetName().CompareNoCase(name) == 0) {
-                return factory;
-            }
-        } catch (...) {
-            LogLine("a provider factory failed to tell its name");
+        bool matches = false;
+        const auto failure = FailureOf(
+            [&] { matches = factory != nullptr && factory->GetName().CompareNoCase(name) == 0; });
+        if (failure) {
+            LogLine("a provider factory failed to tell its name: %s", failure->c_str());
+        }
+        if (matches) {
+            return factory;
         }
     }
     return nullptr;
@@ -47,28 +48,31 @@ Factory* FindFactory(const CString& name) {
 std::unique_ptr<ITileMapInfoProvider> CreateProvider(ProviderRole role,
                                                      const ProviderChoice& choice,
                                                      const CString& libraryFolder) {
-    const char* reason = "no plug-in registered it";
-    try {
-        if (Factory* factory = FindFactory(choice.name)) {
-            reason = "its factory made none";
-            if (std::unique_ptr<ITileMapInfoProvider> provider{factory->Create()}) {
-                const CString path = ResolveDataPath(choice, libraryFolder);
-                reason = "it failed to take its data path";
+    std::unique_ptr<ITileMapInfoProvider> provider;
+    CString reason = "no plug-in registered it";
+    if (Factory* factory = FindFactory(choice.name)) {
+        auto failure = FailureOf([&] { provider.reset(factory->Create()); });
+        reason = "its factory made none";
+        if (provider != nullptr) {
+            const CString path = ResolveDataPath(choice, libraryFolder);
+            failure = FailureOf([&] {
                 if (!path.IsEmpty()) {
                     provider->SetDataPath(path);
                 }
+            });
+            if (!failure) {
                 LogLine("%s provider: '%s', data path '%s'", RoleName(role),
                         choice.name.GetString(), path.GetString());
                 return provider;
             }
+            reason = "it failed to take its data path";
         }
-        LogLine("%s provider: none; '%s': %s", RoleName(role), choice.name.GetString(), reason);
-    } catch (const std::exception& failure) {
-        LogLine("%s provider: none; '%s': %s: %s", RoleName(role), choice.name.GetString(), reason,
-                failure.what());
-    } catch (...) {
-        LogLine("%s provider: none; '%s': %s", RoleName(role), choice.name.GetString(), reason);
+        if (failure) {
+            reason += CString(": ") + failure->c_str();
+        }
     }
+    LogLine("%s provider: none; '%s': %s", RoleName(role), choice.name.GetString(),
+            reason.GetString());
     return nullptr;
 }
 

@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 
+#include "terrascope/providers/ScopeEnd.h"
 #include "terrascope/support/Paths.h"
 
 namespace Terrascope {
@@ -26,13 +27,13 @@ std::list<CString> FindPluginFiles(const CString& folder) {
     if (search == INVALID_HANDLE_VALUE) {
         return files;
     }
+    const ScopeEnd close([search] { ::FindClose(search); });
     do {
         if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
             HasDllExtension(entry.cFileName)) {
             files.push_back(folder + "\\" + entry.cFileName);
         }
     } while (::FindNextFileA(search, &entry) != 0);
-    ::FindClose(search);
     return files;
 }
 

@@ -1,7 +1,6 @@
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 
-#include <exception>
-
+#include "terrascope/providers/FailureOf.h"
 #include "terrascope/providers/ProviderSelection.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/LogSink.h"
@@ -13,17 +12,13 @@ namespace {
 /// not, but their exceptions would end in window procedures and thread routines.
 template <class TAnswer, class TQuestion>
 TAnswer Ask(ITileMapInfoProvider* provider, TQuestion question) {
-    if (provider == nullptr) {
-        return TAnswer{};
+    TAnswer answer{};
+    if (provider != nullptr) {
+        if (const auto failure = FailureOf([&] { answer = question(*provider); })) {
+            LogLine("the provider failed: %s", failure->c_str());
+        }
     }
-    try {
-        return question(*provider);
-    } catch (const std::exception& failure) {
-        LogLine("the provider failed: %s", failure.what());
-    } catch (...) {
-        LogLine("the provider failed");
-    }
-    return TAnswer{};
+    return answer;
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "terrascope/providers/RecordList.h"
+#include "terrascope/providers/ScopeEnd.h"
 #include "terrascope/providers/TextPattern.h"
 #include "terrascope/support/LanguageManager.h"
 
@@ -40,8 +42,11 @@ void CTileMapSelDlg::DoDataExchange(CDataExchange* exchange) {
     CDialog::DoDataExchange(exchange);
     DDX_Control(exchange, IDC_MAP_LIST, m_list);
     DDX_Control(exchange, IDC_MAP_INFO, m_info);
-    DDX_Text(exchange, IDC_FIRST_LAYER_SCALE, m_dFirstLayerScale);
-    DDV_MinMaxDouble(exchange, m_dFirstLayerScale, kSmallestScale, kLargestScale);
+    // Not the member itself: it would take a number that is then refused.
+    double scale = m_dFirstLayerScale;
+    DDX_Text(exchange, IDC_FIRST_LAYER_SCALE, scale);
+    DDV_MinMaxDouble(exchange, scale, kSmallestScale, kLargestScale);
+    m_dFirstLayerScale = scale;
 }
 
 BOOL CTileMapSelDlg::OnInitDialog() {
@@ -60,34 +65,46 @@ BOOL CTileMapSelDlg::OnInitDialog() {
 }
 
 void CTileMapSelDlg::FillList() {
-    const std::list<tagTILE_MAP_INFO*> maps = m_provider.GetMapList();
-    m_bFilling = true;
+    const CString wanted = m_strMapName;
+    ShowNoMap();  // until the list is there
+    {
+        const ScopeEnd filled([this] { m_bFilling = false; });
+        m_bFilling = true;
+        SelectRow(InsertRows(wanted));
+    }
+    RefreshInfo();
+}
+
+/// The row of the wanted map: the last of that name, else the first; -1 when there are no maps.
+int CTileMapSelDlg::InsertRows(const CString& wanted) {
+    const RecordList maps(m_provider.GetMapList());
+    const ScopeEnd shown([this] { m_list.SetRedraw(TRUE); });
     m_list.SetRedraw(FALSE);
     m_list.DeleteAllItems();
     m_list.SetItemCount(static_cast<int>(maps.size()));
     int row = 0;
-    int selected = 0;
-    for (tagTILE_MAP_INFO* record : maps) {
-        const std::unique_ptr<tagTILE_MAP_INFO> map(record);
+    int found = 0;
+    for (const tagTILE_MAP_INFO* map : maps) {
         if (map == nullptr) {
             continue;
         }
         m_list.InsertItem(row, Decimal(row + 1));
         m_list.SetItemText(row, NAME_COLUMN, map->strName);
         m_list.SetItemText(row, LAYER_COUNT_COLUMN, Decimal(map->nLayerCount));
-        if (map->strName.CompareNoCase(m_strMapName) == 0) {
-            selected = row;  // the last match counts
+        if (map->strName.CompareNoCase(wanted) == 0) {
+            found = row;
         }
         ++row;
     }
-    m_list.SetRedraw(TRUE);
-    if (row > 0) {
+    return row > 0 ? found : -1;
+}
+
+void CTileMapSelDlg::SelectRow(int row) {
+    if (row >= 0) {
         const UINT state = LVIS_SELECTED | LVIS_FOCUSED;
-        m_list.SetItemState(selected, state, state);
-        m_list.EnsureVisible(selected, FALSE);
+        m_list.SetItemState(row, state, state);
+        m_list.EnsureVisible(row, FALSE);
     }
-    m_bFilling = false;
-    RefreshInfo();
 }
 
 CString CTileMapSelDlg::SelectedName() const {
@@ -105,16 +122,15 @@ void CTileMapSelDlg::OnListItemChanged(NMHDR*, LRESULT* result) {
 }
 
 void CTileMapSelDlg::RefreshInfo() {
-    m_strMapName = SelectedName();
-    if (m_strMapName.IsEmpty()) {
-        ShowNoMap();
-        return;
-    }
-    const std::unique_ptr<tagTILE_MAP_INFO> map(m_provider.GetMapInfo(m_strMapName));
+    const CString name = SelectedName();
+    const std::unique_ptr<const tagTILE_MAP_INFO> map(name.IsEmpty() ? nullptr
+                                                                     : m_provider.GetMapInfo(name));
     if (map == nullptr) {
         ShowNoMap();
         return;
     }
+    // Together: a failure must not leave the name of one map with the layer of another.
+    m_strMapName = name;
     m_nFirstLayer = map->nFirstLayer;
     const CString description = DescribeMap(*map);
     m_info.SetSel(0, -1);
@@ -152,8 +168,7 @@ CString CTileMapSelDlg::DescribeMap(const tagTILE_MAP_INFO& map) {
     text += Text(IDS_INFO_TILE_HEIGHT, {map.nTileHeight});
     text += Text(IDS_INFO_REMARK, {map.strRemark});
     text += Text(IDS_LAYERS_HEADING);
-    for (tagTILE_MAP_LAYER_INFO* record : m_provider.GetLayerList(m_strMapName)) {
-        const std::unique_ptr<tagTILE_MAP_LAYER_INFO> layer(record);
+    for (const tagTILE_MAP_LAYER_INFO* layer : RecordList(m_provider.GetLayerList(m_strMapName))) {
         if (layer == nullptr) {
             continue;
         }

@@ -46,11 +46,13 @@ protected:
 private:
     void FillList();
     CString SelectedName() const;
+    int InsertRows(const CString& wanted);
+    void SelectRow(int row);
     void RefreshInfo();
     void ShowNoMap();
     CString DescribeMap(const tagTILE_MAP_INFO& map);
 
-    bool m_bFilling = false;  // the list tells of every row that is put in
+    bool m_bFilling = false;  // the list notifies of every row that is put in
 };
 
 }  // namespace Terrascope

@@ -1,6 +1,5 @@
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
@@ -27,12 +26,10 @@ protected:
         EXPECT_TRUE(m_wrapper.GetLayerList("m").empty());
         EXPECT_EQ(nullptr, m_wrapper.GetLayerInfo("m", 1));
         EXPECT_TRUE(m_wrapper.LoadTiles("m", 1, {"0"}).empty());
-        EXPECT_FALSE(m_wrapper.Reserved13());
-        EXPECT_FALSE(m_wrapper.Reserved16());
     }
     double ZoomFactor(const char* map, int layer) {
         const std::unique_ptr<tagTILE_MAP_LAYER_INFO> record(m_wrapper.GetLayerInfo(map, layer));
-        return record ? record->dZoomFactor : -1.0;
+        return record != nullptr ? record->dZoomFactor : -1.0;
     }
 
     TerrascopeTest::LibraryFolder m_library;  // outlives the wrapper's provider
@@ -40,27 +37,20 @@ protected:
     CTileMapInfoProviderWrapper m_wrapper;
 };
 
-TEST_F(TileMapInfoProviderWrapper, AnswersEmptyWithoutAProvider) {
-    ExpectEmptyAnswers();
+TEST_F(TileMapInfoProviderWrapper, AnswersEmptyWithoutAProviderAndForOneThatThrows) {
     EXPECT_FALSE(m_wrapper.SelectProvider());
     ExpectEmptyAnswers();
-}
-
-TEST_F(TileMapInfoProviderWrapper, AnswersEmptyWhenTheProviderThrows) {
     ASSERT_TRUE(Select("AwkwardPlugin.dll", "ThrowsAtEachCall"));
     ExpectEmptyAnswers();
-    EXPECT_EQ(1, m_log.Count("the provider failed: tiles"));
+    for (const char* reason : {"tiles", "An unsupported operation", "unknown exception"}) {
+        EXPECT_LE(1, m_log.Count(std::string("the provider failed: ") + reason)) << m_log.Text();
+    }
 }
 
 TEST_F(TileMapInfoProviderWrapper, GivesTheFirstLayerOfTheCurrentMapItsScale) {
     ASSERT_TRUE(Select("ScriptedProvider.dll", "ScriptedProvider"));
-    TerrascopeTest::ScriptedMap one;
-    one.name = "One";
-    one.firstLayer = 2;
-    one.zoomFactor = 1.25;
-    TerrascopeTest::ScriptedMap two = one;
-    two.name = "Two";
-    TerrascopeTest::FindScript()->SetMaps({one, two});
+    TerrascopeTest::FindScript()->SetMaps({{.name = "One", .firstLayer = 2, .zoomFactor = 1.25},
+                                           {.name = "Two", .firstLayer = 2, .zoomFactor = 1.25}});
 
     m_wrapper.SetCurrentMap("oNE", 2, 0.75);
 
@@ -74,12 +64,9 @@ TEST_F(TileMapInfoProviderWrapper, GivesTheFirstLayerOfTheCurrentMapItsScale) {
 TEST_F(TileMapInfoProviderWrapper, ADetachedProviderLivesOnInItsLibrary) {
     // Under a name of its own: it stays in the process beyond this test.
     ASSERT_TRUE(Select("ScriptedProvider.dll", "ScriptedProvider", "Detached.dll"));
-
     ITileMapInfoProvider* provider = m_wrapper.Detach();
     ExpectEmptyAnswers();
     CTileMapInfoProviderPluginKernel::ReleaseInstance();
-
-    ASSERT_NE(nullptr, TerrascopeTest::FindScript("Detached.dll"));
     EXPECT_TRUE(provider->UpdateMapLib(true));
     delete provider;
     EXPECT_EQ(0, TerrascopeTest::FindScript("Detached.dll")->LiveProviders());
