@@ -91,6 +91,7 @@ double FillBareList() {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without its fixtures the program has nothing to do
 int main() {
     AfxInitRichEdit2();
     TerrascopeTest::LibraryFolder library;

@@ -69,7 +69,7 @@ SIZE_T ResidentBytes() {
     return counters.WorkingSetSize;
 }
 
-void WaitUntilQuiet(TerrascopeTest::IScriptedControl& script) {
+void WaitUntilQuiet(TerrascopeTest::ScriptedControl& script) {
     std::size_t seen = 0;
     ULONGLONG since = ::GetTickCount64();
     Await(
@@ -239,6 +239,7 @@ void BenchTileMemory() {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without its fixtures the program has nothing to do
 int main() {
     Bench::PrintHeader();
     BenchTileMemory();  // first: later it would find memory to use again

@@ -90,7 +90,7 @@ protected:
     void Click(CPoint point);
 
     LibraryFolder library;
-    IScriptedControl* script = nullptr;
+    ScriptedControl* script = nullptr;
     std::unique_ptr<HostWindow> window;
     std::unique_ptr<Terrascope::CTerrascope2> display;
     CSize size{200, 120};

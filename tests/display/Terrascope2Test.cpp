@@ -207,7 +207,7 @@ TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {
             nullptr, 0,
             [](void* control) -> DWORD {
                 ::WaitForSingleObject(::GetCurrentThread(), 30);
-                static_cast<IScriptedControl*>(control)->Release();
+                static_cast<ScriptedControl*>(control)->Release();
                 return 0;
             },
             script, 0, nullptr);
