@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "terrascope/api/MapAssistant.h"
+#include "viewer/ScopeEnd.h"
 
 namespace Viewer {
 namespace {
@@ -140,11 +141,13 @@ void CMapView::StepLayer(int direction, CPoint at) {
         return;
     }
     const MapToolKind zoom = direction > 0 ? MapToolKind::ZoomIn : MapToolKind::ZoomOut;
-    m_display->SetTool(static_cast<UINT>(zoom));
-    m_display->OnLButtonDown(MK_LBUTTON, at);
-    m_display->OnLButtonUp(0, at);
-    // At once: the display looks at the zoom tool's kind only while it is clicked.
-    m_display->SetTool(static_cast<UINT>(m_tool));
+    {
+        // At once: the display looks at the zoom tool's kind only while it is clicked.
+        const ScopeEnd clicked([this] { m_display->SetTool(static_cast<UINT>(m_tool)); });
+        m_display->SetTool(static_cast<UINT>(zoom));
+        m_display->OnLButtonDown(MK_LBUTTON, at);
+        m_display->OnLButtonUp(0, at);
+    }
     NoteChange();
 }
 
@@ -244,6 +247,7 @@ void CMapView::OnPaint() {
 void CMapView::Paint(const CRect& area) {
     CDC& dc = m_frame.Dc();
     const int saved = dc.SaveDC();
+    const ScopeEnd painted([&dc, saved] { dc.RestoreDC(saved); });
     dc.IntersectClipRect(&area);
     // The map is transparent where it has no tiles.
     dc.FillSolidRect(&area, kBackground);
@@ -255,7 +259,6 @@ void CMapView::Paint(const CRect& area) {
         dc.SetViewportExt(pixels, pixels);
         m_display->Draw(&dc);
     }
-    dc.RestoreDC(saved);
 }
 
 bool CMapView::SavePicture(const CString& file) {

@@ -4,6 +4,7 @@
 
 #include "terrascope/api/MapAssistant.h"
 #include "viewer/Console.h"
+#include "viewer/LibraryFolder.h"
 #include "viewer/MainFrame.h"
 #include "viewer/script/ScriptedRun.h"
 
@@ -14,6 +15,20 @@ CViewerApp g_app;
 
 constexpr int kExitWrong = 2;
 constexpr PixelSize kDefaultSize = {1024, 640};
+
+/// Chooses a provider as --data says; the user is told when the library's settings win over it.
+void Choose(const DataSource& source) {
+    const CString settings = BesideLibrary("Terrascope.ini");
+    char named[256] = "";
+    GetPrivateProfileStringA("TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE", source.role.c_str(), "", named,
+                             sizeof(named), settings);
+    if (named[0] != '\0') {
+        PrintError("--data " + source.role + " is not used: \"" + settings.GetString() +
+                   "\" names " + named);
+    }
+    Terrascope::CMapAssistant::SetTileMapInfoProvider(source.role.c_str(), source.name.c_str(),
+                                                      source.path.c_str());
+}
 
 }  // namespace
 
@@ -50,8 +65,7 @@ bool CViewerApp::Start(std::string& error) {
         return false;
     }
     for (const DataSource& source : m_options.data) {
-        Terrascope::CMapAssistant::SetTileMapInfoProvider(source.role.c_str(), source.name.c_str(),
-                                                          source.path.c_str());
+        Choose(source);
     }
     auto* frame = new CMainFrame;  // deletes itself with its window
     m_pMainWnd = frame;

@@ -127,8 +127,9 @@ std::string_view OptionsHelp() {
   --size WxH          makes the map view this many pixels
   --list              prints the maps: name, layers, west, south, east, north
   --data ROLE=PROVIDER,PATH
-                      chooses a provider where Terrascope.ini names none; ROLE is LOCAL or REMOTE,
-                      PATH is relative to the library's folder
+                      chooses a provider where Terrascope.ini names none (where it does, a line on
+                      standard error says so); ROLE is LOCAL or REMOTE, PATH is relative to the
+                      library's folder
   --snapshot FILE     writes the complete picture as PNG, prints how long it took, and ends
   --tour FILE         plays a tour (- reads it from standard input), prints each step, and ends
   --timeout S         how long to wait for a complete picture (30)

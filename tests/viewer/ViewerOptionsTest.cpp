@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <sstream>
+
+#include "viewer/script/TourScript.h"
 
 namespace Viewer {
 namespace {
@@ -14,64 +16,63 @@ TEST(ViewerOptions, TakesWhatIsSaid) {
          "--snapshot", "a b.png", "--timeout", "2.5", "--data", "local=Split,C:\\a,b"},
         error);
     ASSERT_TRUE(options) << error;
-    EXPECT_EQ(options->map, "Blue Marble");
-    EXPECT_EQ(options->layer, 3);
-    EXPECT_EQ(options->center, (MapPoint{-12.5, 40}));
-    EXPECT_EQ(options->size, (PixelSize{640, 480}));
-    EXPECT_EQ(options->snapshotFile, "a b.png");
-    EXPECT_EQ(options->timeoutSeconds, 2.5);
-    ASSERT_EQ(options->data.size(), 1U);
-    EXPECT_EQ(options->data[0].name, "Split");
-    EXPECT_EQ(options->data[0].path, "C:\\a,b");
+    EXPECT_EQ("Blue Marble", options->map);
+    EXPECT_EQ(3, options->layer);
+    EXPECT_EQ((MapPoint{-12.5, 40}), options->center);
+    EXPECT_EQ((PixelSize{640, 480}), options->size);
+    EXPECT_EQ("a b.png", options->snapshotFile);
+    EXPECT_EQ(2.5, options->timeoutSeconds);
+    ASSERT_EQ(1U, options->data.size());
+    EXPECT_EQ("Split", options->data[0].name);
+    EXPECT_EQ("C:\\a,b", options->data[0].path);
     EXPECT_TRUE(options->IsScripted());
+    EXPECT_FALSE(ParseOptions({}, error)->IsScripted());
 }
 
-TEST(ViewerOptions, AreAllOptional) {
-    std::string error;
-    const auto options = ParseOptions({}, error);
-    ASSERT_TRUE(options);
-    EXPECT_FALSE(options->IsScripted());
-}
-
-struct WrongCase {
-    std::vector<std::string> arguments;
-    std::string_view expectedInError;
-};
-
-void PrintTo(const WrongCase& wrong, std::ostream* out) {
-    for (const std::string& argument : wrong.arguments) {
-        *out << '[' << argument << ']';
+TEST(TextValues, AreRefusedInOptionsAndToursWithWhatIsWanted) {
+    // What the error names, and the option or the tour's line.
+    std::istringstream cases(R"(unknown option "--zoom"|--zoom 3
+unknown option "map.ini"|map.ini
+a map's name|--map
+a layer number, not "two"|--map M --layer two
+a layer number|--map M --layer 3x
+a layer number|--map M --layer -1
+X,Y in map units|--map M --center 1;2
+X,Y in map units|--map M --center 1,nan
+WIDTHxHEIGHT|--size 640
+WIDTHxHEIGHT|--size 640x99999
+seconds|--timeout 0
+LOCAL=PROVIDER,PATH|--data LOCAL
+LOCAL=PROVIDER,PATH|--data WEB=P,x
+LOCAL=PROVIDER,PATH|--data LOCAL=,x
+--map NAME|--snapshot a.png
+--map NAME|--layer 1
+one of tool, drag|fly 1,2
+arrow|zoomin|tool Pan
+X1,Y1 X2,Y2|drag 1,2
+[moves]|drag 1,2 3,4 0
+X,Y|click 5,6 7
+X,Y|click 99999,1
+NOTCHES|wheel 0 1,1
+left|right|key F1
+"wait"|wait 3
+snapshot FILE|snapshot)");
+    for (std::string line; std::getline(cases, line);) {
+        const std::string wanted = line.substr(0, line.rfind('|'));
+        const std::string text = line.substr(line.rfind('|') + 1);
+        std::istringstream words(text);
+        const std::vector<std::string> arguments(std::istream_iterator<std::string>(words), {});
+        std::string error;
+        if (text.starts_with("--") || text == "map.ini") {
+            EXPECT_FALSE(ParseOptions(arguments, error)) << line;
+        } else {
+            EXPECT_FALSE(ParseTour("wait\n\n" + text + "\nwait\n", error)) << line;
+            EXPECT_EQ(0U, error.find("tour line 3: expected ")) << error;
+        }
+        EXPECT_NE(std::string::npos, error.find(wanted)) << line << ": " << error;
+        EXPECT_EQ(std::string::npos, error.find('\n'));
     }
 }
-
-class WrongViewerOptions : public testing::TestWithParam<WrongCase> {};
-
-TEST_P(WrongViewerOptions, AreRefusedWithWhatIsWanted) {
-    std::string error;
-    EXPECT_FALSE(ParseOptions(GetParam().arguments, error));
-    EXPECT_NE(error.find(GetParam().expectedInError), std::string::npos) << error;
-    EXPECT_EQ(error.find('\n'), std::string::npos);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, WrongViewerOptions,
-    testing::Values(WrongCase{{"--zoom", "3"}, "unknown option \"--zoom\""},
-                    WrongCase{{"map.ini"}, "unknown option \"map.ini\""},
-                    WrongCase{{"--map"}, "a map's name"}, WrongCase{{"--map", ""}, "a map's name"},
-                    WrongCase{{"--map", "M", "--layer", "two"}, "a layer number, not \"two\""},
-                    WrongCase{{"--map", "M", "--layer", "3x"}, "a layer number"},
-                    WrongCase{{"--map", "M", "--layer", "-1"}, "a layer number"},
-                    WrongCase{{"--map", "M", "--center", "1;2"}, "X,Y in map units"},
-                    WrongCase{{"--map", "M", "--center", "1,nan"}, "X,Y in map units"},
-                    WrongCase{{"--size", "640"}, "WIDTHxHEIGHT"},
-                    WrongCase{{"--size", "640x0"}, "WIDTHxHEIGHT"},
-                    WrongCase{{"--size", "640x99999"}, "WIDTHxHEIGHT"},
-                    WrongCase{{"--timeout", "0"}, "seconds"},
-                    WrongCase{{"--data", "LOCAL"}, "LOCAL=PROVIDER,PATH"},
-                    WrongCase{{"--data", "WEB=P,x"}, "LOCAL=PROVIDER,PATH"},
-                    WrongCase{{"--data", "LOCAL=,x"}, "LOCAL=PROVIDER,PATH"},
-                    WrongCase{{"--snapshot", "a.png"}, "--map NAME"},
-                    WrongCase{{"--layer", "1"}, "--map NAME"}));
 
 }  // namespace
 }  // namespace Viewer

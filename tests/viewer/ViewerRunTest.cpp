@@ -1,159 +1,135 @@
+#include "tests/viewer/ViewerRun.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <filesystem>
 
-#include "tests/viewer/ViewerRun.h"
+#include "terrascope/support/GdiPlus.h"
+#include "terrascope/support/GdiplusSession.h"
 
 namespace Viewer {
 namespace {
 
-constexpr int kTile = TinyMap::kTileSize;
+using testing::HasSubstr;
 
 class ViewerRun : public testing::Test {
 protected:
     /// Runs the viewer on the map with a view of 128 x 64 pixels, which is a quarter of layer 2.
     RunResult RunOnMap(std::vector<std::string> arguments, const std::string& input = "") {
         arguments.insert(arguments.begin(), {"--map", TinyMap::kName, "--size", "128x64"});
-        return RunViewer(m_map, arguments, input);
+        const RunResult run = RunViewer(m_map, arguments, input);
+        EXPECT_EQ(0U, run.exitCode) << run.errors;
+        EXPECT_EQ("", run.errors);
+        return run;
     }
 
-    /// The tile of layer 2 at a pixel, given the picture's place in the layer.
-    static COLORREF Layer2(int left, int top, int x, int y) {
-        return TinyMap::TileColor(2, (left + x) / kTile, (top + y) / kTile);
-    }
-
-    static void ExpectLayer2At(const std::string& file, int left, int top) {
-        const Picture picture(file);
-        ASSERT_EQ(picture.Width(), 128);
-        ASSERT_EQ(picture.Height(), 64);
-        for (int y = 0; y < 64; ++y) {
-            for (int x = 0; x < 128; ++x) {
-                ASSERT_EQ(picture.At(x, y), Layer2(left, top, x, y))
-                    << "at " << x << ", " << y << " of " << file;
-            }
+    std::vector<COLORREF> Pixels(const char* file) {
+        const std::string path = m_map.Folder() / file;
+        Gdiplus::Bitmap picture(std::wstring(path.begin(), path.end()).c_str());
+        std::vector<COLORREF> pixels;
+        for (int i = 0; i < 128 * 64 && picture.GetWidth() == 128; ++i) {
+            Gdiplus::Color pixel;
+            picture.GetPixel(i % 128, i / 128, &pixel);
+            pixels.push_back(pixel.ToCOLORREF());
         }
+        return pixels;
+    }
+    /// The picture shows a layer from this pixel of it on.
+    void ExpectLayer(int layer, const char* file, int left, int top) {
+        std::vector<COLORREF> pixels;
+        for (int i = 0; i < 128 * 64; ++i) {
+            pixels.push_back(TinyMap::TileColor(layer, (left + i % 128) / TinyMap::kTileSize,
+                                                (top + i / 128) / TinyMap::kTileSize));
+        }
+        EXPECT_TRUE(pixels == Pixels(file)) << file;
     }
 
+    const Terrascope::CGdiplusSession m_gdiplus;
     TinyMap m_map;
 };
 
 TEST_F(ViewerRun, WritesExactlyThePictureOfTheView) {
     const RunResult run =
         RunOnMap({"--layer", "2", "--center", "0,0", "--snapshot", "picture.png"});
-    EXPECT_EQ(run.exitCode, 0U) << run.errors;
-    EXPECT_EQ(run.OutputLines(), 1) << run.output;
-    EXPECT_NE(run.output.find(R"("layer":2,"size":"128x64","milliseconds":)"), std::string::npos)
-        << run.output;
-    EXPECT_NE(run.output.find(TinyMap::kName), std::string::npos) << run.output;
-    ExpectLayer2At(m_map.File("picture.png"), 64, 32);
-}
-
-TEST_F(ViewerRun, ListsTheMaps) {
-    const RunResult run = RunViewer(m_map, {"--list"});
-    EXPECT_EQ(run.exitCode, 0U) << run.errors;
-    EXPECT_EQ(run.output, std::string(TinyMap::kName) + "\tlayers 1 to 2\t-180\t-90\t180\t90\n");
+    EXPECT_THAT(run.output, testing::StartsWith(std::string("{\"map\":\"") + TinyMap::kName +
+                                                R"(","layer":2,"size":"128x64","milliseconds":)"));
+    EXPECT_THAT(run.output, testing::EndsWith("\"complete\":true,\"file\":\"picture.png\"}\n"));
+    ExpectLayer(2, "picture.png", 64, 32);
 }
 
 TEST_F(ViewerRun, PlaysATourFromStandardInput) {
     const RunResult run = RunOnMap({"--layer", "2", "--tour", "-"},
-                                   "center 0,0\n"
-                                   "wait\n"
+                                   "center 0,0\nwait\n"
                                    "drag 100,32 60,22 4   # pan is the first tool\n"
-                                   "wait\n"
-                                   "snapshot dragged.png\n"
-                                   "drag 100,32 0,32\n"
-                                   "wait\n"
-                                   "snapshot edge.png\n"
-                                   "layer 1\n"
-                                   "wait\n"
-                                   "wheel 1 64,32\n"
-                                   "wait\n"
-                                   "snapshot zoomed.png\n");
-    EXPECT_EQ(run.exitCode, 0U) << run.errors;
-    EXPECT_EQ(run.OutputLines(), 13) << run.output;
-    ExpectLayer2At(m_map.File("dragged.png"), 64 + 40, 32 + 10);
-    // The drag went on beyond the map's east edge and stopped there.
-    ExpectLayer2At(m_map.File("edge.png"), 128, 32 + 10);
-    ExpectLayer2At(m_map.File("zoomed.png"), 64, 32);
-}
-
-TEST_F(ViewerRun, ObeysTheKeys) {
-    const RunResult run = RunOnMap({"--layer", "2", "--center", "0,0", "--tour", "-"},
-                                   "key right\n"  // a tenth of 128 pixels, that is 12.8
-                                   "key up\nkey right\nkey right\nkey right\nkey right\n"
-                                   "wait\n"
-                                   "snapshot moved.png\n"
-                                   "key home\n"
-                                   "wait\n"
-                                   "snapshot whole.png\n"
+                                   "wait\nsnapshot dragged.png\n"
+                                   "drag 100,32 0,32\nwait\nsnapshot edge.png\n"
+                                   "layer 1\nwait\nwheel 1 64,32\nwait\nsnapshot wheel.png\n"
+                                   "center -90,-45\nkey right\nkey right\nkey right\nkey right\n"
+                                   "key right\nkey up\nkey up\nkey up\nkey up\nkey up\n"
+                                   "wait\nsnapshot keys.png\nkey home\nwait\nsnapshot home.png\n"
                                    "key 2\n"  // the tool that zooms in
-                                   "click 64,32\n"
-                                   "wait\n"
-                                   "key 4\n"
-                                   "drag 64,32 54,32\n"
-                                   "wait\n"
-                                   "snapshot dragged.png\n");
-    EXPECT_EQ(run.exitCode, 0U) << run.errors;
-    const Picture moved(m_map.File("moved.png"));
-    EXPECT_EQ(moved.At(0, 20), Layer2(64 + 5 * 13, 32 - 6, 0, 20));
-    EXPECT_EQ(moved.At(120, 50), Layer2(64 + 5 * 13, 32 - 6, 120, 50));
-    const Picture whole(m_map.File("whole.png"));
-    EXPECT_EQ(whole.At(5, 5), TinyMap::TileColor(1, 0, 0));
-    EXPECT_EQ(whole.At(122, 58), TinyMap::TileColor(1, 1, 0));
-    ExpectLayer2At(m_map.File("dragged.png"), 64 + 10, 32);
+                                   "click 32,32\nframes 3\nsnapshot middle.png\nwait\n"
+                                   "snapshot click.png\nkey 4\ndrag 64,32 54,32\nwait\n"
+                                   "snapshot pan.png\n");
+    EXPECT_EQ(39, std::count(run.output.begin(), run.output.end(), '\n')) << run.output;
+    ExpectLayer(2, "dragged.png", 64 + 40, 32 + 10);
+    // The drag went on beyond the map's east edge and stopped there.
+    ExpectLayer(2, "edge.png", 128, 32 + 10);
+    ExpectLayer(2, "wheel.png", 64, 32);
+    // Five tenths of the view each way; every one may lose a fraction of a pixel.
+    EXPECT_EQ(TinyMap::TileColor(2, 1, 0), Pixels("keys.png").at(22 * 128 + 54));
+    EXPECT_EQ(TinyMap::TileColor(2, 2, 1), Pixels("keys.png").at(42 * 128 + 74));
+    ExpectLayer(1, "home.png", 0, 0);
+    ExpectLayer(2, "click.png", 0, 32);
+    ExpectLayer(2, "pan.png", 10, 32);
+    EXPECT_EQ(TinyMap::TileColor(1, 0, 0), Pixels("middle.png").at(32 * 128 + 5))
+        << "still the former layer, scaled";
 }
 
-TEST_F(ViewerRun, TakesPicturesInTheMiddleOfAnAnimation) {
-    const RunResult run = RunOnMap({"--layer", "1", "--tour", "-"},
-                                   "wait\ntool zoomin\nclick 32,32\nframes 3\nsnapshot middle.png\n"
-                                   "wait\nsnapshot end.png\n");
-    EXPECT_EQ(run.exitCode, 0U) << run.errors;
-    const Picture middle(m_map.File("middle.png"));
-    EXPECT_EQ(middle.At(5, 32), TinyMap::TileColor(1, 0, 0)) << "still the former layer, scaled";
-    ExpectLayer2At(m_map.File("end.png"), 0, 32);
+TEST_F(ViewerRun, EndsWithOneLineThatSaysWhatToDo) {
+    const std::string tiny = TinyMap::kName;
+    const struct {
+        std::vector<std::string> arguments;
+        const char *input, *error;
+    } cases[] = {
+        {{"--mpa", "x"}, "", "--help"},
+        {{"--map", "Huge", "--snapshot", "a.png"}, "", "no map \"Huge\"; --list"},
+        {{"--map", tiny, "--layer", "3", "--snapshot", "a.png"}, "", "layers 1 to 2"},
+        {{"--map", tiny, "--snapshot", "missing\\a.png"}, "", "existing folder"},
+        {{"--map", tiny, "--tour", "missing.tour"}, "", "cannot read"},
+        {{"--map", tiny, "--tour", "-"}, "wait\njump\n", "tour line 2: expected one of tool"},
+        {{"--map", tiny, "--tour", "-"},
+         "layer 9\nsnapshot a.png\n",
+         "tour line 1: the map has no layer 9"},
+    };
+    for (const auto& [arguments, input, error] : cases) {
+        const RunResult run = RunViewer(m_map, arguments, input);
+        EXPECT_EQ(2U, run.exitCode) << error;
+        EXPECT_THAT(run.errors, HasSubstr(error));
+        EXPECT_EQ(1, std::count(run.errors.begin(), run.errors.end(), '\n')) << run.errors;
+        EXPECT_EQ("", run.output);
+    }
 }
 
-struct WrongRun {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* input;
-    const char* expectedInError;
-};
+TEST_F(ViewerRun, ListsTheMapsAndSaysWhichFileOverridesTheDataOption) {
+    const std::string tiny = std::string(TinyMap::kName) + "\tlayers 1 to 2\t-180\t-90\t180\t90\n";
+    EXPECT_EQ(tiny, RunViewer(m_map, {"--list"}).output);
 
-void PrintTo(const WrongRun& wrong, std::ostream* out) {
-    *out << wrong.expectedInError;
+    // The same programs in a folder of their own, with settings.
+    namespace fs = std::filesystem;
+    const std::string app = m_map.Folder().Path() + "\\app";
+    fs::copy(ProgramFolder(), app, fs::copy_options::recursive);
+    m_map.Folder().WriteFile("app\\Terrascope.ini",
+                             "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\n"
+                             "local=SplittedFileTileMapInfoProvider\nREMOTE=\n"
+                             "[SplittedFileTileMapInfoProvider]\nDATA_PATH=nowhere\n");
+    const RunResult run = RunViewer(m_map, {"--data", "remote=Other,x", "--list"}, "", app);
+    EXPECT_THAT(run.errors,
+                testing::StartsWith("TerrascopeViewer: --data LOCAL is not used: \"" + app +
+                                    "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider\n"
+                                    "TerrascopeViewer: no maps"));
 }
-
-class WrongViewerRun : public ViewerRun, public testing::WithParamInterface<WrongRun> {};
-
-TEST_P(WrongViewerRun, EndsWithOneLineThatSaysWhatToDo) {
-    const RunResult run = RunViewer(m_map, GetParam().arguments, GetParam().input);
-    EXPECT_EQ(run.exitCode, 2U);
-    EXPECT_EQ(run.ErrorLines(), 1) << run.errors;
-    EXPECT_NE(run.errors.find(GetParam().expectedInError), std::string::npos) << run.errors;
-    EXPECT_EQ(run.output.find("snapshot"), std::string::npos) << "went on: " << run.output;
-}
-
-const std::string kTiny = TinyMap::kName;
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, WrongViewerRun,
-    testing::Values(
-        WrongRun{"option", {"--mpa", "x"}, "", "--help"},
-        WrongRun{"map", {"--map", "Huge", "--snapshot", "a.png"}, "", "no map \"Huge\"; --list"},
-        WrongRun{
-            "layer", {"--map", kTiny, "--layer", "3", "--snapshot", "a.png"}, "", "layers 1 to 2"},
-        WrongRun{"file", {"--map", kTiny, "--snapshot", "missing\\a.png"}, "", "existing folder"},
-        WrongRun{"tour", {"--map", kTiny, "--tour", "missing.tour"}, "", "cannot read"},
-        WrongRun{"line",
-                 {"--map", kTiny, "--tour", "-"},
-                 "wait\nsnapshot a.png\njump\n",
-                 "tour line 3: expected one of tool"},
-        WrongRun{"step",
-                 {"--map", kTiny, "--tour", "-"},
-                 "layer 9\nsnapshot a.png\n",
-                 "tour line 1: the map has no layer 9"}),
-    [](const auto& test) { return test.param.name; });
 
 }  // namespace
 }  // namespace Viewer

@@ -4,6 +4,7 @@
 #include <commctrl.h>
 
 #include "terrascope/api/MapAssistant.h"
+#include "viewer/ScopeEnd.h"
 
 namespace Viewer {
 namespace {
@@ -58,15 +59,15 @@ std::vector<std::string> ReadMapNames() {
     g_pNames = &names;
     const HHOOK hook = SetWindowsHookExA(WH_CBT, MoveDialogAway, nullptr, GetCurrentThreadId());
     const UINT_PTR timer = SetTimer(nullptr, 0, kPollMs, LookForDialog);
+    const ScopeEnd read([=] {
+        KillTimer(nullptr, timer);
+        UnhookWindowsHookEx(hook);
+        g_pNames = nullptr;
+    });
     CString map;
     int layer = 0;
     double scale = 1.0;
     Terrascope::CMapAssistant::SelectMap(map, layer, scale);
-    KillTimer(nullptr, timer);
-    if (hook != nullptr) {
-        UnhookWindowsHookEx(hook);
-    }
-    g_pNames = nullptr;
     return names;
 }
 

@@ -6,6 +6,7 @@
 
 #include "viewer/Console.h"
 #include "viewer/MainFrame.h"
+#include "viewer/ScopeEnd.h"
 #include "viewer/script/JsonLine.h"
 #include "viewer/script/MapList.h"
 #include "viewer/script/PictureWait.h"
@@ -24,15 +25,17 @@ std::optional<std::string> ReadScript(const std::string& name) {
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
         return std::nullopt;
     }
+    const ScopeEnd read([=] {
+        if (!isInput) {
+            CloseHandle(handle);
+        }
+    });
     std::string text;
     char part[4096];
     DWORD count = 0;
     // Reading a pipe to its end fails with "broken pipe": that is its end.
     while (::ReadFile(handle, part, sizeof(part), &count, nullptr) && count > 0) {
         text.append(part, count);
-    }
-    if (!isInput) {
-        CloseHandle(handle);
     }
     return text;
 }

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <utility>
+
+namespace Viewer {
+
+/// Does something at the end of the scope, however that is left.
+template <class TAction>
+class ScopeEnd {
+public:
+    explicit ScopeEnd(TAction action) : m_action(std::move(action)) {}
+    ~ScopeEnd() { m_action(); }
+    ScopeEnd(const ScopeEnd&) = delete;
+    ScopeEnd& operator=(const ScopeEnd&) = delete;
+
+private:
+    const TAction m_action;
+};
+
+}  // namespace Viewer
