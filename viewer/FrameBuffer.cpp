@@ -62,29 +62,29 @@ bool CFrameBuffer::Resize(CSize size) {
     info.bmiHeader.biHeight = -size.cy;  // negative: the top row comes first
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
-    m_hBitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &m_pBits, nullptr, 0);
-    if (m_hBitmap == nullptr || !m_dc.CreateCompatibleDC(nullptr)) {
+    m_bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &m_bits, nullptr, 0);
+    if (m_bitmap == nullptr || !m_dc.CreateCompatibleDC(nullptr)) {
         Release();
         return false;
     }
-    m_hFormerBitmap = SelectObject(m_dc.GetSafeHdc(), m_hBitmap);
+    m_formerBitmap = SelectObject(m_dc.GetSafeHdc(), m_bitmap);
     m_size = size;
     return true;
 }
 
 void CFrameBuffer::Release() {
     if (m_dc.GetSafeHdc() != nullptr) {
-        if (m_hFormerBitmap != nullptr) {
-            SelectObject(m_dc.GetSafeHdc(), m_hFormerBitmap);
+        if (m_formerBitmap != nullptr) {
+            SelectObject(m_dc.GetSafeHdc(), m_formerBitmap);
         }
         m_dc.DeleteDC();
     }
-    if (m_hBitmap != nullptr) {
-        DeleteObject(m_hBitmap);
+    if (m_bitmap != nullptr) {
+        DeleteObject(m_bitmap);
     }
-    m_hFormerBitmap = nullptr;
-    m_hBitmap = nullptr;
-    m_pBits = nullptr;
+    m_formerBitmap = nullptr;
+    m_bitmap = nullptr;
+    m_bits = nullptr;
     m_size = CSize(0, 0);
 }
 
@@ -96,7 +96,7 @@ bool CFrameBuffer::SavePng(const CString& path) const {
     GdiFlush();
     // RGB, not ARGB: GDI leaves the fourth byte of a pixel at zero.
     Gdiplus::Bitmap picture(m_size.cx, m_size.cy, m_size.cx * 4, PixelFormat32bppRGB,
-                            static_cast<BYTE*>(m_pBits));
+                            static_cast<BYTE*>(m_bits));
     // Under another name first: an interrupted write must not leave half a picture under this one.
     const CString partial = path + ".part";
     if (picture.Save(Widen(partial).c_str(), &kPngEncoder, nullptr) == Gdiplus::Ok &&

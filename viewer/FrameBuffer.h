@@ -20,7 +20,7 @@ public:
     /// not positive.
     bool Resize(CSize size);
 
-    bool IsEmpty() const { return m_pBits == nullptr; }
+    bool IsEmpty() const { return m_bits == nullptr; }
     CSize Size() const { return m_size; }
 
     /// The device context that paints into the picture; valid until the next Resize.
@@ -34,9 +34,9 @@ private:
 
     CSize m_size{0, 0};
     CDC m_dc;
-    HBITMAP m_hBitmap = nullptr;
-    HGDIOBJ m_hFormerBitmap = nullptr;
-    void* m_pBits = nullptr;  ///< of m_hBitmap
+    HBITMAP m_bitmap = nullptr;
+    HGDIOBJ m_formerBitmap = nullptr;
+    void* m_bits = nullptr;  ///< of m_bitmap
 };
 
 }  // namespace Viewer

@@ -108,7 +108,7 @@ void CMainFrame::ChooseMap() {
     CString name = LoadLastMap();
     int layer = 0;
     double scale = 1.0;
-    if (!Terrascope::CMapAssistant::SelectMap(name, layer, scale)) {
+    if (Terrascope::CMapAssistant::SelectMap(name, layer, scale) == 0) {
         return;
     }
     std::string error;
@@ -120,7 +120,7 @@ void CMainFrame::ChooseMap() {
 }
 
 void CMainFrame::ResizeView(PixelSize size) {
-    // A narrow window's menu takes more lines, which is known only afterwards.
+    // A narrow window's menu takes more lines, but only once it is that narrow.
     constexpr int kMostTries = 3;
     for (int i = 0; i < kMostTries; ++i) {
         CRect window, view;

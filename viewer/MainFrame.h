@@ -29,7 +29,7 @@ public:
 
     CMapView& View() { return m_view; }
 
-    /// Opens a map; else `error` says in one line what is wrong, and what was shown stays.
+    /// Opens a map; else `error` is one line about what is wrong, and what was shown stays.
     bool Open(const MapChoice& choice, std::string& error);
 
     /// Makes the window as large as a map view of this size needs.

@@ -137,7 +137,7 @@ void CMapView::SelectTool(MapToolKind tool) {
 }
 
 void CMapView::StepLayer(int direction, CPoint at) {
-    if (m_display == nullptr || m_bPressed || direction == 0) {
+    if (m_display == nullptr || m_pressed || direction == 0) {
         return;
     }
     const MapToolKind zoom = direction > 0 ? MapToolKind::ZoomIn : MapToolKind::ZoomOut;
@@ -152,7 +152,7 @@ void CMapView::StepLayer(int direction, CPoint at) {
 }
 
 void CMapView::MoveByTenths(int x, int y) {
-    if (m_display == nullptr || m_bPressed || m_display->IsSwitchingLayer()) {
+    if (m_display == nullptr || m_pressed || m_display->IsSwitchingLayer()) {
         return;
     }
     CRect client;
@@ -187,18 +187,18 @@ bool CMapView::PointUnderMouse(MapPoint& point) {
 
 bool CMapView::IsQuiet() {
     return (!GetUpdateRect(nullptr, FALSE) || IsCovered()) &&
-           MillisecondsSince(m_llChangeTime) >= kQuietMs &&
+           MillisecondsSince(m_changeTime) >= kQuietMs &&
            (m_display == nullptr || !m_display->IsSwitchingLayer());
 }
 
 void CMapView::ResetStatistics() {
     m_statistics = {};
-    m_llResetTime = Now();
-    m_llChangeTime = m_llResetTime;
+    m_resetTime = Now();
+    m_changeTime = m_resetTime;
 }
 
 void CMapView::NoteChange() {
-    m_llChangeTime = Now();
+    m_changeTime = Now();
     if (m_listener) {
         m_listener();
     }
@@ -225,7 +225,7 @@ LRESULT CMapView::OnRepaint(WPARAM rect, LPARAM) {
         }
     }
     ++m_statistics.repaints;
-    m_statistics.lastRepaintMs = MillisecondsSince(m_llResetTime);
+    m_statistics.lastRepaintMs = MillisecondsSince(m_resetTime);
     NoteChange();
     return 0;
 }
@@ -305,7 +305,7 @@ void CMapView::OnMouseMove(UINT flags, CPoint point) {
     m_lastPoint = point;
     if (m_display != nullptr) {
         m_display->OnMouseMove(flags, point);
-        if (m_bPressed && m_tool == MapToolKind::Pan) {
+        if (m_pressed && m_tool == MapToolKind::Pan) {
             // A drag only moves the display's centre: showing it is the host's part.
             Invalidate(FALSE);
             UpdateWindow();
@@ -320,7 +320,7 @@ void CMapView::OnLButtonDown(UINT flags, CPoint point) {
     SetFocus();
     m_lastPoint = point;
     if (m_display != nullptr) {
-        m_bPressed = true;
+        m_pressed = true;
         SetCapture();
         m_display->OnLButtonDown(flags, point);
         NoteChange();
@@ -338,10 +338,10 @@ void CMapView::OnCaptureChanged(CWnd* window) {
 }
 
 void CMapView::EndPress() {
-    if (!m_bPressed) {
+    if (!m_pressed) {
         return;
     }
-    m_bPressed = false;  // first: releasing the capture comes back here
+    m_pressed = false;  // first: releasing the capture comes back here
     if (GetCapture() == this) {
         ReleaseCapture();
     }
@@ -352,12 +352,12 @@ void CMapView::EndPress() {
 }
 
 BOOL CMapView::OnMouseWheel(UINT, short delta, CPoint screenPoint) {
-    m_nWheel += delta;
-    if (std::abs(m_nWheel) >= WHEEL_DELTA) {
+    m_wheel += delta;
+    if (std::abs(m_wheel) >= WHEEL_DELTA) {
         ScreenToClient(&screenPoint);
-        StepLayer(m_nWheel, screenPoint);
+        StepLayer(m_wheel, screenPoint);
         // One notch a step; what came beyond it would be refused while the step is animated.
-        m_nWheel = 0;
+        m_wheel = 0;
     }
     return TRUE;
 }

@@ -22,7 +22,7 @@ struct ViewStatistics {
 /// The window that shows one map display: forwards mouse and keys, paints without flicker.
 /// The display paints nothing by itself: it posts kRepaintMessage, and the view invalidates.
 ///
-/// Units:   client pixels, and map units where the name says Map.
+/// Units:   client pixels, and map units where the name has Map.
 /// Owns:    the display, which goes before the window's last messages are drained.
 /// Threads: the user-interface thread.
 /// Errors:  shown by results; without an open map the view is empty and ignores commands.
@@ -102,12 +102,12 @@ private:
     CFrameBuffer m_frame;
     Terrascope::MapToolKind m_tool = Terrascope::MapToolKind::Pan;
     std::function<void()> m_listener;
-    bool m_bPressed = false;  ///< the button went down in the view and has not come up
+    bool m_pressed = false;  ///< the button went down in the view and has not come up
     CPoint m_lastPoint{0, 0};
-    int m_nWheel = 0;  ///< wheel movement that is not yet a whole notch
+    int m_wheel = 0;  ///< wheel movement that is not yet a whole notch
     ViewStatistics m_statistics;
-    LONGLONG m_llResetTime = 0;   ///< performance counter at ResetStatistics
-    LONGLONG m_llChangeTime = 0;  ///< performance counter at the last change of the picture
+    LONGLONG m_resetTime = 0;   ///< performance counter at ResetStatistics
+    LONGLONG m_changeTime = 0;  ///< performance counter at the last change of the picture
 };
 
 }  // namespace Viewer

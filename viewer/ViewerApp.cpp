@@ -16,7 +16,7 @@ CViewerApp g_app;
 constexpr int kExitWrong = 2;
 constexpr PixelSize kDefaultSize = {1024, 640};
 
-/// Chooses a provider as --data says; the user is told when the library's settings win over it.
+/// Chooses the provider of --data; prints a line when the library's settings win over it.
 void Choose(const DataSource& source) {
     const CString settings = BesideLibrary("Terrascope.ini");
     char named[256] = "";
@@ -44,14 +44,14 @@ BOOL CViewerApp::InitInstance() {
     }
     if (!error.empty()) {
         PrintError(error);
-        m_nExitCode = kExitWrong;
+        m_exitCode = kExitWrong;
     }
     return FALSE;
 }
 
 int CViewerApp::ExitInstance() {
     CWinApp::ExitInstance();
-    return m_nExitCode;
+    return m_exitCode;
 }
 
 bool CViewerApp::Start(std::string& error) {

@@ -25,7 +25,7 @@ private:
     bool ShowMap(CMainFrame& frame, std::string& error);
 
     ViewerOptions m_options;
-    int m_nExitCode = 0;
+    int m_exitCode = 0;
 };
 
 }  // namespace Viewer

@@ -34,8 +34,8 @@ struct ViewerOptions {
     bool IsScripted() const { return list || !snapshotFile.empty() || !tourFile.empty(); }
 };
 
-/// The command line without the program's name. On an error the result is empty and `error` says in
-/// one line what to do.
+/// The command line without the program's name. On an error the result is empty and `error` is
+/// one line about what to do.
 std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& arguments,
                                           std::string& error);
 

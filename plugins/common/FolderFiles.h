@@ -14,7 +14,7 @@ namespace Terrascope::Plugins {
 /// folder cannot be read.
 std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder);
 
-/// What the directory says of a file.
+/// A file as the directory lists it.
 struct FileFacts {
     std::uint64_t size = 0;  ///< bytes
     FILETIME lastWrite{};    ///< UTC

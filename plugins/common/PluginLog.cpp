@@ -31,8 +31,7 @@ void Register() {
 }
 
 void Receive(const char* line) {
-    // Not at the start: that runs while the library is being loaded, and most plug-ins never say
-    // anything.
+    // Not at the start: that runs while the library is being loaded, and most plug-ins never log.
     std::call_once(g_registered, &Register);
     Lumilog::_dout(g_name, "%s", line);
 }

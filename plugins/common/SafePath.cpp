@@ -63,16 +63,16 @@ std::optional<CString> ToNarrow(const std::wstring& text) {
     const bool utf8 = ::GetACP() == CP_UTF8;
     const DWORD flags = utf8 ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS;
     BOOL lossy = FALSE;
-    BOOL* const pLossy = utf8 ? nullptr : &lossy;
+    BOOL* const lossyFlag = utf8 ? nullptr : &lossy;
     const int length = static_cast<int>(text.size());
     const int bytes =
-        ::WideCharToMultiByte(CP_ACP, flags, text.data(), length, nullptr, 0, nullptr, pLossy);
+        ::WideCharToMultiByte(CP_ACP, flags, text.data(), length, nullptr, 0, nullptr, lossyFlag);
     if (bytes <= 0 || lossy) {
         return std::nullopt;
     }
     std::string narrow(static_cast<std::size_t>(bytes), '\0');
     ::WideCharToMultiByte(CP_ACP, flags, text.data(), length, narrow.data(), bytes, nullptr,
-                          pLossy);
+                          lossyFlag);
     return CString(narrow.data(), bytes);
 }
 

@@ -14,12 +14,12 @@ namespace Terrascope::Plugins {
 ///
 /// {layer}, {column} and {row} are numbers in decimals; "+n" or "-n" after the name adds to the
 /// number, ":n" at the end pads it with zeros to n digits. {key} is the tile's key, {format} the
-/// map's tile format. Everything else stands for itself; there is no way to write a brace.
+/// map's tile format. Everything else is copied; there is no way to write a brace.
 ///
 /// Threads: any number may expand one template.
 class TilePathTemplate {
 public:
-    /// Nothing when the pattern is not one; `reason` says why then.
+    /// Nothing when the pattern is not one; `reason` is then why.
     static std::optional<TilePathTemplate> Parse(std::string_view pattern, std::string& reason);
 
     /// The name of one tile's file; nothing when an offset makes a number negative. The result may

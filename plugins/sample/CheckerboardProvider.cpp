@@ -23,8 +23,9 @@ public:
     std::list<tagTILE_MAP_INFO*> GetMapList() override { return {GetMapInfo("Checkerboard")}; }
 
     tagTILE_MAP_INFO* GetMapInfo(const CString& mapName) override {
-        if (mapName.CompareNoCase("Checkerboard") != 0)
+        if (mapName.CompareNoCase("Checkerboard") != 0) {
             return nullptr;
+        }
         auto* map = new tagTILE_MAP_INFO;
         map->strName = "Checkerboard";
         map->strTileFormat = "bmp";
@@ -40,14 +41,16 @@ public:
 
     std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& mapName) override {
         std::list<tagTILE_MAP_LAYER_INFO*> layers;
-        for (int layer = 1; layer <= kLayers; ++layer)
+        for (int layer = 1; layer <= kLayers; ++layer) {
             layers.push_back(GetLayerInfo(mapName, layer));
+        }
         return layers;
     }
 
     tagTILE_MAP_LAYER_INFO* GetLayerInfo(const CString&, int layer) override {
-        if (layer < 1 || layer > kLayers)
+        if (layer < 1 || layer > kLayers) {
             return nullptr;  // the display asks for neighbours of the first and last layer, too
+        }
         auto* info = new tagTILE_MAP_LAYER_INFO;
         info->nLayerNumber = layer;
         info->nTileCountX = 1 << layer;

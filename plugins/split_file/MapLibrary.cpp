@@ -44,11 +44,11 @@ std::unique_ptr<MapDescription> ReadMap(const std::wstring& folder, const std::w
     CMemIniFile file(*path, false);
     MapReading reading = ReadMapDescription(file, *folderName, LocalTime(facts->lastWrite));
     for (const MapProblem& problem : reading.problems) {
-        LogLine("%s: '%s': [%s] %s: %s", reading.map ? "passed over" : "map left out",
+        LogLine("%s: '%s': [%s] %s: %s", reading.map != nullptr ? "passed over" : "map left out",
                 path->GetString(), problem.section.GetString(), problem.key.GetString(),
                 problem.reason.GetString());
     }
-    if (reading.map) {
+    if (reading.map != nullptr) {
         reading.map->folder = mapFolder;
     }
     return std::move(reading.map);

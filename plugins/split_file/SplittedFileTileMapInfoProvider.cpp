@@ -119,7 +119,7 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
 tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& mapName) {
     return WithoutThrowing<tagTILE_MAP_INFO*>([&] {
         const auto map = FindMap(*Library(), mapName);
-        return map ? new tagTILE_MAP_INFO(map->info) : nullptr;
+        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : nullptr;
     });
 }
 
@@ -127,7 +127,7 @@ std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerLis
     const CString& mapName) {
     return WithoutThrowing<std::list<tagTILE_MAP_LAYER_INFO*>>([&] {
         std::list<tagTILE_MAP_LAYER_INFO*> layers;
-        if (const auto map = FindMap(*Library(), mapName)) {
+        if (const auto map = FindMap(*Library(), mapName); map != nullptr) {
             for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
                 layers.push_back(new tagTILE_MAP_LAYER_INFO(layer));
             }
@@ -140,8 +140,9 @@ tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CSt
                                                                        int layerNumber) {
     return WithoutThrowing<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
         const auto map = FindMap(*Library(), mapName);
-        const tagTILE_MAP_LAYER_INFO* layer = map ? map->FindLayer(layerNumber) : nullptr;
-        return layer ? new tagTILE_MAP_LAYER_INFO(*layer) : nullptr;
+        const tagTILE_MAP_LAYER_INFO* layer =
+            map != nullptr ? map->FindLayer(layerNumber) : nullptr;
+        return layer != nullptr ? new tagTILE_MAP_LAYER_INFO(*layer) : nullptr;
     });
 }
 
@@ -152,7 +153,7 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
     if (!file) {
         return {};
     }
-    if (auto tile = ReadTile(*file, *address, key)) {
+    if (auto tile = ReadTile(*file, *address, key); tile != nullptr) {
         std::list<tagTILE_IMAGE*> one{tile.get()};
         static_cast<void>(tile.release());
         return one;
@@ -167,12 +168,13 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
     return WithoutThrowing<std::list<tagTILE_IMAGE*>>([&] {
         std::list<tagTILE_IMAGE*> tiles;
         const auto map = FindMap(*Library(), mapName);
-        const tagTILE_MAP_LAYER_INFO* layer = map ? map->FindLayer(layerNumber) : nullptr;
+        const tagTILE_MAP_LAYER_INFO* layer =
+            map != nullptr ? map->FindLayer(layerNumber) : nullptr;
         if (layer == nullptr) {
             return tiles;
         }
         for (const CString& key : tileKeys) {
-            // Each on its own: one that fails, in the remote provider say, costs no other.
+            // Each on its own: one that fails (in the remote provider) costs no other.
             tiles.splice(tiles.end(), WithoutThrowing<std::list<tagTILE_IMAGE*>>(
                                           [&] { return LoadTile(*map, *layer, key); }));
         }

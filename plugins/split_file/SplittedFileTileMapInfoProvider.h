@@ -16,7 +16,7 @@ namespace Terrascope::Plugins {
 /// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
 /// Threads: every operation may run beside every other. No file is read under the lock.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
-///          maintainer of the maps should know.
+///          maintainer of the maps looks for it.
 class CSplittedFileTileMapInfoProvider : public ITileMapInfoProvider {
 public:
     static constexpr char kName[] = "SplittedFileTileMapInfoProvider";

@@ -27,14 +27,14 @@ const char* DefaultProvider(ProviderRole role) {
 using Factory = CTileMapInfoProviderPluginServer::Factory;
 
 /// The factory registered first under the name; null when there is none. A factory that fails to
-/// tell its name has none.
+/// return its name has none.
 Factory* FindFactory(const CString& name) {
     for (Factory* factory : CTileMapInfoProviderPluginKernel::GetInstance().GetFactories()) {
         bool matches = false;
         const auto failure = FailureOf(
             [&] { matches = factory != nullptr && factory->GetName().CompareNoCase(name) == 0; });
         if (failure) {
-            LogLine("a provider factory failed to tell its name: %s", failure->c_str());
+            LogLine("a provider factory failed to return its name: %s", failure->c_str());
         }
         if (matches) {
             return factory;
@@ -43,14 +43,14 @@ Factory* FindFactory(const CString& name) {
     return nullptr;
 }
 
-/// Makes the chosen provider and tells it its data path. Null when no plug-in offers it, or when
+/// Makes the chosen provider and gives it its data path. Null when no plug-in offers it, or when
 /// it fails at either.
 std::unique_ptr<ITileMapInfoProvider> CreateProvider(ProviderRole role,
                                                      const ProviderChoice& choice,
                                                      const CString& libraryFolder) {
     std::unique_ptr<ITileMapInfoProvider> provider;
     CString reason = "no plug-in registered it";
-    if (Factory* factory = FindFactory(choice.name)) {
+    if (Factory* factory = FindFactory(choice.name); factory != nullptr) {
         auto failure = FailureOf([&] { provider.reset(factory->Create()); });
         reason = "its factory made none";
         if (provider != nullptr) {
@@ -115,7 +115,7 @@ std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider(CString& identity
         CreateProvider(ProviderRole::Remote, remoteChoice, folder);
     std::unique_ptr<ITileMapInfoProvider> local =
         CreateProvider(ProviderRole::Local, localChoice, folder);
-    if (local && remote) {
+    if (local != nullptr && remote != nullptr) {
         local->m_pRemoteProvider = remote.release();
     }
     return local;

@@ -31,11 +31,12 @@ std::size_t ConversionLength(std::string_view text) {
 bool Append(std::string& text, const std::string& conversion, const PatternValue& value) {
     char number[512];  // 309 digits before the point, and 99 behind it
     const char kind = conversion.back();
-    if (const int* whole = std::get_if<int>(&value); whole && kind == 'd') {
+    if (const int* whole = std::get_if<int>(&value); whole != nullptr && kind == 'd') {
         std::snprintf(number, sizeof number, conversion.c_str(), *whole);
-    } else if (const double* real = std::get_if<double>(&value); real && kind == 'f') {
+    } else if (const double* real = std::get_if<double>(&value); real != nullptr && kind == 'f') {
         std::snprintf(number, sizeof number, conversion.c_str(), *real);
-    } else if (const CString* words = std::get_if<CString>(&value); words && kind == 's') {
+    } else if (const CString* words = std::get_if<CString>(&value);
+               words != nullptr && kind == 's') {
         text += ViewOf(*words);
         return true;
     } else {

@@ -7,7 +7,7 @@
 
 namespace Terrascope {
 
-/// What a conversion of a pattern stands for: "%d", "%.5f" or "%s".
+/// What replaces a conversion of a pattern: "%d", "%.5f" or "%s".
 using PatternValue = std::variant<int, double, CString>;
 
 /// Fills the conversions of a printf-style pattern with the values, in their order. Made for

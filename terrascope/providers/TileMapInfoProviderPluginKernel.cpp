@@ -40,7 +40,7 @@ std::list<CString> FindPluginFiles(const CString& folder) {
 }  // namespace
 
 CTileMapInfoProviderPluginKernel& CTileMapInfoProviderPluginKernel::GetInstance() {
-    if (!g_kernel) {
+    if (g_kernel == nullptr) {
         g_kernel = std::make_unique<CTileMapInfoProviderPluginKernel>();
     }
     return *g_kernel;

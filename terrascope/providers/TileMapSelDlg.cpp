@@ -68,8 +68,8 @@ void CTileMapSelDlg::FillList() {
     const CString wanted = m_strMapName;
     ShowNoMap();  // until the list is there
     {
-        const ScopeEnd filled([this] { m_bFilling = false; });
-        m_bFilling = true;
+        const ScopeEnd filled([this] { m_filling = false; });
+        m_filling = true;
         SelectRow(InsertRows(wanted));
     }
     RefreshInfo();
@@ -116,7 +116,7 @@ CString CTileMapSelDlg::SelectedName() const {
 
 void CTileMapSelDlg::OnListItemChanged(NMHDR*, LRESULT* result) {
     *result = 0;
-    if (!m_bFilling) {
+    if (!m_filling) {
         RefreshInfo();
     }
 }
@@ -135,7 +135,7 @@ void CTileMapSelDlg::RefreshInfo() {
     const CString description = DescribeMap(*map);
     m_info.SetSel(0, -1);
     m_info.ReplaceSel(description, FALSE);
-    // The caret stands behind the new text, and the box with it.
+    // The caret is behind the new text, and the box is scrolled to it.
     m_info.SetSel(0, 0);
     m_info.SendMessage(EM_SCROLLCARET);
     // A factor that was typed but not yet accepted is dropped with the row that it was typed for.

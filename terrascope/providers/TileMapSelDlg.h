@@ -52,7 +52,7 @@ private:
     void ShowNoMap();
     CString DescribeMap(const tagTILE_MAP_INFO& map);
 
-    bool m_bFilling = false;  // the list notifies of every row that is put in
+    bool m_filling = false;  // the list notifies of every row that is put in
 };
 
 }  // namespace Terrascope

@@ -168,8 +168,8 @@ TEST_F(SplitFile, MayBeCalledFromManyThreads) {
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 100; ++i) {
-                wrong += Tile("m", "01") != "tile";
-                wrong += i % 10 == t && !m_provider->UpdateMapLib(true);
+                wrong += Tile("m", "01") == "tile" ? 0 : 1;
+                wrong += i % 10 != t || m_provider->UpdateMapLib(true) ? 0 : 1;
                 delete m_provider->GetMapInfo("m");
             }
         });

@@ -13,7 +13,7 @@ constexpr int kMapListId = 7002;  ///< the dialog's list; column 1 is the map's 
 constexpr int kNameColumn = 1;
 constexpr UINT kPollMs = 10;
 
-std::vector<std::string>* g_pNames = nullptr;
+std::vector<std::string>* g_names = nullptr;
 
 LRESULT CALLBACK MoveDialogAway(int code, WPARAM window, LPARAM create) {
     if (code == HCBT_CREATEWND) {
@@ -40,14 +40,14 @@ BOOL CALLBACK ReadDialog(HWND window, LPARAM) {
         item.cchTextMax = sizeof(name);
         SendMessageA(list, LVM_GETITEMTEXTA, static_cast<WPARAM>(row),
                      reinterpret_cast<LPARAM>(&item));
-        g_pNames->push_back(name);
+        g_names->push_back(name);
     }
     PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
     return FALSE;
 }
 
 void CALLBACK LookForDialog(HWND, UINT, UINT_PTR timer, DWORD) {
-    if (g_pNames != nullptr && !EnumThreadWindows(GetCurrentThreadId(), ReadDialog, 0)) {
+    if (g_names != nullptr && !EnumThreadWindows(GetCurrentThreadId(), ReadDialog, 0)) {
         KillTimer(nullptr, timer);
     }
 }
@@ -56,13 +56,13 @@ void CALLBACK LookForDialog(HWND, UINT, UINT_PTR timer, DWORD) {
 
 std::vector<std::string> ReadMapNames() {
     std::vector<std::string> names;
-    g_pNames = &names;
+    g_names = &names;
     const HHOOK hook = SetWindowsHookExA(WH_CBT, MoveDialogAway, nullptr, GetCurrentThreadId());
     const UINT_PTR timer = SetTimer(nullptr, 0, kPollMs, LookForDialog);
     const ScopeEnd read([=] {
         KillTimer(nullptr, timer);
         UnhookWindowsHookEx(hook);
-        g_pNames = nullptr;
+        g_names = nullptr;
     });
     CString map;
     int layer = 0;

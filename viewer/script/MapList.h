@@ -6,7 +6,7 @@
 namespace Viewer {
 
 /// The names of the maps that the configured provider offers, in its order. The library's
-/// selection dialog is the one place where it tells them: it is run off the screen, read, and
+/// selection dialog is the one place that lists them: it is run off the screen, read, and
 /// cancelled.
 ///
 /// Threads: the user-interface thread; runs its messages.

@@ -5,7 +5,7 @@
 namespace Viewer {
 
 /// Runs the program's messages until `isDone`, asked after each burst of messages, is true.
-/// False when `milliseconds` have passed before, or when the program is told to quit; the quit
+/// False when `milliseconds` have passed before, or when the quit message comes; the quit
 /// message is then posted again for the caller's own loop.
 bool PumpUntil(const std::function<bool()>& isDone, double milliseconds);
 

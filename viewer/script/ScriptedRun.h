@@ -5,7 +5,7 @@
 #include "viewer/ViewerOptions.h"
 
 /// What the program does without a user: each function does one piece of work and prints its
-/// result to standard output. False when it went wrong; `error` then says in one line what to do.
+/// result to standard output. False when it went wrong; `error` is then one line about what to do.
 ///
 /// Threads: the user-interface thread; they run its messages.
 namespace Viewer {

@@ -23,7 +23,7 @@ bool CTourPlayer::PlayStep(const TourStep& step, std::string& error) {
     using Clock = std::chrono::steady_clock;
     CMapView& view = m_frame.View();
     view.ResetStatistics();
-    m_bTimedOut = false;
+    m_timedOut = false;
     const auto start = Clock::now();
     std::string wrong = std::visit([this](const auto& action) { return Act(action); }, step.action);
     PumpPending();
@@ -40,7 +40,7 @@ bool CTourPlayer::PlayStep(const TourStep& step, std::string& error) {
                                        {"milliseconds", took.count()},
                                        {"frames", view.Statistics().frames},
                                        {"longest_frame", view.Statistics().longestFrameMs}};
-    if (m_bTimedOut) {
+    if (m_timedOut) {
         members.push_back({"timed_out", true});
     }
     Print(JsonLine(members));
@@ -80,7 +80,7 @@ std::string CTourPlayer::Act(const WheelStep& step) {
                          MAKELPARAM(screen.x, screen.y));
         // The display refuses a second step while it animates the first.
         if (notch + direction != step.notches) {
-            m_bTimedOut = !PumpUntil([&view] { return view.IsQuiet(); }, m_timeoutMs);
+            m_timedOut = !PumpUntil([&view] { return view.IsQuiet(); }, m_timeoutMs);
         }
     }
     return {};
@@ -109,13 +109,13 @@ std::string CTourPlayer::Act(const SizeStep& step) {
 }
 
 std::string CTourPlayer::Act(const WaitStep&) {
-    m_bTimedOut = !WaitForPicture(m_frame.View(), m_timeoutMs).complete;
+    m_timedOut = !WaitForPicture(m_frame.View(), m_timeoutMs).complete;
     return {};
 }
 
 std::string CTourPlayer::Act(const FramesStep& step) {
     CMapView& view = m_frame.View();
-    m_bTimedOut = !PumpUntil(
+    m_timedOut = !PumpUntil(
         [&] { return view.Statistics().frames >= step.count || view.IsQuiet(); }, m_timeoutMs);
     return {};
 }

@@ -43,7 +43,7 @@ private:
 
     CMainFrame& m_frame;
     double m_timeoutMs;
-    bool m_bTimedOut = false;  ///< the current step waited in vain
+    bool m_timedOut = false;  ///< the current step waited in vain
 };
 
 }  // namespace Viewer
