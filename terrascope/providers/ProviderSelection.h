@@ -22,9 +22,8 @@ CString ResolveDataPath(const ProviderChoice& choice, const CString& libraryFold
 
 /// Makes the providers that Terrascope.ini, the host and the defaults ask for, and attaches the
 /// remote one to the local one. The file is read anew each time. Null when there is no local
-/// provider. What was chosen is reported to the log.
-/// Threads: the host's user-interface thread.
-/// `identity` receives the names and data paths of both.
+/// provider. What was chosen is reported to the log. `identity` receives the names and data paths
+/// of both. Threads: the host's user-interface thread.
 std::unique_ptr<ITileMapInfoProvider> CreateConfiguredProvider(CString& identity);
 
 }  // namespace Terrascope

@@ -54,10 +54,10 @@ public:
 
 private:
     std::unique_ptr<ITileMapInfoProvider> m_provider;
-    CString m_identity;
     CString m_strMapName;
     int m_nFirstLayer = 0;
     double m_dFirstLayerScale = 1.0;
+    CString m_identity;
 };
 
 }  // namespace Terrascope

@@ -59,11 +59,12 @@ class ProviderSelection : public testing::Test {
 protected:
     std::unique_ptr<ITileMapInfoProvider> Select(const std::string& settings) {
         m_library.WriteSettings("[" + std::string(kRoles) + "]\n" + settings);
-        return CreateConfiguredProvider();
+        return CreateConfiguredProvider(m_identity);
     }
 
     TerrascopeTest::LibraryFolder m_library;
     TerrascopeTest::LogCapture m_log;
+    CString m_identity;
 };
 
 TEST_F(ProviderSelection, MakesTheRemoteProviderFirstAndAttachesIt) {
@@ -92,9 +93,9 @@ TEST_F(ProviderSelection, MakesTheRemoteProviderFirstAndAttachesIt) {
     EXPECT_EQ(nullptr, Select("")) << "the file is read anew each time";
     auto& kernel = CTileMapInfoProviderPluginKernel::GetInstance();
     kernel.SetProvider("Web", "ScriptedProvider", "");
-    EXPECT_EQ(nullptr, CreateConfiguredProvider()) << "no such role";
+    EXPECT_EQ(nullptr, CreateConfiguredProvider(m_identity)) << "no such role";
     kernel.SetProvider("Local", "scriptedprovider", "");
-    EXPECT_NE(nullptr, CreateConfiguredProvider());
+    EXPECT_NE(nullptr, CreateConfiguredProvider(m_identity));
 }
 
 TEST_F(ProviderSelection, AFactoryOrProviderThatFailsIsNone) {
