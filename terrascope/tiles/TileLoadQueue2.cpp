@@ -3,23 +3,12 @@
 #include <iterator>
 #include <utility>
 
+#include "terrascope/support/MultibyteText.h"
 #include "terrascope/tiles/TileLoadThread.h"
 
 namespace Terrascope {
 
 namespace {
-
-/// What two keys that differ only in case have in common.
-std::string FoldedKey(const CString& key) {
-    for (const char* p = key.GetString(); *p != '\0'; ++p) {
-        if (*p < '0' || *p > '9') {
-            CString lower(key);
-            lower.MakeLower();
-            return lower.GetString();
-        }
-    }
-    return key.GetString();
-}
 
 /// Keeps the code of this module in memory until the process ends.
 void PinThisModule() {
@@ -71,7 +60,7 @@ bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, con
                            CSize tileSize, bool ahead) {
     {
         CSingleLock lock(&m_lock, TRUE);
-        std::string folded = FoldedKey(key);
+        std::string folded = FoldCase(ViewOf(key));
         if (m_byKey.find(folded) == m_byKey.end()) {
             Requests& list = ahead ? m_ahead : m_requests;
             list.push_back({mapName, layerNumber, key, tileSize, ahead, m_serial});
@@ -100,7 +89,7 @@ tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked() {
     }
     tagTILE_LOAD_REQUEST request = std::move(list.front());
     list.pop_front();
-    m_byKey.erase(FoldedKey(request.strKey));
+    m_byKey.erase(FoldCase(ViewOf(request.strKey)));
     return request;
 }
 
@@ -134,7 +123,7 @@ void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
 
 bool CTileLoadQueue2::MoveToFront(const CString& key) {
     CSingleLock lock(&m_lock, TRUE);
-    const auto found = m_byKey.find(FoldedKey(key));
+    const auto found = m_byKey.find(FoldCase(ViewOf(key)));
     if (found != m_byKey.end()) {
         Requests& list = ListOf(*found->second);
         found->second->ahead = false;
@@ -159,7 +148,7 @@ void CTileLoadQueue2::Arrange(const Ranks& ranks) {
         const auto rank = rankOf(*at);
         const auto request = at++;
         if (rank == ranks.end()) {
-            m_byKey.erase(FoldedKey(request->strKey));
+            m_byKey.erase(FoldCase(ViewOf(request->strKey)));
             all.erase(request);
         } else {
             request->ahead = !rank->second.visible;

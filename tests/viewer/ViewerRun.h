@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
@@ -30,7 +31,7 @@ public:
                                "LATITUDE_START=-90\nLONGITUDE=360\nLATITUDE=180\nTILE_WIDTH=64\n"
                                "TILE_HEIGHT=64\nTILE_PATH={layer}_{column}_{row}\n"
                                "[LAYER_1]\nTILE_COUNT_X=2\n");
-        for (const auto& [layer, columns, rows] : {std::tuple{1, 2, 1}, {2, 4, 2}}) {
+        for (const auto& [layer, columns, rows] : {std::tuple(1, 2, 1), std::tuple(2, 4, 2)}) {
             for (int tile = 0; tile < columns * rows; ++tile) {
                 const int column = tile % columns;
                 const COLORREF color = TileColor(layer, column, tile / columns);
