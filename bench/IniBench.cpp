@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "bench/Measure.h"
-#include "terrascope/support/MemIniFile.h"
-#include "terrascope/support/TextConvert.h"
+#include "terrascope/support/ini/MemIniFile.h"
+#include "terrascope/support/text/TextConvert.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
 namespace {

@@ -3,8 +3,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "terrascope/support/CustomIniFile.h"
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/ini/CustomIniFile.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
 namespace {

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "plugins/split_file/IniValues.h"
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
 namespace {

@@ -3,7 +3,7 @@
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/SafePath.h"
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
 
 namespace Terrascope::Plugins {
 namespace {

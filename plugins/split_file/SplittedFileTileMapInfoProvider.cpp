@@ -3,7 +3,7 @@
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/SafePath.h"
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
 namespace {

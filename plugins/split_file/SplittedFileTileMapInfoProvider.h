@@ -7,6 +7,7 @@
 
 #include "plugins/split_file/MapLibrary.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
+#include "terrascope/support/ThreadAnnotations.h"
 
 namespace Terrascope::Plugins {
 
@@ -41,8 +42,9 @@ private:
                                        const tagTILE_MAP_LAYER_INFO& layer, const CString& key);
 
     CCriticalSection m_lock;
-    CString m_dataPath GUARDED_BY(m_lock);
-    std::shared_ptr<const MapLibrary> m_library GUARDED_BY(m_lock) = std::make_shared<MapLibrary>();
+    CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
+    std::shared_ptr<const MapLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =
+        std::make_shared<MapLibrary>();
 };
 
 }  // namespace Terrascope::Plugins

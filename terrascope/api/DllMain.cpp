@@ -4,7 +4,7 @@
 
 #include "terrascope/api/ModuleLog.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
-#include "terrascope/support/LanguageManager.h"
+#include "terrascope/support/ui/LanguageManager.h"
 
 namespace {
 AFX_EXTENSION_MODULE extensionModule = {};

@@ -3,7 +3,7 @@
 #include <afxwin.h>
 
 #include "terrascope/api/ITerrascope.h"
-#include "terrascope/support/Export.h"
+#include "terrascope/display/Export.h"
 #include "terrascope/support/PointF.h"
 
 namespace Terrascope {

@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include "ThreadAnnotations.h"
+#include "terrascope/support/ThreadAnnotations.h"
 
 namespace Terrascope {
 
@@ -47,7 +47,7 @@ public:
 private:
     static void CALLBACK OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER);
     void Post(const CRect& rect) const;
-    void StartWaitingLocked() REQUIRES(m_lock);
+    void StartWaitingLocked() TERRASCOPE_REQUIRES(m_lock);
     void PostCollected();
     CRect TakeWithheld();
 
@@ -57,9 +57,10 @@ private:
     std::atomic<HWND> m_handle;
     PTP_TIMER m_timer = nullptr;  ///< posts what was collected; null without merging
     CCriticalSection m_lock;
-    CRect m_withheld GUARDED_BY(m_lock){0, 0, 0, 0};
-    CRect m_collected GUARDED_BY(m_lock){0, 0, 0, 0};
-    bool m_waiting GUARDED_BY(m_lock) = false;  ///< a message was posted, and neither end has come
+    CRect m_withheld TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
+    CRect m_collected TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
+    bool m_waiting TERRASCOPE_GUARDED_BY(m_lock) =
+        false;  ///< a message was posted, and neither end has come
 };
 
 }  // namespace Terrascope

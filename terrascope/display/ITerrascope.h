@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "terrascope/support/Export.h"
+#include "terrascope/display/Export.h"
 #include "terrascope/support/PointF.h"
 
 namespace Terrascope {

@@ -6,11 +6,11 @@
 #include <functional>
 #include <memory>
 
-#include "ThreadAnnotations.h"
 #include "terrascope/display/LayerSwitchThread.h"
 #include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapBitmap.h"
 #include "terrascope/display/ViewGeometry.h"
+#include "terrascope/support/ThreadAnnotations.h"
 
 namespace Terrascope {
 
@@ -71,7 +71,7 @@ public:
 private:
     class CSwitchThread;
 
-    void FinishLocked() REQUIRES(m_lock);
+    void FinishLocked() TERRASCOPE_REQUIRES(m_lock);
     void OnThreadEnd();
 
     ILayerSwitchTool& m_tool;
@@ -80,13 +80,13 @@ private:
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_running{false};  ///< written under the lock, read without
 
-    CCriticalSection m_lock ACQUIRED_AFTER(LockOrder::afterBitmap)
-        ACQUIRED_BEFORE(LockOrder::afterSwitch);
-    bool m_painted GUARDED_BY(m_lock) = true;  ///< the host has painted the last step
-    SwitchMode m_mode GUARDED_BY(m_lock) = SwitchMode::None;
-    double m_targetFactor GUARDED_BY(m_lock) = 1.0;
-    double m_currentFactor GUARDED_BY(m_lock) = 1.0;
-    FormerView m_former GUARDED_BY(m_lock);
+    CCriticalSection m_lock TERRASCOPE_ACQUIRED_AFTER(LockOrder::afterBitmap)
+        TERRASCOPE_ACQUIRED_BEFORE(LockOrder::afterSwitch);
+    bool m_painted TERRASCOPE_GUARDED_BY(m_lock) = true;  ///< the host has painted the last step
+    SwitchMode m_mode TERRASCOPE_GUARDED_BY(m_lock) = SwitchMode::None;
+    double m_targetFactor TERRASCOPE_GUARDED_BY(m_lock) = 1.0;
+    double m_currentFactor TERRASCOPE_GUARDED_BY(m_lock) = 1.0;
+    FormerView m_former TERRASCOPE_GUARDED_BY(m_lock);
 };
 
 }  // namespace Terrascope

@@ -5,11 +5,11 @@
 #include <functional>
 #include <memory>
 
-#include "ThreadAnnotations.h"
 #include "terrascope/display/LayerSwitch.h"
 #include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapBitmap.h"
 #include "terrascope/display/ViewGeometry.h"
+#include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/TileCanvas.h"
 
 namespace Terrascope {
@@ -51,15 +51,17 @@ public:
     void Clear();
 
 private:
-    void PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll) REQUIRES(m_lock);
-    bool ScrollLocked(const Viewport& view, CSize size, const CPointF& origin) REQUIRES(m_lock);
+    void PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll)
+        TERRASCOPE_REQUIRES(m_lock);
+    bool ScrollLocked(const Viewport& view, CSize size, const CPointF& origin)
+        TERRASCOPE_REQUIRES(m_lock);
 
-    CCriticalSection m_lock ACQUIRED_AFTER(LockOrder::afterTiles)
-        ACQUIRED_BEFORE(LockOrder::afterBitmap);
-    std::unique_ptr<CMapBitmap> m_bitmap GUARDED_BY(m_lock);
-    CPointF m_origin GUARDED_BY(m_lock);
-    int m_layerNumber GUARDED_BY(m_lock) = -1;
-    Resolution m_resolution GUARDED_BY(m_lock);  ///< of the layer that the bitmap shows
+    CCriticalSection m_lock TERRASCOPE_ACQUIRED_AFTER(LockOrder::afterTiles)
+        TERRASCOPE_ACQUIRED_BEFORE(LockOrder::afterBitmap);
+    std::unique_ptr<CMapBitmap> m_bitmap TERRASCOPE_GUARDED_BY(m_lock);
+    CPointF m_origin TERRASCOPE_GUARDED_BY(m_lock);
+    int m_layerNumber TERRASCOPE_GUARDED_BY(m_lock) = -1;
+    Resolution m_resolution TERRASCOPE_GUARDED_BY(m_lock);  ///< of the layer that the bitmap shows
 };
 
 }  // namespace Terrascope

@@ -7,19 +7,19 @@
 #include <memory>
 #include <optional>
 
-#include "ThreadAnnotations.h"
 #include "terrascope/display/HostWindow.h"
 #include "terrascope/display/ILayerSwitchTool.h"
 #include "terrascope/display/ITerrascope.h"
 #include "terrascope/display/LayerSwitch.h"
 #include "terrascope/display/LockOrder.h"
 #include "terrascope/display/MapPicture.h"
-#include "terrascope/display/tools/MapTool2Factory.h"
 #include "terrascope/display/TileSet.h"
 #include "terrascope/display/TileShelf.h"
 #include "terrascope/display/ViewGeometry.h"
+#include "terrascope/display/tools/MapTool2Factory.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/support/GdiplusSession.h"
+#include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/TileLayer2.h"
 #include "terrascope/tiles/TileLoadPolicy.h"
@@ -105,7 +105,7 @@ private:
 
     // Terrascope2Tiles.cpp
     void LogRefusal(const TileRange& range);
-    void LoadAheadLocked(const TileRange& visible) REQUIRES(m_tiles.Lock());
+    void LoadAheadLocked(const TileRange& visible) TERRASCOPE_REQUIRES(m_tiles.Lock());
     /// `request` may be null: then the record is current.
     void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
                  const DecodedImage& decoded);
@@ -134,8 +134,8 @@ private:
     CMapPicture m_picture;
     CLayerSwitch m_switch;
     std::unique_ptr<CDibSection> m_frame;  ///< scratch of the animation's frames
-    Viewport m_view GUARDED_BY(m_viewLock);
-    mutable CCriticalSection m_viewLock ACQUIRED_AFTER(LockOrder::afterSwitch);
+    Viewport m_view TERRASCOPE_GUARDED_BY(m_viewLock);
+    mutable CCriticalSection m_viewLock TERRASCOPE_ACQUIRED_AFTER(LockOrder::afterSwitch);
 
     std::unique_ptr<CMapTool2Factory> m_toolFactory;
     std::atomic<CMapTool2*> m_tool{nullptr};  ///< owned by the factory

@@ -32,7 +32,7 @@ void CTerrascope2::RefreshTiles() {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
         m_tiles.Refresh(m_map, m_layer, range, m_queue.get());
         const auto paintVisible = [&](CTileCanvas& canvas,
-                                      const CPointF& origin) REQUIRES(m_tiles.Lock()) {
+                                      const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
             const auto paint = [&](CTile2& tile) {
                 tile.Promote();
                 tile.Draw(canvas, origin);
@@ -105,7 +105,8 @@ void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
 }
 
 std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
-                                              const tagTILE_LOAD_REQUEST* request, const DecodedImage& decoded) {
+                                              const tagTILE_LOAD_REQUEST* request,
+                                              const DecodedImage& decoded) {
     const CString key = record->strKey;
     MapRegion region;
     CSize size;

@@ -3,8 +3,8 @@
 #include "terrascope/providers/FailureOf.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/MemIniFile.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/ini/MemIniFile.h"
 
 namespace Terrascope {
 namespace {

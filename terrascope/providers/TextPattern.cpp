@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "terrascope/providers/ScopeEnd.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
 
 namespace Terrascope {
 namespace {

@@ -5,7 +5,7 @@
 #include "terrascope/providers/RecordList.h"
 #include "terrascope/providers/ScopeEnd.h"
 #include "terrascope/providers/TextPattern.h"
-#include "terrascope/support/LanguageManager.h"
+#include "terrascope/support/ui/LanguageManager.h"
 
 namespace Terrascope {
 namespace {

@@ -78,8 +78,7 @@ DecodedImage DecodeImage(std::span<const std::uint8_t> file, CSize tileSize) {
     auto picture = CTilePicture::Create(tileSize);
     // A stream that ends: one over global memory, once sought past its end, reads on beyond its
     // block, and a damaged image makes decoders seek there.
-    const CComRef<IStream> stream(
-        ::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
+    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
     if (picture == nullptr || !stream) {
         return {.failure = "there is no memory for its image"};
     }

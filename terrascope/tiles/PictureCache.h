@@ -9,7 +9,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "ThreadAnnotations.h"
+#include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/TileKey.h"
 #include "terrascope/tiles/TilePicture.h"
 
@@ -68,14 +68,14 @@ private:
 
     static std::size_t BytesOf(const CachedTile& tile);
     /// Moves what is beyond the bound into `freed`, for its owner to delete outside the lock.
-    void TrimLocked(Entries& freed) REQUIRES(m_lock);
+    void TrimLocked(Entries& freed) TERRASCOPE_REQUIRES(m_lock);
 
     mutable CCriticalSection m_lock;
-    std::multiset<std::size_t> m_allowances GUARDED_BY(m_lock);
-    Entries m_entries GUARDED_BY(m_lock);  ///< front = used last
-    std::unordered_map<std::string, Entries::iterator> m_byName GUARDED_BY(m_lock);
-    std::size_t m_bytes GUARDED_BY(m_lock) = 0;
-    unsigned m_generation GUARDED_BY(m_lock) = 0;
+    std::multiset<std::size_t> m_allowances TERRASCOPE_GUARDED_BY(m_lock);
+    Entries m_entries TERRASCOPE_GUARDED_BY(m_lock);  ///< front = used last
+    std::unordered_map<std::string, Entries::iterator> m_byName TERRASCOPE_GUARDED_BY(m_lock);
+    std::size_t m_bytes TERRASCOPE_GUARDED_BY(m_lock) = 0;
+    unsigned m_generation TERRASCOPE_GUARDED_BY(m_lock) = 0;
 };
 
 }  // namespace Terrascope

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <stdexcept>
 
-#include "terrascope/tiles/ImageHeader.h"
 #include "terrascope/support/Truncate.h"
+#include "terrascope/tiles/ImageHeader.h"
 #include "terrascope/tiles/TileKey.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
 
@@ -45,8 +45,7 @@ CTile2::CTile2(const tagTILE_MAP_INFO& map, const CTileLayer2& layer, const CStr
 
 CTile2::CTile2(const CTile2& child0, const CTile2& child1, const CTile2& child2,
                const CTile2& child3, const CTileLayer2& layer)
-    : CTile2(child0.m_map, layer, child0.m_key.Left(child0.m_key.GetLength() - 1),
-             child0.m_queue) {
+    : CTile2(child0.m_map, layer, child0.m_key.Left(child0.m_key.GetLength() - 1), child0.m_queue) {
     if (m_picture == nullptr) {
         return;
     }
@@ -176,8 +175,7 @@ void CTile2::SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded) 
 }
 
 CachedTile CTile2::Cached() const {
-    return m_hasOwnPicture ? CachedTile{m_picture->Make(), Index()}
-                           : CachedTile();
+    return m_hasOwnPicture ? CachedTile{m_picture->Make(), Index()} : CachedTile();
 }
 
 void CTile2::SetCached(CachedTile tile) {

@@ -9,9 +9,9 @@
 #include "terrascope/providers/TileMapRecords.h"
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/support/PointF.h"
+#include "terrascope/tiles/ImageDecoding.h"
 #include "terrascope/tiles/MapRegion.h"
 #include "terrascope/tiles/PictureCache.h"
-#include "terrascope/tiles/ImageDecoding.h"
 #include "terrascope/tiles/TileCanvas.h"
 #include "terrascope/tiles/TileLayer2.h"
 

@@ -4,9 +4,9 @@
 #include <string_view>
 
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/MemIniFile.h"
-#include "terrascope/support/MultibyteText.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/ini/MemIniFile.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 
@@ -44,8 +44,8 @@ TileLoadPolicy ReadTileLoadPolicy(const CString& path) {
     TileLoadPolicy policy;
     policy.fast = ReadNumber(settings, path, "FAST", 0, 1, 0) == 1;
     policy.threads = ReadNumber(settings, path, "THREADS", 1, 16, policy.threads);
-    policy.cacheBytes =
-        static_cast<std::size_t>(ReadNumber(settings, path, "CACHE_MB", 0, 4096, 0)) << 20;
+    policy.cacheBytes = static_cast<std::size_t>(ReadNumber(settings, path, "CACHE_MB", 0, 4096, 0))
+                        << 20;
     return policy;
 }
 

@@ -3,7 +3,7 @@
 #include <iterator>
 #include <utility>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 #include "terrascope/tiles/TileLoadThread.h"
 
 namespace Terrascope {

@@ -9,8 +9,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "ThreadAnnotations.h"
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
+#include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/TileLoadPolicy.h"
 #include "terrascope/tiles/TileLoadRequest.h"
@@ -84,20 +84,21 @@ public:
 private:
     using Requests = std::list<tagTILE_LOAD_REQUEST>;
 
-    tagTILE_LOAD_REQUEST PopLocked() REQUIRES(m_lock);
-    void ClearLocked() REQUIRES(m_lock);
-    Requests& ListOf(const tagTILE_LOAD_REQUEST& request) REQUIRES(m_lock);
+    tagTILE_LOAD_REQUEST PopLocked() TERRASCOPE_REQUIRES(m_lock);
+    void ClearLocked() TERRASCOPE_REQUIRES(m_lock);
+    Requests& ListOf(const tagTILE_LOAD_REQUEST& request) TERRASCOPE_REQUIRES(m_lock);
 
     const TileLoadPolicy m_policy;
     CCriticalSection m_lock;
     CONDITION_VARIABLE m_changed = CONDITION_VARIABLE_INIT;  ///< something may be taken, or the end
-    bool m_paused GUARDED_BY(m_lock) = false;
-    Requests m_requests GUARDED_BY(m_lock);  ///< front = next to fetch
-    Requests m_ahead GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
-    int m_fetching GUARDED_BY(m_lock) = 0;   ///< taken by Next, not ahead, and not done yet
+    bool m_paused TERRASCOPE_GUARDED_BY(m_lock) = false;
+    Requests m_requests TERRASCOPE_GUARDED_BY(m_lock);  ///< front = next to fetch
+    Requests m_ahead TERRASCOPE_GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
+    int m_fetching TERRASCOPE_GUARDED_BY(m_lock) =
+        0;  ///< taken by Next, not ahead, and not done yet
     /// Each queued key with its case folded, and its request.
-    std::unordered_map<std::string, Requests::iterator> m_byKey GUARDED_BY(m_lock);
-    std::uint32_t m_serial GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear
+    std::unordered_map<std::string, Requests::iterator> m_byKey TERRASCOPE_GUARDED_BY(m_lock);
+    std::uint32_t m_serial TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear
     ITileLoadedSlot* m_slot;
     CTileMapInfoProviderWrapper* m_provider;
     std::list<std::unique_ptr<CTileLoadThread>> m_workers;

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
 #include "tests/fixtures/LibraryFolder.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/ScriptedProvider/ScriptedControl.h"

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "terrascope/support/LanguageManager.h"
+#include "terrascope/support/ui/LanguageManager.h"
 #include "tests/fixtures/LibraryFolder.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/ScriptedProvider/ScriptedControl.h"

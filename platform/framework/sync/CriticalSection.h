@@ -1,8 +1,8 @@
 #pragma once
 
 #include "../Export.h"
-#include "../ThreadAnnotations.h"
 #include "../core/Object.h"
+#include "LockAttributes.h"
 
 /// What CSingleLock can take.
 class FRAMEWORK_API CSyncObject : public CObject {
@@ -15,7 +15,7 @@ public:
 /// A lock within one process; the thread that holds it may take it again.
 ///
 /// Errors: the constructor throws CResourceException when the system has no room for it.
-class FRAMEWORK_API CAPABILITY("lock") CCriticalSection : public CSyncObject {
+class FRAMEWORK_API FRAMEWORK_CAPABILITY("lock") CCriticalSection : public CSyncObject {
 public:
     CCriticalSection();
     ~CCriticalSection() override;
@@ -23,8 +23,8 @@ public:
     operator CRITICAL_SECTION*() { return &m_sect; }
 
     /// Always waits without bound, whatever the timeout: so critical sections are documented.
-    BOOL Lock(DWORD timeout = INFINITE) override ACQUIRE();
-    BOOL Unlock() override RELEASE();
+    BOOL Lock(DWORD timeout = INFINITE) override FRAMEWORK_ACQUIRE();
+    BOOL Unlock() override FRAMEWORK_RELEASE();
 
     CRITICAL_SECTION m_sect;
 };

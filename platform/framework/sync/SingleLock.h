@@ -6,17 +6,18 @@
 /// the result.
 ///
 /// Borrows: the lock.
-class FRAMEWORK_API SCOPED_CAPABILITY CSingleLock {
+class FRAMEWORK_API FRAMEWORK_SCOPED_CAPABILITY CSingleLock {
 public:
-    explicit CSingleLock(CCriticalSection* object, BOOL initialLock = FALSE) ACQUIRE(object);
-    ~CSingleLock() RELEASE();
+    explicit CSingleLock(CCriticalSection* object, BOOL initialLock = FALSE)
+        FRAMEWORK_ACQUIRE(object);
+    ~CSingleLock() FRAMEWORK_RELEASE();
     CSingleLock(const CSingleLock&) = delete;
     CSingleLock& operator=(const CSingleLock&) = delete;
 
     // The scope counts as holding the lock from its start to its end, so that the analysis accepts
     // the usual form: CSingleLock lock(&m_lock); if (!lock.Lock()) return;
-    BOOL Lock(DWORD timeout = INFINITE) NO_THREAD_SAFETY_ANALYSIS;
-    BOOL Unlock() RELEASE();
+    BOOL Lock(DWORD timeout = INFINITE) FRAMEWORK_NO_THREAD_SAFETY_ANALYSIS;
+    BOOL Unlock() FRAMEWORK_RELEASE();
     BOOL IsLocked() const { return m_locked; }
 
 private:

@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "terrascope/display/tools/ClickTools.h"
 #include "terrascope/display/ITerrascope.h"
+#include "terrascope/display/tools/ClickTools.h"
 #include "terrascope/display/tools/PanTool2.h"
 
 namespace Terrascope {

@@ -1,7 +1,7 @@
 #include "terrascope/display/tools/PanTool2.h"
 
-#include "terrascope/display/tools/OffsetCalculator.h"
 #include "terrascope/display/Terrascope2.h"
+#include "terrascope/display/tools/OffsetCalculator.h"
 #include "terrascope/resources/resource.h"
 
 namespace Terrascope {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "terrascope/display/tools/MapTool2.h"
 #include "terrascope/display/ViewGeometry.h"
+#include "terrascope/display/tools/MapTool2.h"
 
 namespace Terrascope {
 

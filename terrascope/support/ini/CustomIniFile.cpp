@@ -1,14 +1,14 @@
-#include "terrascope/support/CustomIniFile.h"
+#include "terrascope/support/ini/CustomIniFile.h"
 
 #include <shlwapi.h>
 
 #include <algorithm>
 #include <cstdlib>
 
-#include "terrascope/support/DateTimeText.h"
-#include "terrascope/support/FileHandle.h"
-#include "terrascope/support/MultibyteText.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/FileHandle.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/text/DateTimeText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

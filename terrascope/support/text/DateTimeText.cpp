@@ -1,10 +1,10 @@
-#include "terrascope/support/DateTimeText.h"
+#include "terrascope/support/text/DateTimeText.h"
 
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "terrascope/support/CustomIniFile.h"
-#include "terrascope/support/NameIndex.h"
+#include "terrascope/support/ini/CustomIniFile.h"
+#include "terrascope/support/ini/NameIndex.h"
 
 namespace Terrascope {
 

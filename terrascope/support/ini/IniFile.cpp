@@ -1,4 +1,4 @@
-#include "terrascope/support/IniFile.h"
+#include "terrascope/support/ini/IniFile.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "terrascope/support/LogSink.h"
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

@@ -1,11 +1,11 @@
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
 
 #include <shlwapi.h>
 
 #include <algorithm>
 #include <array>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 // The linker gives each module this name for its own start.
 extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier)

@@ -1,4 +1,4 @@
-#include "terrascope/support/Folders.h"
+#include "terrascope/support/files/Folders.h"
 
 #include <shellapi.h>
 #include <shlwapi.h>
@@ -7,10 +7,10 @@
 #include <array>
 #include <memory>
 
-#include "terrascope/support/FolderLinks.h"
-#include "terrascope/support/MultibyteText.h"
-#include "terrascope/support/Paths.h"
-#include "terrascope/support/TextConvert.h"
+#include "terrascope/support/files/FolderLinks.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/text/MultibyteText.h"
+#include "terrascope/support/text/TextConvert.h"
 
 namespace Terrascope {
 

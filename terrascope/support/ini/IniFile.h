@@ -1,6 +1,6 @@
 #pragma once
 
-#include "terrascope/support/CustomIniFile.h"
+#include "terrascope/support/ini/CustomIniFile.h"
 
 namespace Terrascope {
 

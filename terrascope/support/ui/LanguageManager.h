@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
 
 namespace Terrascope {
 

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "terrascope/resources/resource.h"
-#include "terrascope/support/LanguageManager.h"
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
+#include "terrascope/support/ui/LanguageManager.h"
 
 namespace Terrascope {
 namespace {

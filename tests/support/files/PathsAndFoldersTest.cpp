@@ -2,8 +2,8 @@
 
 #include <list>
 
-#include "terrascope/support/Folders.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Folders.h"
+#include "terrascope/support/files/Paths.h"
 #include "tests/fixtures/TemporaryFolder.h"
 
 namespace Terrascope {

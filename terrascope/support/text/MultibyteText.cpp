@@ -1,4 +1,4 @@
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 #include <mbstring.h>
 

@@ -1,6 +1,6 @@
-#include "terrascope/support/FolderLinks.h"
+#include "terrascope/support/files/FolderLinks.h"
 
-#include "terrascope/support/FileHandle.h"
+#include "terrascope/support/files/FileHandle.h"
 
 namespace Terrascope {
 

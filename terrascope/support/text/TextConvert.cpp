@@ -1,4 +1,4 @@
-#include "terrascope/support/TextConvert.h"
+#include "terrascope/support/text/TextConvert.h"
 
 #include <objbase.h>
 
@@ -6,7 +6,7 @@
 #include <cwchar>
 #include <new>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

@@ -1,4 +1,4 @@
-#include "terrascope/support/IniFile.h"
+#include "terrascope/support/ini/IniFile.h"
 
 #include <gtest/gtest.h>
 #include <shlwapi.h>
@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "terrascope/support/Folders.h"
-#include "terrascope/support/MemIniFile.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Folders.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/ini/MemIniFile.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/TemporaryFolder.h"
 

@@ -1,11 +1,11 @@
-#include "terrascope/support/MemIniFile.h"
+#include "terrascope/support/ini/MemIniFile.h"
 
 #include <algorithm>
 #include <new>
 #include <optional>
 
-#include "terrascope/support/FileHandle.h"
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/files/FileHandle.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

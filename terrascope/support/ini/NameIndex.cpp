@@ -1,8 +1,8 @@
-#include "terrascope/support/NameIndex.h"
+#include "terrascope/support/ini/NameIndex.h"
 
 #include <functional>
 
-#include "terrascope/support/MultibyteText.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

@@ -1,8 +1,8 @@
-#include "terrascope/support/LanguageManager.h"
+#include "terrascope/support/ui/LanguageManager.h"
 
 #include <gtest/gtest.h>
 
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
 #include "tests/fixtures/TemporaryFolder.h"
 
 namespace Terrascope {

@@ -1,9 +1,9 @@
-#include "terrascope/support/LanguageManager.h"
+#include "terrascope/support/ui/LanguageManager.h"
 
 #include <shlwapi.h>
 
-#include "terrascope/support/MultibyteText.h"
-#include "terrascope/support/Paths.h"
+#include "terrascope/support/files/Paths.h"
+#include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
 

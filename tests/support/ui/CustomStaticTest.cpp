@@ -1,4 +1,4 @@
-#include "terrascope/support/CustomStatic.h"
+#include "terrascope/support/ui/CustomStatic.h"
 
 #include <gtest/gtest.h>
 

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "terrascope/support/Colors.h"
-#include "terrascope/support/DateTimeText.h"
-#include "terrascope/support/MemIniFile.h"
-#include "terrascope/support/MultibyteText.h"
-#include "terrascope/support/TextConvert.h"
+#include "terrascope/support/ini/MemIniFile.h"
+#include "terrascope/support/text/DateTimeText.h"
+#include "terrascope/support/text/MultibyteText.h"
+#include "terrascope/support/text/TextConvert.h"
 #include "tests/fixtures/TemporaryFolder.h"
 #include "tests/fixtures/Throws.h"
 
