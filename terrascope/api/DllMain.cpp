@@ -16,8 +16,9 @@ extern "C" int APIENTRY DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
         KeepEarlyLogLines();
         AfxInitRichEdit2();
-        if (!AfxInitExtensionModule(extensionModule, instance))
+        if (!AfxInitExtensionModule(extensionModule, instance)) {
             return 0;
+        }
         new CDynLinkLibrary(extensionModule);  // owned by the framework's list of modules
         CTileMapInfoProviderPluginKernel::GetInstance().LoadPlugins("Terrascope.dll");
     } else if (reason == DLL_PROCESS_DETACH) {

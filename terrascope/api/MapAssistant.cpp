@@ -31,8 +31,9 @@ int CMapAssistant::SelectMap(CString& mapName, int& layerNumber, double& scale) 
     CTileMapSelDlg dialog;
     dialog.m_strMapName = mapName;
     dialog.m_dFirstLayerScale = scale;
-    if (dialog.DoModal() != IDOK)
+    if (dialog.DoModal() != IDOK) {
         return FALSE;
+    }
     mapName = dialog.m_strMapName;
     layerNumber = dialog.m_nFirstLayer;
     scale = dialog.m_dFirstLayerScale;

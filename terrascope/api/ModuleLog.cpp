@@ -22,7 +22,7 @@ constexpr std::size_t kMostEarlyLines = 200;
 
 std::mutex logLock;
 bool logIsSetUp = false;              // guarded by logLock
-std::vector<std::string> earlyLines;  // what was said before; guarded by logLock
+std::vector<std::string> earlyLines;  // logged before; guarded by logLock
 std::string logModule;                // set before WriteLine is the receiver, and kept
 
 void WriteLine(const char* line) {
@@ -31,10 +31,11 @@ void WriteLine(const char* line) {
 
 void KeepLine(const char* line) {
     const std::lock_guard guard(logLock);
-    if (logIsSetUp)
+    if (logIsSetUp) {
         WriteLine(line);
-    else if (earlyLines.size() < kMostEarlyLines)
+    } else if (earlyLines.size() < kMostEarlyLines) {
         earlyLines.emplace_back(line);
+    }
 }
 
 }  // namespace
@@ -45,8 +46,9 @@ void KeepEarlyLogLines() {
 
 void SetUpModuleLog(const char* moduleName, const char* version) {
     const std::lock_guard guard(logLock);
-    if (logIsSetUp)
+    if (logIsSetUp) {
         return;
+    }
     char path[260];
     GlobalFunc::GetModulePath(reinterpret_cast<HMODULE>(&__ImageBase), path, sizeof(path));
     const std::string root = std::string(path) + "log/";
@@ -58,8 +60,9 @@ void SetUpModuleLog(const char* moduleName, const char* version) {
     logIsSetUp = true;
     Lumilog::RegisterByModule({moduleName, directory.c_str(), kLevel, kLimit});
     Lumilog::_dout(moduleName, "%s ver is %s", moduleName, version);
-    for (const std::string& line : earlyLines)
+    for (const std::string& line : earlyLines) {
         WriteLine(line.c_str());
+    }
     earlyLines.clear();
     SetLogReceiver(&WriteLine);
 }
@@ -72,8 +75,9 @@ void ShutDownModuleLog() {
     SetLogReceiver(nullptr);
     // At the end of the process a thread may have been killed while it held the lock.
     const std::unique_lock guard(logLock, std::try_to_lock);
-    if (!guard.owns_lock() || !logIsSetUp)
+    if (!guard.owns_lock() || !logIsSetUp) {
         return;
+    }
     logIsSetUp = false;
     Lumilog::SaveToConsole(logModule.c_str(), kToConsole);
     Lumilog::SaveToFile(logModule.c_str(), kToFile);

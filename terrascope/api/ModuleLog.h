@@ -4,12 +4,12 @@ namespace Terrascope {
 
 /// The library's own log: "log/<module>/" beside the DLL, through Lumilog.
 ///
-/// What the library says while it is being loaded is kept until the log is set up, which happens at
-/// the first GetTerrascope, SelectMap or UpdateMapLib: under the loader lock no file is made.
+/// What is logged while the library is being loaded is kept until the log is set up, which happens
+/// at the first GetTerrascope, SelectMap or UpdateMapLib: under the loader lock no file is made.
 ///
 /// Errors: a folder that cannot be made is ignored; then nothing is written.
 
-/// Keeps what is said from now on. Called while the library is being loaded.
+/// Keeps what is logged from now on. Called while the library is being loaded.
 void KeepEarlyLogLines();
 
 /// Makes the log's folders, registers the module with Lumilog and writes the first line,

@@ -18,10 +18,11 @@ float CCenterPointAdjuster2::AdjustedX() const {
     const double right = m_extent->Right();
     double x = m_x;
     if (view >= m_extent->width) {
-        if (m_x - half > left)
+        if (m_x - half > left) {
             x = left + half;
-        else if (right > m_x + half)
+        } else if (right > m_x + half) {
             x = right - half;
+        }
     } else if (half > m_x - left) {
         x = left + half;
     } else if (half > right - m_x) {
@@ -37,10 +38,11 @@ float CCenterPointAdjuster2::AdjustedY() const {
     const double top = m_extent->Top();
     double y = m_y;
     if (view >= m_extent->height) {
-        if (top > m_y + half)
+        if (top > m_y + half) {
             y = top - half;
-        else if (m_y - half > bottom)
+        } else if (m_y - half > bottom) {
             y = bottom + half;
+        }
     } else if (half >= m_y - bottom) {
         y = bottom + half;
     } else if (half >= top - m_y) {

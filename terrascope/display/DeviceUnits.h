@@ -12,7 +12,9 @@ namespace Terrascope {
 
 constexpr float kLogicalScale = 1000.0F;
 
-/// D for a screen of `dpi` horizontal dots per inch: 319 at 96, 399 at 120, 479 at 144.
+/// 1000 logical units are 84.50 mm of the screen: 8450 hundredths of a millimetre times the dots
+/// per inch, over the 2540 of an inch; both sides have a factor of 100, and MulDiv rounds. D for a
+/// screen of `dpi` horizontal dots per inch: 319 at 96, 399 at 120, 479 at 144.
 inline float DeviceFactor(int dpi) {
     return static_cast<float>(::MulDiv(100, dpi * 8450, 254000));
 }

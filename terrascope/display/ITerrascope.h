@@ -25,8 +25,8 @@ constexpr UINT kRepaintMessage = WM_USER + 1301;
 ///          those of CMapAssistant::DPToLP; map units are those of the map's extent, y upwards.
 /// Owns:    its tiles, its off-screen bitmap and its worker threads. The host deletes the display
 ///          through this class, and must do so before it unloads the library.
-/// Borrows: the host window, which may be destroyed before the display. Its handle is taken once:
-///          a window that is created anew needs a new display.
+/// Borrows: the host window, which may be destroyed before the display, or made anew: the display
+///          finds the new window at its next call.
 /// Threads: every call comes on the host's user-interface thread. The display never calls the
 ///          host back; it posts kRepaintMessage.
 /// Errors:  shown by results. Only when memory runs out may a call throw (std::bad_alloc or the
@@ -78,7 +78,7 @@ public:
     /// (first layer, last layer) of the open map; (0, -1) when no map is open.
     virtual std::pair<int, int> GetLayerRange() = 0;
 
-    /// Opens a map by name; FALSE, and nothing changed, when the provider does not know it.
+    /// Opens a map by name; FALSE, and nothing changed, when the provider has none of it.
     /// Loads and repaints nothing: follow it with SetLayer.
     virtual BOOL OpenMap(const CString& mapName) = 0;
 

@@ -61,6 +61,7 @@ bool CLayerSwitch::IsBusy() const {
 
 void CLayerSwitch::Begin(SwitchMode mode, double nextFactor, double currentFactor,
                          FormerView former) {
+    ASSERT(mode != SwitchMode::None && !IsBusy());
     const double direction = mode == SwitchMode::ZoomIn ? 2.0 : 0.5;
     CSingleLock lock(&m_lock, TRUE);
     m_running = true;

@@ -52,6 +52,7 @@ public:
     bool IsBusy() const;
 
     /// Sets the switch up, with the zoom factors of the next and the current layer. Start runs it.
+    /// Requires: IsBusy is false.
     void Begin(SwitchMode mode, double nextFactor, double currentFactor, FormerView former);
     void Start();
 

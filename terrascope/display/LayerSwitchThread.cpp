@@ -15,8 +15,9 @@ DWORD CLayerSwitchThread::Run() {
     while (m_tool->Step()) {
         for (int i = 0; i < kWaitsPerStep; ++i) {
             // No further step: the display that asks is being destroyed.
-            if (ShouldStop(kWait))
+            if (ShouldStop(kWait)) {
                 return 0;
+            }
         }
     }
     return 0;

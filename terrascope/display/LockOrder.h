@@ -6,7 +6,7 @@ namespace Terrascope::LockOrder {
 
 /// The order of a display's locks, for the checker: tile -> bitmap -> switch -> view. Each lock is
 /// a member of the class whose data it guards, so none can name the next; each names the marks
-/// between which it stands instead. Nobody takes a mark.
+/// between which it comes instead. Nobody takes a mark.
 class TERRASCOPE_CAPABILITY("mark") Mark {};
 
 inline Mark afterTiles;

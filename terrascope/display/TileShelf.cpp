@@ -41,7 +41,7 @@ std::string CTileShelf::NameOf(const CTile2& tile) const {
            tile.Key().GetString();
 }
 
-// After an update of the library the old names stand for nothing, until the map is opened anew.
+// After an update of the library the old names are worthless until the map is opened anew.
 bool CTileShelf::IsUsable() const {
     return m_hold.Get() != nullptr && m_hold.Get()->Generation() == m_generation;
 }

@@ -141,6 +141,9 @@ CRect SourceRectangle(const PaintMoment& moment, CSize viewSize) {
     const int centerX = BoundedPixels((left - moment.bitmapOrigin.x) / r.x + width * 0.5);
     const int centerY = BoundedPixels((moment.bitmapOrigin.y - top) / r.y + height * 0.5);
 
+    // Zooming a view of 400 pixels in (A = 2) about a point 50 pixels right of its centre: at B = 1
+    // the source is 400 wide about the old centre; at B = 1.5, k = m = 0.5 and it is 300 wide, 25
+    // pixels further right; at B = 2 it is the 200 that will fill the view, 50 further right.
     const auto extent = [&](double size) {
         const double smallest = a != 0.0 ? size / a : size;
         return BoundedPixels((size - smallest) * m + smallest);

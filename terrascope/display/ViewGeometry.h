@@ -14,7 +14,7 @@ namespace Terrascope {
 /// Units: map units are the doubles of the map's extent, y upwards; device units are client
 ///        pixels, y downwards; columns count from the map's left edge, rows from its top edge.
 ///        Conversions to whole numbers truncate toward zero. Halves of the view's size are whole
-///        numbers where the formulas say so.
+///        numbers where the formulas have it so.
 
 /// The map's rectangle: (x0, y0) is its lower-left corner.
 struct MapExtent {

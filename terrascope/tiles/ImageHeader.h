@@ -5,7 +5,7 @@
 
 namespace Terrascope {
 
-/// What the first bytes of an image file say it is.
+/// The format that the first bytes of an image file announce.
 enum class ImageFormat {
     Unknown,
     Jpeg,

@@ -58,6 +58,7 @@ unsigned CPictureCache::Generation() const {
 }
 
 void CPictureCache::Put(const std::string& name, CachedTile tile) {
+    ASSERT(tile.picture != nullptr);
     Entries freed;
     CSingleLock lock(&m_lock, TRUE);
     if (const auto found = m_byName.find(name); found != m_byName.end()) {

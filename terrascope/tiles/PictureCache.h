@@ -45,13 +45,14 @@ public:
         std::shared_ptr<CPictureCache> m_cache;
     };
 
-    /// Ends what every name stands for: a library of maps was updated.
+    /// Forgets all pictures: a library of maps was updated.
     static void ForgetAll();
 
     /// The number that names begin with; ForgetAll changes it.
     unsigned Generation() const;
 
     /// Keeps a tile under a name; an older one of that name goes.
+    /// Requires: the tile has a picture.
     void Put(const std::string& name, CachedTile tile);
 
     /// Gives a tile back and forgets it; an empty one when it is not there.

@@ -14,31 +14,33 @@ CThread::~CThread() {
 }
 
 void CThread::Start() {
-    if (m_thread)
+    if (m_thread != nullptr) {
         return;
+    }
     CreateStopEvent();
     m_thread = ::CreateThread(nullptr, 0, &CThread::Entry, this, 0, &m_threadId);
 }
 
 void CThread::Stop() {
-    if (!m_thread) {
+    if (m_thread == nullptr) {
         CloseStopEvent();
         return;
     }
     ::SetEvent(m_stopEvent);
-    if (::WaitForSingleObject(m_thread, kStopTimeout) != WAIT_OBJECT_0)
+    if (::WaitForSingleObject(m_thread, kStopTimeout) != WAIT_OBJECT_0) {
         return;  // The thread still uses both handles.
+    }
     CloseStopEvent();
     ::CloseHandle(m_thread);
     m_thread = nullptr;
 }
 
 bool CThread::ShouldStop(DWORD timeout) const {
-    return !m_stopEvent || ::WaitForSingleObject(m_stopEvent, timeout) == WAIT_OBJECT_0;
+    return m_stopEvent == nullptr || ::WaitForSingleObject(m_stopEvent, timeout) == WAIT_OBJECT_0;
 }
 
 bool CThread::IsFinished() const {
-    return !m_thread || ::WaitForSingleObject(m_thread, 1) == WAIT_OBJECT_0;
+    return m_thread == nullptr || ::WaitForSingleObject(m_thread, 1) == WAIT_OBJECT_0;
 }
 
 void CThread::CreateStopEvent() {
@@ -57,14 +59,16 @@ void CThread::CreateStopEvent() {
 }
 
 void CThread::CloseStopEvent() {
-    if (m_stopEvent)
+    if (m_stopEvent != nullptr) {
         ::CloseHandle(m_stopEvent);
+    }
     m_stopEvent = nullptr;
 }
 
 DWORD WINAPI CThread::Entry(void* parameter) {
-    if (!parameter)
+    if (parameter == nullptr) {
         return 0;
+    }
     try {
         static_cast<CThread*>(parameter)->Run();
     } catch (CException* e) {

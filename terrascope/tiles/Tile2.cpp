@@ -170,6 +170,8 @@ void CTile2::SetPosition() {
 }
 
 void CTile2::SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded) {
+    ASSERT(image != nullptr);
+    ASSERT(decoded.picture == nullptr || decoded.picture->Size() == PixelSize());
     m_image.reset(image);
     TakeDecoded(decoded);
 }
@@ -179,6 +181,7 @@ CachedTile CTile2::Cached() const {
 }
 
 void CTile2::SetCached(CachedTile tile) {
+    ASSERT(tile.picture != nullptr);
     m_image = std::make_unique<tagTILE_IMAGE>();
     m_image->nColumn = tile.place.column;
     m_image->nRow = tile.place.row;

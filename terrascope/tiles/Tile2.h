@@ -70,7 +70,8 @@ public:
     /// Takes the delivered record over; it is decoded at the next Draw.
     void SetImage(tagTILE_IMAGE* image) { m_image.reset(image); }
 
-    /// The same for an image that was decoded already, for a tile of this size.
+    /// The same for an image that was decoded already.
+    /// Requires: `image` is not null; a decoded picture has this tile's size.
     void SetDecodedImage(tagTILE_IMAGE* image, const DecodedImage& decoded);
 
     void SetLoadQueue(CTileLoadQueue2* queue) { m_queue = queue; }
@@ -85,6 +86,7 @@ public:
     CachedTile Cached() const;
 
     /// Takes such a tile's picture; nothing is asked for any more.
+    /// Requires: the tile has a picture.
     void SetCached(CachedTile tile);
 
     /// What it shows now; null when it is grey, or has no picture.

@@ -113,6 +113,7 @@ void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
     bool aheadMayGo = false;
     {
         CSingleLock lock(&m_lock, TRUE);
+        ASSERT(m_fetching > 0);
         --m_fetching;
         aheadMayGo = m_fetching == 0 && m_requests.empty() && !m_ahead.empty();
     }

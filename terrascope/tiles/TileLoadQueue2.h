@@ -57,6 +57,7 @@ public:
 
     /// The same for a loading thread, which reports with Done that it has delivered or failed. With
     /// FAST it waits for a request, and is woken without one when the queue ends.
+    /// Requires: each request of Next comes back to Done once.
     tagTILE_LOAD_REQUEST Next();
     void Done(const tagTILE_LOAD_REQUEST& request);
 

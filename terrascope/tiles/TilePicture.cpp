@@ -29,7 +29,9 @@ void CTilePicture::Fill(std::uint32_t colour) {
 }
 
 CWaitingPicture::CWaitingPicture(std::shared_ptr<const CTilePicture> made)
-    : m_size(made->Size()), m_made(std::move(made)) {}
+    : m_size(made->Size()), m_made(std::move(made)) {
+    ASSERT(m_made != nullptr);
+}
 
 void CWaitingPicture::AddPart(std::shared_ptr<CWaitingPicture> source, const CRect& to,
                               const CRect& from) {

@@ -33,6 +33,7 @@ public:
         return static_cast<std::size_t>(m_size.cx) * static_cast<std::size_t>(m_size.cy);
     }
 
+    /// Requires: 0 <= y < Height().
     std::uint32_t* Row(int y) { return m_pixels.get() + Offset(y); }
     const std::uint32_t* Row(int y) const { return m_pixels.get() + Offset(y); }
 
@@ -41,6 +42,7 @@ public:
 private:
     CTilePicture(CSize size, std::unique_ptr<std::uint32_t[]> pixels);
     std::size_t Offset(int y) const {
+        ASSERT(y >= 0 && y < m_size.cy);
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.cx);
     }
 
@@ -56,6 +58,7 @@ private:
 class CWaitingPicture {
 public:
     explicit CWaitingPicture(CSize size) : m_size(size) {}
+    /// Requires: `made` is not null.
     explicit CWaitingPicture(std::shared_ptr<const CTilePicture> made);
 
     CSize Size() const { return m_size; }

@@ -12,8 +12,9 @@ namespace {
 
 template <class Tool>
 CMapTool2* Cached(std::unique_ptr<CMapTool2>& slot, CTerrascope2* display) {
-    if (!slot)
+    if (!slot) {
         slot.reset(new (std::nothrow) Tool(display));
+    }
     return slot.get();
 }
 

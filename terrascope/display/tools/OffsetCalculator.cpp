@@ -11,20 +11,25 @@ namespace {
 /// One axis; in 64 bits, for the sums of large numbers.
 std::int64_t Permitted(std::int64_t view, std::int64_t layer, std::int64_t shift,
                        std::int64_t corner) {
-    if (shift == 0)
+    if (shift == 0) {
         return 0;
+    }
     const std::int64_t farEdge = corner + shift + layer;
     if (layer > view) {
-        if (shift < 0 && farEdge < view)
+        if (shift < 0 && farEdge < view) {
             return view - corner - layer;
-        if (shift > 0 && corner + shift > 0)
+        }
+        if (shift > 0 && corner + shift > 0) {
             return -corner;
+        }
         return shift;
     }
-    if (shift > 0 && farEdge > view)
+    if (shift > 0 && farEdge > view) {
         return view - corner - layer;
-    if (shift < 0 && corner + shift < 0)
+    }
+    if (shift < 0 && corner + shift < 0) {
         return -corner;
+    }
     return shift;
 }
 
