@@ -116,9 +116,11 @@ void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSectio
             std::memcpy(place, target, bytes);
         } else {
             const std::uint32_t* line = m_dib->Row(row);
+            const int* nearest = columns.places.data();
+            const std::size_t count = columns.places.size();
             target = place;
-            for (const int column : columns.places) {
-                *place++ = line[column];
+            for (std::size_t x = 0; x < count; ++x) {
+                place[x] = line[nearest[x]];
             }
             scaledRow = row;
         }

@@ -230,6 +230,7 @@ void CTerrascope2::ForgetFormerMap() {
         m_queue->Clear();
     }
     m_picture.Forget();
+    m_dueView.reset();
     m_switch.End();  // its picture is of the former map
     m_refusalLogged = false;
 }

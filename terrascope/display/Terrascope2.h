@@ -104,6 +104,8 @@ private:
     bool IsDragging() const;
 
     // Terrascope2Tiles.cpp
+    void RenderLocked(const Viewport& view) TERRASCOPE_REQUIRES(m_tiles.Lock());
+    void RenderWhatIsDue();
     void LogRefusal(const TileRange& range);
     void LoadAheadLocked(const TileRange& visible) TERRASCOPE_REQUIRES(m_tiles.Lock());
     /// `request` may be null: then the record is current.
@@ -132,6 +134,7 @@ private:
     CTileShelf m_shelf;
     CTileSet m_tiles;
     CMapPicture m_picture;
+    std::optional<Viewport> m_dueView;  ///< of a rendering that waits for the end of a switch
     CLayerSwitch m_switch;
     std::unique_ptr<CDibSection> m_frame;  ///< scratch of the animation's frames
     Viewport m_view TERRASCOPE_GUARDED_BY(m_viewLock);

@@ -31,20 +31,44 @@ void CTerrascope2::RefreshTiles() {
     {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
         m_tiles.Refresh(m_map, m_layer, range, m_queue.get());
-        const auto paintVisible = [&](CTileCanvas& canvas,
-                                      const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
-            const auto paint = [&](CTile2& tile) {
+        if (m_switch.IsRunning()) {
+            // The former view is shown: the picture is made when it is wanted, at the first paint
+            // after the switch. Until then most tiles have come, and need no waiting picture.
+            m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, [](CTile2& tile) {
                 tile.Promote();
-                tile.Draw(canvas, origin);
-            };
-            m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, paint);
-        };
-        m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), paintVisible);
+                tile.RequestLoad();
+            });
+            m_picture.Clear();
+            m_dueView = view;
+        } else {
+            m_dueView.reset();
+            RenderLocked(view);
+        }
         if (m_policy.fast) {
             LoadAheadLocked(visible);
         }
     }
     PostRepaintOfView();
+}
+
+void CTerrascope2::RenderLocked(const Viewport& view) {
+    const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
+    const auto paintVisible = [&](CTileCanvas& canvas,
+                                  const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
+        m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, [&](CTile2& tile) {
+            tile.Promote();
+            tile.Draw(canvas, origin);
+        });
+    };
+    m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), paintVisible);
+}
+
+void CTerrascope2::RenderWhatIsDue() {
+    if (m_dueView) {
+        CSingleLock lock(&m_tiles.Lock(), TRUE);
+        RenderLocked(*m_dueView);
+        m_dueView.reset();
+    }
 }
 
 // Once the view is complete, the rest of the load region is fetched, the nearest tiles first; what
@@ -149,7 +173,7 @@ void CTerrascope2::Draw(CDC* dc) {
         }
     };
     if (!m_switch.Draw(view.center, paint)) {
-        m_frame.reset();
+        RenderWhatIsDue();
         m_picture.Draw(view, paint);
     }
     m_host.OnPainted();

@@ -40,6 +40,7 @@ int CTerrascope2::ZoomAt(CPointF point, MapToolKind tool) {
 }
 
 void CTerrascope2::BeginLayerSwitch(SwitchMode mode, const tagTILE_MAP_LAYER_INFO* next) {
+    RenderWhatIsDue();
     m_switch.Begin(mode, next != nullptr ? next->dZoomFactor : 1.0, m_layer.dZoomFactor,
                    m_picture.Take(View()));
     m_switch.Start();
