@@ -5,7 +5,7 @@
 #include <list>
 #include <memory>
 
-#include "terrascope/providers/ScopeEnd.h"
+#include "terrascope/support/Handles.h"
 #include "terrascope/support/files/Paths.h"
 
 namespace Terrascope {
@@ -23,17 +23,16 @@ bool HasDllExtension(const CString& fileName) {
 std::list<CString> FindPluginFiles(const CString& folder) {
     std::list<CString> files;
     WIN32_FIND_DATAA entry{};
-    const HANDLE search = ::FindFirstFileA(folder + "\\*", &entry);
-    if (search == INVALID_HANDLE_VALUE) {
+    const CFindHandle search(::FindFirstFileA(folder + "\\*", &entry));
+    if (!search) {
         return files;
     }
-    const ScopeEnd close([search] { ::FindClose(search); });
     do {
         if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
             HasDllExtension(entry.cFileName)) {
             files.push_back(folder + "\\" + entry.cFileName);
         }
-    } while (::FindNextFileA(search, &entry) != 0);
+    } while (::FindNextFileA(search.Get(), &entry) != 0);
     return files;
 }
 

@@ -108,7 +108,7 @@ CMemStream::CMemStream(const CMemStream& other) : CMemStream() {
 CMemStream::~CMemStream() {
     m_pStore.reset();
     std::free(m_pBuffer);
-    FreeGlobalBlock();
+    m_hGlobal.Reset();
     if (m_pStream != nullptr) {
         m_pStream->Release();
     }
@@ -203,12 +203,9 @@ void CMemStream::Reset() {
     m_bDirty = true;
 }
 
-void CMemStream::FreeGlobalBlock() {
-    if (m_hGlobal != nullptr) {
-        ::GlobalUnlock(m_hGlobal);
-        ::GlobalFree(m_hGlobal);
-        m_hGlobal = nullptr;
-    }
+void CMemStream::FreeGlobalBlock(HGLOBAL block) {
+    ::GlobalUnlock(block);
+    ::GlobalFree(block);
 }
 
 IStream* CMemStream::GetIStream() {
@@ -218,21 +215,21 @@ IStream* CMemStream::GetIStream() {
     if (m_pStream != nullptr && !m_bDirty) {
         return m_pStream;
     }
-    FreeGlobalBlock();
+    m_hGlobal.Reset();
     // Forgotten, not released: whoever was handed it may still hold it without a reference.
     m_pStream = nullptr;
     m_bDirty = false;
 
-    m_hGlobal = ::GlobalAlloc(GMEM_FIXED, GetLength());
-    if (m_hGlobal == nullptr) {
+    m_hGlobal = CGlobalBlock(::GlobalAlloc(GMEM_FIXED, GetLength()));
+    if (!m_hGlobal) {
         return nullptr;
     }
-    if (FAILED(::CreateStreamOnHGlobal(m_hGlobal, FALSE, &m_pStream))) {
+    if (FAILED(::CreateStreamOnHGlobal(m_hGlobal.Get(), FALSE, &m_pStream))) {
         m_pStream = nullptr;
-        FreeGlobalBlock();
+        m_hGlobal.Reset();
         return nullptr;
     }
-    m_pStore->CopyTo(::GlobalLock(m_hGlobal));
+    m_pStore->CopyTo(::GlobalLock(m_hGlobal.Get()));
     return m_pStream;
 }
 

@@ -8,6 +8,8 @@
 #include <span>
 #include <string>
 
+#include "terrascope/support/Handles.h"
+
 namespace Terrascope {
 
 /// A growing store of bytes with one cursor for reading and another for writing, and a copy of its
@@ -93,7 +95,8 @@ private:
 
     std::uint32_t ReadSome(void* buffer, std::uint32_t size);
     bool ResizeBuffer(std::uint64_t size);
-    void FreeGlobalBlock();
+    static void FreeGlobalBlock(HGLOBAL block);
+    using CGlobalBlock = CUniqueHandle<HGLOBAL, &CMemStream::FreeGlobalBlock>;
     template <typename T>
     CMemStream& Extract(T& value);
     template <typename T>
@@ -104,8 +107,8 @@ private:
     std::uint32_t m_nWritePosition = 0;
     IStream* m_pStream = nullptr;
     bool m_bDirty = false;
-    HGLOBAL m_hGlobal = nullptr;  ///< under m_pStream, which does not free it
-    BYTE* m_pBuffer = nullptr;    ///< malloc's
+    CGlobalBlock m_hGlobal;     ///< under m_pStream, which does not free it
+    BYTE* m_pBuffer = nullptr;  ///< malloc's
 };
 
 }  // namespace Terrascope

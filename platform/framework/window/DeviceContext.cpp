@@ -3,28 +3,8 @@
 #include "../core/Exception.h"
 #include "Wnd.h"
 
-CDC::~CDC() {
-    DeleteDC();
-}
-
-BOOL CDC::Attach(HDC dc) {
-    m_hDC = dc;
-    return dc != nullptr;
-}
-
-HDC CDC::Detach() {
-    const HDC dc = m_hDC;
-    m_hDC = nullptr;
-    return dc;
-}
-
 BOOL CDC::CreateCompatibleDC(CDC* like) {
     return Attach(::CreateCompatibleDC(like != nullptr ? like->m_hDC : nullptr));
-}
-
-BOOL CDC::DeleteDC() {
-    const HDC dc = Detach();
-    return dc != nullptr && ::DeleteDC(dc);
 }
 
 CSize CDC::SetWindowExt(int cx, int cy) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../Export.h"
+#include "../core/HandleMember.h"
 #include "../core/Object.h"
 #include "../core/String.h"
 #include "GdiObject.h"
@@ -17,16 +18,16 @@ class CWnd;
 class FRAMEWORK_API CDC : public CObject {
 public:
     CDC() = default;
-    ~CDC() override;
+    ~CDC() override { DeleteDC(); }
 
     HDC m_hDC = nullptr;
 
     HDC GetSafeHdc() const { return m_hDC; }
     operator HDC() const { return m_hDC; }
-    BOOL Attach(HDC dc);
-    HDC Detach();
+    BOOL Attach(HDC dc) { return Member::Attach(m_hDC, dc); }
+    HDC Detach() { return Member::Detach(m_hDC); }
     BOOL CreateCompatibleDC(CDC* like);
-    BOOL DeleteDC();
+    BOOL DeleteDC() { return Member::Close(m_hDC); }
 
     int SaveDC() { return ::SaveDC(m_hDC); }
     BOOL RestoreDC(int saved) { return ::RestoreDC(m_hDC, saved); }
@@ -50,6 +51,9 @@ public:
     void FillSolidRect(LPCRECT rect, COLORREF colour);
     /// A frame of one unit: left and top edges, right and bottom edges.
     void Draw3dRect(int x, int y, int width, int height, COLORREF topLeft, COLORREF bottomRight);
+
+private:
+    using Member = HandleMember<HDC, &::DeleteDC>;
 };
 
 /// The client area's device context between BeginPaint and EndPaint.

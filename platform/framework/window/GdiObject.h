@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../Export.h"
+#include "../core/HandleMember.h"
 #include "../core/Object.h"
 
 /// A GDI object.
@@ -13,11 +14,14 @@ public:
 
     HGDIOBJ GetSafeHandle() const { return m_hObject; }
     /// Takes a handle over; FALSE for null.
-    BOOL Attach(HGDIOBJ object);
-    HGDIOBJ Detach();
-    BOOL DeleteObject();
+    BOOL Attach(HGDIOBJ object) { return Member::Attach(m_hObject, object); }
+    HGDIOBJ Detach() { return Member::Detach(m_hObject); }
+    BOOL DeleteObject() { return Member::Close(m_hObject); }
 
     HGDIOBJ m_hObject = nullptr;
+
+private:
+    using Member = HandleMember<HGDIOBJ, &::DeleteObject>;
 };
 
 class FRAMEWORK_API CFont : public CGdiObject {

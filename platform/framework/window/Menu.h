@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../Export.h"
+#include "../core/HandleMember.h"
 #include "../core/Object.h"
 
 /// A menu.
@@ -14,9 +15,12 @@ public:
     HMENU m_hMenu = nullptr;
 
     HMENU GetSafeHmenu() const { return m_hMenu; }
-    BOOL Attach(HMENU menu);
-    HMENU Detach();
+    BOOL Attach(HMENU menu) { return Member::Attach(m_hMenu, menu); }
+    HMENU Detach() { return Member::Detach(m_hMenu); }
     BOOL CreateMenu() { return Attach(::CreateMenu()); }
     BOOL CreatePopupMenu() { return Attach(::CreatePopupMenu()); }
-    BOOL DestroyMenu();
+    BOOL DestroyMenu() { return Member::Close(m_hMenu); }
+
+private:
+    using Member = HandleMember<HMENU, &::DestroyMenu>;
 };

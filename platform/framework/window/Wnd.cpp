@@ -39,6 +39,25 @@ LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
     return ::CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
+/// Makes `window` the object of the window that this thread creates next, until the end of the
+/// scope.
+class CreationScope {
+public:
+    explicit CreationScope(CWnd* window)
+        : m_hook(::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId())) {
+        ThisThread().creating = window;
+    }
+    ~CreationScope() {
+        ThisThread().creating = nullptr;
+        ::UnhookWindowsHookEx(m_hook);
+    }
+    CreationScope(const CreationScope&) = delete;
+    CreationScope& operator=(const CreationScope&) = delete;
+
+private:
+    const HHOOK m_hook;
+};
+
 /// What a message answers whose handler threw.
 LRESULT AfterException(HWND window, UINT message, LPCSTR what) {
     AfxTrace("the handler of message %u was left by %s\n", message, what);
@@ -120,9 +139,7 @@ BOOL CWnd::Create(LPCSTR className, LPCSTR title, DWORD style, const RECT& rect,
 
 BOOL CWnd::CreateEx(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, const RECT& rect,
                     CWnd* parent, UINT id) {
-    WindowThread& thread = ThisThread();
-    const HHOOK hook = ::SetWindowsHookExA(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
-    thread.creating = this;
+    const CreationScope creation(this);
     const bool placed = rect.left != CW_USEDEFAULT;
     const HWND window = ::CreateWindowExA(exStyle, className, title, style, rect.left, rect.top,
                                           placed ? rect.right - rect.left : CW_USEDEFAULT,
@@ -130,8 +147,6 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style, 
                                           parent != nullptr ? parent->m_hWnd : nullptr,
                                           reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)),
                                           AfxGetInstanceHandle(), nullptr);
-    thread.creating = nullptr;
-    ::UnhookWindowsHookEx(hook);
     return window != nullptr;
 }
 

@@ -1,6 +1,6 @@
 #include "terrascope/support/files/FolderLinks.h"
 
-#include "terrascope/support/files/FileHandle.h"
+#include "terrascope/support/Handles.h"
 
 namespace Terrascope {
 
@@ -13,9 +13,9 @@ std::wstring FinalPath(const std::wstring& path) {
     const CFileHandle file(::CreateFileW(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
                                          FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     std::wstring result(0x8000, L'\0');
-    result.resize(file.IsOpen() ? ::GetFinalPathNameByHandleW(file.Get(), result.data(),
-                                                              static_cast<DWORD>(result.size()), 0)
-                                : 0);
+    result.resize(file ? ::GetFinalPathNameByHandleW(file.Get(), result.data(),
+                                                     static_cast<DWORD>(result.size()), 0)
+                       : 0);
     return result;
 }
 
@@ -25,7 +25,7 @@ bool DeleteLink(const std::wstring& path) {
         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     FILE_ATTRIBUTE_TAG_INFO opened{};
     // Where what was opened is no link, it is what the link leads to.
-    if (!link.IsOpen() ||
+    if (!link ||
         !::GetFileInformationByHandleEx(link.Get(), FileAttributeTagInfo, &opened,
                                         sizeof(opened)) ||
         (opened.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
@@ -36,30 +36,10 @@ bool DeleteLink(const std::wstring& path) {
                                         sizeof(deletion)) != FALSE;
 }
 
-/// Closes a search at the end.
-class Search {
-public:
-    Search(const std::wstring& pattern, WIN32_FIND_DATAW& entry)
-        : m_hFind(::FindFirstFileW(pattern.c_str(), &entry)) {}
-    ~Search() {
-        if (HasBegun()) {
-            ::FindClose(m_hFind);
-        }
-    }
-    Search(const Search&) = delete;
-    Search& operator=(const Search&) = delete;
-
-    bool HasBegun() const { return m_hFind != INVALID_HANDLE_VALUE; }
-    bool Next(WIN32_FIND_DATAW& entry) { return ::FindNextFileW(m_hFind, &entry) != FALSE; }
-
-private:
-    const HANDLE m_hFind;
-};
-
 bool DeleteLinksInside(const std::wstring& folder) {
     WIN32_FIND_DATAW entry{};
-    Search search(folder + L"\\*", entry);
-    if (!search.HasBegun()) {
+    const CFindHandle search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
+    if (!search) {
         return false;
     }
     const std::wstring place = FinalPath(folder);
@@ -78,7 +58,7 @@ bool DeleteLinksInside(const std::wstring& folder) {
         if (isLink ? !DeleteLink(path) : isFolder && !DeleteLinksInside(path)) {
             return false;
         }
-    } while (search.Next(entry));
+    } while (::FindNextFileW(search.Get(), &entry) != FALSE);
     return ::GetLastError() == ERROR_NO_MORE_FILES;
 }
 
@@ -91,10 +71,9 @@ bool IsLink(DWORD attributes, DWORD reparseTag) {
 
 bool DeleteLinks(const std::wstring& folder) {
     WIN32_FIND_DATAW entry{};
-    const Search itself(folder, entry);
-    return itself.HasBegun() && IsLink(entry.dwFileAttributes, entry.dwReserved0)
-               ? DeleteLink(folder)
-               : DeleteLinksInside(folder);
+    const CFindHandle itself(::FindFirstFileW(folder.c_str(), &entry));
+    return itself && IsLink(entry.dwFileAttributes, entry.dwReserved0) ? DeleteLink(folder)
+                                                                       : DeleteLinksInside(folder);
 }
 
 }  // namespace Terrascope

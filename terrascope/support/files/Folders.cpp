@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "terrascope/support/Handles.h"
 #include "terrascope/support/files/FolderLinks.h"
 #include "terrascope/support/files/Paths.h"
 #include "terrascope/support/text/MultibyteText.h"
@@ -43,17 +44,7 @@ private:
 /// The entries of the current directory, without "." and "..".
 class EntryWalk {
 public:
-    EntryWalk()
-        : m_hFind(::FindFirstFileA("*.*", &m_entry)), m_bHas(m_hFind != INVALID_HANDLE_VALUE) {
-        SkipDots();
-    }
-    ~EntryWalk() {
-        if (m_hFind != INVALID_HANDLE_VALUE) {
-            ::FindClose(m_hFind);
-        }
-    }
-    EntryWalk(const EntryWalk&) = delete;
-    EntryWalk& operator=(const EntryWalk&) = delete;
+    EntryWalk() : m_search(::FindFirstFileA("*.*", &m_entry)), m_bHas(m_search) { SkipDots(); }
 
     explicit operator bool() const { return m_bHas; }
     CString Name() const { return CString(m_entry.cFileName); }
@@ -62,19 +53,19 @@ public:
     }
     bool IsFolder() const { return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
     void Next() {
-        m_bHas = ::FindNextFileA(m_hFind, &m_entry) != FALSE;
+        m_bHas = ::FindNextFileA(m_search.Get(), &m_entry) != FALSE;
         SkipDots();
     }
 
 private:
     void SkipDots() {
         while (m_bHas && (Name() == "." || Name() == "..")) {
-            m_bHas = ::FindNextFileA(m_hFind, &m_entry) != FALSE;
+            m_bHas = ::FindNextFileA(m_search.Get(), &m_entry) != FALSE;
         }
     }
 
     WIN32_FIND_DATAA m_entry{};
-    const HANDLE m_hFind;
+    const CFindHandle m_search;
     bool m_bHas;
 };
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "terrascope/support/files/FileHandle.h"
+#include "terrascope/support/Handles.h"
 #include "terrascope/support/files/Paths.h"
 #include "terrascope/support/text/DateTimeText.h"
 #include "terrascope/support/text/MultibyteText.h"

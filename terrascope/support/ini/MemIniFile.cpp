@@ -4,7 +4,7 @@
 #include <new>
 #include <optional>
 
-#include "terrascope/support/files/FileHandle.h"
+#include "terrascope/support/Handles.h"
 #include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope {
@@ -18,7 +18,7 @@ std::optional<std::string> ReadWholeFile(const CString& path) {
                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     LARGE_INTEGER size{};
-    if (!file.IsOpen() || !::GetFileSizeEx(file.Get(), &size)) {
+    if (!file || !::GetFileSizeEx(file.Get(), &size)) {
         return std::nullopt;
     }
     constexpr std::size_t kChunk = 0x10000;
@@ -42,7 +42,7 @@ void WriteWholeFile(const CString& path, const std::string& text) {
     const CFileHandle file(::CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                          FILE_ATTRIBUTE_NORMAL, nullptr));
     std::size_t done = 0;
-    while (file.IsOpen() && done < text.size()) {
+    while (file && done < text.size()) {
         const auto wanted =
             static_cast<DWORD>(std::min<std::size_t>(text.size() - done, 0x1000000));
         DWORD count = 0;

@@ -8,24 +8,6 @@ namespace {
 
 constexpr UINT kRedrawNow = RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW;
 
-/// Selects an object into a device context until the end of the scope.
-class SelectedObject {
-public:
-    SelectedObject(HDC dc, HGDIOBJ object)
-        : m_hDC(dc), m_hBefore(object != nullptr ? ::SelectObject(dc, object) : nullptr) {}
-    ~SelectedObject() {
-        if (m_hBefore != nullptr) {
-            ::SelectObject(m_hDC, m_hBefore);
-        }
-    }
-    SelectedObject(const SelectedObject&) = delete;
-    SelectedObject& operator=(const SelectedObject&) = delete;
-
-private:
-    const HDC m_hDC;
-    const HGDIOBJ m_hBefore;
-};
-
 CString WindowText(const CWnd& window) {
     CString text;
     window.GetWindowText(text);
@@ -68,17 +50,13 @@ END_MESSAGE_MAP()
 
 CCustomStatic::CCustomStatic()
     : m_clrText(::GetSysColor(COLOR_WINDOWTEXT)),
-      m_hBackground(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))),
-      m_hSpare(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))) {
+      m_background(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))),
+      m_spare(::CreateSolidBrush(::GetSysColor(COLOR_BTNFACE))) {
     ::GetObjectA(::GetStockObject(DEFAULT_GUI_FONT), sizeof(m_logFont), &m_logFont);
     m_font.CreateFontIndirect(&m_logFont);
 }
 
-CCustomStatic::~CCustomStatic() {
-    m_font.DeleteObject();
-    ::DeleteObject(m_hBackground);
-    ::DeleteObject(m_hSpare);
-}
+CCustomStatic::~CCustomStatic() = default;
 
 void CCustomStatic::Redraw() {
     if (GetSafeHwnd() != nullptr) {
@@ -98,8 +76,7 @@ void CCustomStatic::SetTextColor(COLORREF colour) {
 }
 
 void CCustomStatic::SetBkColor(COLORREF colour) {
-    ::DeleteObject(m_hBackground);
-    m_hBackground = ::CreateSolidBrush(colour);
+    m_background = CBrushHandle(::CreateSolidBrush(colour));
 }
 
 void CCustomStatic::SetFontBold(bool bold) {
@@ -208,7 +185,7 @@ HBRUSH CCustomStatic::CtlColor(CDC* pDC, UINT nCtlColor) {
         pDC->SetTextColor(m_clrText);
         pDC->SetBkMode(TRANSPARENT);
     }
-    return m_hBackground;
+    return m_background.Get();
 }
 
 BOOL CCustomStatic::OnSetCursor(CWnd* pWnd, UINT nHitTest, UINT message) {
@@ -273,7 +250,7 @@ void CCustomStatic::PaintEtched() {
     }
     RECT client{};
     ::GetClientRect(GetSafeHwnd(), &client);
-    const SelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
+    const CSelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
     dc.SetBkColor(::GetSysColor(COLOR_BTNFACE));  // blanks the line out behind the text
     ::DrawTextA(dc.GetSafeHdc(), text, text.GetLength(), &client, format);
 }
@@ -283,7 +260,7 @@ void CCustomStatic::PaintTransparent() {
     RECT client{};
     ::GetClientRect(GetSafeHwnd(), &client);
     const CString text = WindowText(*this);
-    const SelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
+    const CSelectedObject font(dc.GetSafeHdc(), WindowFont(*this));
     const int before = dc.SetBkMode(TRANSPARENT);
     ::TextOutA(dc.GetSafeHdc(), client.left, client.top, text, text.GetLength());
     dc.SetBkMode(before);

@@ -2,6 +2,8 @@
 
 #include <afxwin.h>
 
+#include "terrascope/support/Handles.h"
+
 namespace Terrascope {
 
 /// A static text with colours and a font of its own, as a link, as an etched separator, or as plain
@@ -12,8 +14,7 @@ namespace Terrascope {
 /// Owns:    its brushes and its font.  Borrows: the link cursor.
 /// Threads: the thread of its window.
 /// Errors:  none are reported. Setters without a window take effect when there is one; what no
-/// setter
-///          was called for stays as the window has it.
+///          setter was called for stays as the window has it.
 class CCustomStatic : public CStatic {
 public:
     CCustomStatic();
@@ -68,8 +69,8 @@ private:
     void PaintTransparent();
 
     COLORREF m_clrText;
-    HBRUSH m_hBackground;
-    HBRUSH m_hSpare;  ///< unused; kept for classes derived from this one
+    CBrushHandle m_background;
+    CBrushHandle m_spare;  ///< unused; kept for classes derived from this one
     LOGFONTA m_logFont{};
     CFont m_font;
     CString m_strLink;
