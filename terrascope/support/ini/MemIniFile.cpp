@@ -65,6 +65,11 @@ CString MakeKeyLine(const CString& key, const CString& value) {
     return key + "=" + value;
 }
 
+template <class T>
+const T* Look(const CNameMap<T>& names, const CString& name, bool caseSensitive) {
+    return caseSensitive ? names.Find(ViewOf(name)) : names.FindNoCase(ViewOf(name));
+}
+
 }  // namespace
 
 CMemIniFile::CMemIniFile(const CString& path, bool bCaseSensitive)
@@ -112,17 +117,16 @@ void CMemIniFile::LoadLines() {
 }
 
 void CMemIniFile::ClearIndex() {
-    m_headers = CNameIndex();
+    m_headers.Clear();
     m_headerLines.clear();
-    m_sectionPlaces = CNameIndex();
-    m_sections.clear();
+    m_sections.Clear();
     m_sectionNames.clear();
 }
 
 void CMemIniFile::RebuildIndex() {
     ClearIndex();
     std::string_view name;
-    int current = CNameIndex::kNone;  // in m_sections; none before the section's first key
+    Section* current = nullptr;  // null before the section's first key
     for (int number = 0; number < static_cast<int>(m_lines.size()); ++number) {
         const std::string_view line = ViewOf(m_lines[static_cast<std::size_t>(number)]);
         if (line.empty()) {
@@ -130,8 +134,8 @@ void CMemIniFile::RebuildIndex() {
         }
         if (IsHeader(line)) {
             name = Trimmed(line.substr(1, line.size() - 2));
-            current = m_sectionPlaces.Find(name);
-            m_headers.Set(name, number);
+            current = nullptr;
+            m_headers.At(name).second = number;
             m_sectionNames.push_back(ToCString(name));
             continue;
         }
@@ -140,69 +144,62 @@ void CMemIniFile::RebuildIndex() {
         if (equals == std::string_view::npos) {
             continue;
         }
-        if (current == CNameIndex::kNone) {
-            current = static_cast<int>(m_sections.size());
-            m_sectionPlaces.Set(name, current);
-            m_sections.emplace_back();
+        if (current == nullptr) {
+            current = &m_sections.At(name).second;
         }
-        Section& section = m_sections[static_cast<std::size_t>(current)];
-        section.keysInOrder.push_back(
-            section.keys.Set(TrimmedRight(line.substr(0, equals)), number));
+        auto& [key, lineOfKey] = current->keys.At(TrimmedRight(line.substr(0, equals)));
+        lineOfKey = number;
+        current->keysInOrder.push_back(&key);
     }
     for (const CString& section : m_sectionNames) {
-        m_headerLines.push_back(m_headers.Find(ViewOf(section)));
+        m_headerLines.insert(*m_headers.Find(ViewOf(section)));
     }
-    std::sort(m_headerLines.begin(), m_headerLines.end());
 }
 
-int CMemIniFile::FindName(const CNameIndex& index, const CString& name) const {
-    return m_bCaseSensitive ? index.Find(ViewOf(name)) : index.FindNoCase(ViewOf(name));
+const int* CMemIniFile::FindHeader(const CString& section) const {
+    return Look(m_headers, section, m_bCaseSensitive);
 }
 
 const CMemIniFile::Section* CMemIniFile::FindSection(const CString& section) const {
-    const int place = FindName(m_sectionPlaces, section);
-    return place == CNameIndex::kNone ? nullptr : &m_sections[static_cast<std::size_t>(place)];
+    return Look(m_sections, section, m_bCaseSensitive);
 }
 
-int CMemIniFile::FindLine(const CString& section, const CString& key) const {
+const int* CMemIniFile::FindLine(const CString& section, const CString& key) const {
     const Section* found = FindSection(section);
-    return found == nullptr ? CNameIndex::kNone : FindName(found->keys, key);
+    const int* line = found == nullptr ? nullptr : Look(found->keys, key, m_bCaseSensitive);
+    return line != nullptr && *line < static_cast<int>(m_lines.size()) ? line : nullptr;
 }
 
 int CMemIniFile::LineAfterSection(int header) const {
-    const auto next = std::upper_bound(m_headerLines.begin(), m_headerLines.end(), header);
+    const auto next = m_headerLines.upper_bound(header);
     return next == m_headerLines.end() ? static_cast<int>(m_lines.size()) : *next;
 }
 
 CString CMemIniFile::ReadString(const CString& section, const CString& key,
                                 const CString& /*defaultValue*/) {
     // The default is not used here, unlike in CIniFile: callers test for the empty text.
-    const int number = FindLine(section, key);
-    if (number < 0 || number >= static_cast<int>(m_lines.size())) {
+    const int* number = FindLine(section, key);
+    if (number == nullptr) {
         return CString();
     }
-    const std::string_view line = ViewOf(m_lines[static_cast<std::size_t>(number)]);
+    const std::string_view line = ViewOf(m_lines[static_cast<std::size_t>(*number)]);
     return ToCString(line.substr(std::min(line.find('='), line.size() - 1) + 1));
 }
 
 void CMemIniFile::WriteString(const CString& section, const CString& key, const CString& value) {
     const CString text = MakeKeyLine(key, value);
-    const int number = FindLine(section, key);
-    if (number != CNameIndex::kNone) {
+    if (const int* number = FindLine(section, key); number != nullptr) {
         // The new line has the key as the caller wrote it; the indexes keep the old one until the
         // next change of structure.
-        if (number < static_cast<int>(m_lines.size())) {
-            m_lines[static_cast<std::size_t>(number)] = text;
-        }
+        m_lines[static_cast<std::size_t>(*number)] = text;
         return;
     }
-    const bool known =
-        FindSection(section) != nullptr || FindName(m_headers, section) != CNameIndex::kNone;
+    const bool known = FindSection(section) != nullptr || FindHeader(section) != nullptr;
     if (known) {
         // The header is looked up exactly: where the file has the name in another case only (or
         // has no header, before the first one), the key becomes the file's second line.
-        const int header = std::max(m_headers.Find(ViewOf(section)), 0);
-        m_lines.insert(m_lines.begin() + header + 1, text);
+        const int* header = m_headers.Find(ViewOf(section));
+        m_lines.insert(m_lines.begin() + (header != nullptr ? *header : 0) + 1, text);
     } else {
         m_lines.push_back(MakeHeader(section));
         m_lines.push_back(text);
@@ -211,27 +208,24 @@ void CMemIniFile::WriteString(const CString& section, const CString& key, const 
 }
 
 bool CMemIniFile::SectionExists(const CString& section) {
-    return m_headers.Find(ViewOf(section)) != CNameIndex::kNone;
+    return m_headers.Find(ViewOf(section)) != nullptr;
 }
 
 bool CMemIniFile::ValueExists(const CString& section, const CString& key) {
-    const int place = m_sectionPlaces.Find(ViewOf(section));
-    return SectionExists(section) && place != CNameIndex::kNone &&
-           m_sections[static_cast<std::size_t>(place)].keys.Find(ViewOf(key)) != CNameIndex::kNone;
+    const Section* found = m_sections.Find(ViewOf(section));
+    return SectionExists(section) && found != nullptr && found->keys.Find(ViewOf(key)) != nullptr;
 }
 
 void CMemIniFile::DeleteKey(const CString& section, const CString& key) {
-    const int number = FindLine(section, key);
-    if (number >= 0 && number < static_cast<int>(m_lines.size())) {
-        m_lines.erase(m_lines.begin() + number);
+    if (const int* number = FindLine(section, key); number != nullptr) {
+        m_lines.erase(m_lines.begin() + *number);
         RebuildIndex();
     }
 }
 
 void CMemIniFile::EraseSection(const CString& section) {
-    const int header = FindName(m_headers, section);
-    if (header != CNameIndex::kNone) {
-        m_lines.erase(m_lines.begin() + header, m_lines.begin() + LineAfterSection(header));
+    if (const int* header = FindHeader(section); header != nullptr) {
+        m_lines.erase(m_lines.begin() + *header, m_lines.begin() + LineAfterSection(*header));
         RebuildIndex();
     }
 }
@@ -246,26 +240,24 @@ std::vector<CString> CMemIniFile::ReadSections() {
 }
 
 std::vector<CString> CMemIniFile::ReadSection(const CString& section) {
-    std::vector<CString> names;
     // Exact even when the file is not case-sensitive, as SectionExists is.
-    const int place = m_sectionPlaces.Find(ViewOf(section));
-    if (!SectionExists(section) || place == CNameIndex::kNone) {
-        return names;
-    }
-    const Section& found = m_sections[static_cast<std::size_t>(place)];
-    names.reserve(found.keysInOrder.size());
-    for (const std::uint32_t key : found.keysInOrder) {
-        names.push_back(ToCString(found.keys.NameAt(key)));
+    std::vector<CString> names;
+    const Section* found = m_sections.Find(ViewOf(section));
+    if (SectionExists(section) && found != nullptr) {
+        names.reserve(found->keysInOrder.size());
+        for (const std::string* key : found->keysInOrder) {
+            names.push_back(ToCString(*key));
+        }
     }
     return names;
 }
 
 std::vector<CString> CMemIniFile::ReadSectionValues(const CString& section) {
-    const int header = FindName(m_headers, section);
-    if (header == CNameIndex::kNone) {
+    const int* header = FindHeader(section);
+    if (header == nullptr) {
         return {};
     }
-    return {m_lines.begin() + header + 1, m_lines.begin() + LineAfterSection(header)};
+    return {m_lines.begin() + *header + 1, m_lines.begin() + LineAfterSection(*header)};
 }
 
 void CMemIniFile::UpdateFile() {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <string_view>
+#include <set>
+#include <vector>
 
 #include "terrascope/support/ini/CustomIniFile.h"
-#include "terrascope/support/ini/NameIndex.h"
+#include "terrascope/support/ini/NameMap.h"
 
 namespace Terrascope {
 
@@ -47,23 +46,22 @@ public:
 
 private:
     struct Section {
-        CNameIndex keys;                         ///< line number of each key
-        std::vector<std::uint32_t> keysInOrder;  ///< places in `keys`, as the lines come
+        CNameMap<int> keys;                           ///< line number of each key
+        std::vector<const std::string*> keysInOrder;  ///< in `keys`; repeated ones too
     };
 
     void LoadLines();
     void RebuildIndex();
     void ClearIndex();
-    int FindName(const CNameIndex& index, const CString& name) const;
+    const int* FindHeader(const CString& section) const;
     const Section* FindSection(const CString& section) const;
-    int FindLine(const CString& section, const CString& key) const;
+    const int* FindLine(const CString& section, const CString& key) const;
     int LineAfterSection(int header) const;
 
-    std::vector<CString> m_lines;    ///< trimmed, none empty; all that follows is made from them
-    CNameIndex m_headers;            ///< line number of each section's header
-    std::vector<int> m_headerLines;  ///< those numbers, rising
-    CNameIndex m_sectionPlaces;      ///< place in m_sections of each section that has keys
-    std::vector<Section> m_sections;
+    std::vector<CString> m_lines;  ///< trimmed, none empty; all that follows is made from them
+    CNameMap<int> m_headers;       ///< line number of each section's header
+    std::set<int> m_headerLines;   ///< those numbers
+    CNameMap<Section> m_sections;  ///< those that have keys
     const bool m_bCaseSensitive;
     std::vector<CString> m_sectionNames;  ///< every header, repeated ones too
 };
