@@ -1,6 +1,6 @@
 #pragma once
 
-/// The framework's classes that know no window: strings, exceptions, run-time classes.
+/// The framework's classes without windows: strings, exceptions, run-time classes.
 #include "core/Diagnostics.h"
 #include "core/Exception.h"
 #include "core/Object.h"

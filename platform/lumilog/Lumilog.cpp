@@ -50,7 +50,7 @@ spdlog::level::level_enum ToLevel(int level) {
     return kLevels[level < 0 ? 0 : level > 6 ? 6 : level];
 }
 
-/// Runs what may throw; a log has nobody to tell of its own failures.
+/// Runs what may throw; a log cannot report its own failures.
 template <class Action>
 void Quietly(Action action) {
     try {

@@ -34,6 +34,7 @@ bool CPluginKernel<TKernel>::LoadPlugin(const CString& path) {
 template <class TKernel>
 bool CPluginKernel<TKernel>::Introduce(const CString& path, const PluginModule& plugin) {
     TKernel* kernel = dynamic_cast<TKernel*>(this);
+    ASSERT(kernel != nullptr);
     const std::size_t factoriesBefore = kernel->GetFactories().size();
     std::int32_t version = 0;
     const auto failure = FailureOf([&] {

@@ -12,6 +12,7 @@ namespace Terrascope {
 /// Loads plug-in libraries for TKernel, the class that derives from it and that the plug-ins
 /// register with. Made for CTileMapInfoProviderPluginKernel alone.
 ///
+/// Requires: the object is a TKernel.
 /// Owns:    the loaded libraries; they are unloaded when it goes, after TKernel's other parts.
 /// Threads: the thread that loads the library, under the loader lock.
 /// Errors:  a plug-in that cannot be used is reported to the provider log and left out.

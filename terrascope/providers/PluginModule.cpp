@@ -80,6 +80,7 @@ void PluginModule::Release() {
 }
 
 void PluginModule::Pin() const {
+    ASSERT(m_useCount != nullptr);
     HMODULE pinned = nullptr;
     ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                          reinterpret_cast<LPCSTR>(m_module), &pinned);

@@ -13,6 +13,7 @@ class CTileMapInfoProviderPluginKernel;
 /// to go unloads it.
 ///
 /// Threads: the counter is not atomic: the thread that loads and unloads the library.
+/// Requires: not released, for the entry points and Pin.
 class PluginModule {
 public:
     /// The exported, unmangled functions that make a DLL a plug-in.
@@ -28,14 +29,20 @@ public:
     PluginModule& operator=(const PluginModule& other);
     ~PluginModule() { Release(); }
 
-    /// Gives up this copy's share; the entry points must not be called afterwards.
+    /// Gives up this copy's share.
     void Release();
 
     /// Keeps the library in the process for good, whoever releases it.
     void Pin() const;
 
-    EngineVersionEntry GetEngineVersionEntry() const { return m_engineVersion; }
-    RegisterEntry GetRegisterEntry() const { return m_register; }
+    EngineVersionEntry GetEngineVersionEntry() const {
+        ASSERT(m_useCount != nullptr);
+        return m_engineVersion;
+    }
+    RegisterEntry GetRegisterEntry() const {
+        ASSERT(m_useCount != nullptr);
+        return m_register;
+    }
 
 private:
     PluginModule() = default;

@@ -89,6 +89,7 @@ bool CTileMapInfoProviderWrapper::Reserved16() {
 }
 
 bool CTileMapInfoProviderWrapper::SelectProvider() {
+    ASSERT(m_provider == nullptr);
     m_provider = CreateConfiguredProvider(m_identity);
     return m_provider != nullptr;
 }

@@ -37,8 +37,8 @@ public:
     virtual bool Reserved15();
     virtual bool Reserved16();
 
-    /// Creates the provider that the configuration asks for; false when there is none. Call it
-    /// once, right after the construction.
+    /// Creates the provider that the configuration asks for; false when there is none.
+    /// Requires: the wrapper holds no provider; it is called once, right after the construction.
     bool SelectProvider();
 
     /// Which providers with which data paths these are: the same for the same configuration.

@@ -6,7 +6,8 @@ namespace Terrascope {
 
 /// Colours as red, green, blue (red in the low byte) and as hue in degrees (0 to 360), lightness
 /// and saturation (0 to 1 each). Components are truncated; outside 0 to 255 they become the nearest
-/// of these, and 0 where the numbers are none.
+/// of these, and 0 where the numbers are none. The library does not call these; they are for its
+/// users.
 
 void RgbToHls(COLORREF colour, float& hue, float& lightness, float& saturation);
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <afx.h>
+
 namespace Terrascope {
 
 /// Owns one reference to a COM object and releases it; may be null.
+///
+/// Requires: not null, for the arrow.
 template <class Interface>
 class CComRef {
 public:
@@ -16,7 +20,10 @@ public:
     }
 
     Interface* Get() const { return m_object; }
-    Interface* operator->() const { return m_object; }
+    Interface* operator->() const {
+        ASSERT(m_object != nullptr);
+        return m_object;
+    }
     explicit operator bool() const { return m_object != nullptr; }
 
 private:

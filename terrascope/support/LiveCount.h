@@ -5,7 +5,7 @@
 namespace Terrascope {
 
 /// An empty base that counts the objects of a class that are alive in this module, so that tests
-/// can tell a leak.
+/// find a leak.
 template <class Counted>
 class CLiveCount {
 public:

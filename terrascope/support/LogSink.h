@@ -4,8 +4,8 @@
 
 namespace Terrascope {
 
-/// Where the library's rooms say what a support engineer wants to know. Until a receiver is set
-/// the lines are dropped.
+/// Where the library's rooms log what a support engineer needs. Until a receiver is set the lines
+/// are dropped.
 ///
 /// Threads: any; the receiver is called on the caller's thread, possibly under the caller's locks,
 ///          and must neither block for long nor throw.

@@ -3,13 +3,14 @@
 #include <objbase.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 
 namespace Terrascope {
 
-/// A memory file: bytes and one position, which may stand past the end. 32-bit offsets, as the
+/// A memory file: bytes and one position, which may be past the end. 32-bit offsets, as the
 /// stream's positions are.
 class CMemStream::Store {
 public:
@@ -94,6 +95,22 @@ private:
     std::uint64_t m_position = 0;
 };
 
+// Records that cross the plug-in boundary hold a stream, so the places of its fields are part of
+// the binary interface. offsetof is conditionally supported for a class with a virtual function.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+struct CMemStream::Layout {
+    static_assert(offsetof(CMemStream, m_pStore) == 8);  // after the virtual table
+    static_assert(offsetof(CMemStream, m_nReadPosition) == 16);
+    static_assert(offsetof(CMemStream, m_nWritePosition) == 20);
+    static_assert(offsetof(CMemStream, m_pStream) == 24);
+    static_assert(offsetof(CMemStream, m_bDirty) == 32);
+    static_assert(offsetof(CMemStream, m_hGlobal) == 40);
+    static_assert(offsetof(CMemStream, m_pBuffer) == 48);
+    static_assert(sizeof(CMemStream) == 56);
+};
+#pragma GCC diagnostic pop
+
 CMemStream::CMemStream() : m_pStore(std::make_unique<Store>()) {}
 
 CMemStream::CMemStream(const void* data, std::uint32_t size) : CMemStream() {
@@ -131,6 +148,7 @@ CMemStream& CMemStream::operator=(const CMemStream& other) {
 }
 
 void CMemStream::Write(const void* data, std::uint32_t size) {
+    ASSERT(data != nullptr || size == 0);
     m_pStore->MoveTo(m_nWritePosition);
     m_pStore->Write(data, size);
     m_nWritePosition = m_pStore->Position();
@@ -142,6 +160,7 @@ void CMemStream::Read(void* buffer, std::uint32_t size) {
 }
 
 std::uint32_t CMemStream::ReadSome(void* buffer, std::uint32_t size) {
+    ASSERT(buffer != nullptr || size == 0);
     m_pStore->MoveTo(m_nReadPosition);
     const std::uint32_t count = m_pStore->Read(buffer, size);
     m_nReadPosition = m_pStore->Position();

@@ -20,6 +20,7 @@ namespace Terrascope {
 /// Threads: one at a time.
 /// Errors:  none are raised. A short read leaves the rest of the target as it was; bytes for which
 ///          there is no memory (or no room below 4 GB) are not written.
+/// Requires: data and buffers are not null unless their size is 0.
 class CMemStream {
 public:
     /// What Seek moves.
@@ -59,7 +60,7 @@ public:
     /// Drops the content; the positions stay.
     void Reset();
 
-    /// The content as a stream that stands at its start; null when it is empty. The same stream as
+    /// The content as a stream, read from its start; null when it is empty. The same stream as
     /// before while nothing was written. It is borrowed, and dead after the next write that is
     /// followed by another GetIStream, and after this object's end.
     IStream* GetIStream();
@@ -92,6 +93,7 @@ public:
 
 private:
     class Store;
+    struct Layout;
 
     std::uint32_t ReadSome(void* buffer, std::uint32_t size);
     bool ResizeBuffer(std::uint64_t size);

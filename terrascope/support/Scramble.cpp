@@ -1,8 +1,11 @@
 #include "terrascope/support/Scramble.h"
 
+#include <afx.h>
+
 namespace Terrascope {
 
 void ScrambleBytes(std::uint32_t a, std::uint32_t b, void* buffer, std::size_t length) {
+    ASSERT(buffer != nullptr || length == 0);
     unsigned key = 0;
     for (unsigned shift = 0; shift < 32; shift += 8) {
         key += (a >> shift & 0xFFU) + (b >> shift & 0xFFU);

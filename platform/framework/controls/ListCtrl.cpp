@@ -44,7 +44,7 @@ BOOL CListCtrl::SetItemText(int row, int column, LPCSTR text) {
 }
 
 CString CListCtrl::GetItemText(int row, int column) const {
-    // The control tells how much it copied, not how long the text is: ask until there is room.
+    // The control returns how much it copied, not how long the text is: ask until there is room.
     for (std::vector<char> text(256);; text.resize(text.size() * 2)) {
         LVITEMA item{};
         item.iSubItem = column;

@@ -54,7 +54,7 @@ public:
     BOOL GetErrorMessage(LPSTR text, UINT size, UINT* helpContext = nullptr) const override;
 };
 
-/// Ends an operation of which the user has been told already; CWnd::UpdateData catches it.
+/// Ends an operation that the user has been notified of; CWnd::UpdateData catches it.
 class FRAMEWORK_API CUserException : public CException {
     DECLARE_DYNAMIC(CUserException)
 public:

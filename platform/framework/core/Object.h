@@ -6,7 +6,7 @@
 class CArchive;
 class CDumpContext;
 
-/// What a class with DECLARE_DYNAMIC says about itself; one static object per class.
+/// The record of a class with DECLARE_DYNAMIC; one static object per class.
 struct FRAMEWORK_API CRuntimeClass {
     LPCSTR m_lpszClassName;
     int m_nObjectSize;

@@ -57,7 +57,7 @@ int LeadingEnd(LPCSTR text, Drop drop) {
 }
 
 /// Where the text ends without the trailing ones; found from its start, for a trail byte cannot be
-/// told from behind.
+/// recognised from behind.
 template <class Drop>
 int TrailingStart(LPCSTR text, Drop drop) {
     int end = 0;

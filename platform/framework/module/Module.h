@@ -5,7 +5,7 @@
 #include "../Export.h"
 #include "../core/Object.h"
 
-/// What the framework knows of one extension DLL; a static object of that DLL.
+/// The framework's record of one extension DLL; a static object of that DLL.
 struct AFX_EXTENSION_MODULE {
     BOOL bInitialized = FALSE;
     HMODULE hModule = nullptr;
@@ -47,5 +47,5 @@ FRAMEWORK_API void AfxSetResourceHandle(HINSTANCE module);
 /// loaded last first. The application's when none does.
 FRAMEWORK_API HINSTANCE AfxFindResourceHandle(LPCSTR name, LPCSTR type);
 
-/// Makes the rich edit control of version 2 known.
+/// Registers the rich edit control of version 2.
 FRAMEWORK_API BOOL AfxInitRichEdit2();

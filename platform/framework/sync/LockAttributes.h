@@ -1,6 +1,6 @@
 #pragma once
 
-/// What Clang's thread-safety analysis (-Wthread-safety) must be told of the locks; nothing for
+/// What Clang's thread-safety analysis (-Wthread-safety) reads of the locks; nothing for
 /// other compilers. CCriticalSection is a capability, CSingleLock a scoped one.
 #if defined(__clang__)
 #define FRAMEWORK_LOCK_ATTRIBUTE(x) __attribute__((x))

@@ -2,7 +2,7 @@
 
 #include "CriticalSection.h"
 
-/// Holds a lock for the length of a scope. Unless told to take it at once, call Lock and look at
+/// Holds a lock for the length of a scope. Unless it is taken at once, call Lock and look at
 /// the result.
 ///
 /// Borrows: the lock.

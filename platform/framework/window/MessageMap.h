@@ -60,7 +60,7 @@ namespace FrameworkMessages {
 template <auto Handler>
 inline constexpr auto kHandler = Handler;
 
-/// The class of a handler and its call on a window that is known to be of that class.
+/// The class of a handler and its call on a window that is of that class.
 template <class Function>
 struct Handler;
 

@@ -14,7 +14,7 @@ IMPLEMENT_DYNAMIC(CWnd, CObject)
 
 namespace {
 
-/// What one thread knows of its windows and of the message that it handles.
+/// One thread's windows and the message that it handles.
 struct WindowThread {
     std::map<HWND, CWnd*> permanent;
     std::map<HWND, std::unique_ptr<CWnd>> temporary;
@@ -198,7 +198,7 @@ BOOL CWnd::UpdateData(BOOL saveAndValidate) {
         DoDataExchange(&exchange);
         return TRUE;
     } catch (CUserException* refused) {
-        refused->Delete();  // the user has been told
+        refused->Delete();  // the user has seen the message
     } catch (CException* failed) {
         failed->Delete();
     }

@@ -15,7 +15,7 @@ class CDataExchange;
 /// Owns:    the system's window, when it was created or attached through the object; the
 ///          destructor destroys it.
 /// Threads: the thread that created the window. FromHandle and FromHandlePermanent may be asked on
-///          any, and only know the windows of the asking thread.
+///          any, and only find the windows of the asking thread.
 /// Errors:  functions answer FALSE or null as the system does. An exception that leaves a handler
 ///          is reported and swallowed: none crosses the window procedure.
 class FRAMEWORK_API CWnd : public CObject {
@@ -58,7 +58,7 @@ public:
     int GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
     CWnd* GetDlgItem(int id) const { return FromHandle(::GetDlgItem(m_hWnd, id)); }
     DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongA(m_hWnd, GWL_STYLE)); }
-    /// With `positionFlags` the window is told of its new frame.
+    /// With `positionFlags` the window is notified of its new frame.
     BOOL ModifyStyle(DWORD remove, DWORD add, UINT positionFlags = 0);
     BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT positionFlags = 0);
 

@@ -6,7 +6,8 @@
 
 namespace Terrascope {
 
-/// Files and folders on the disk. Paths are narrow, in the active code page, with backslashes.
+/// Files and folders on the disk. Paths are narrow, in the active code page, with backslashes. The
+/// library does not call these; they are for its users.
 ///
 /// Threads: FindFiles and ListSubdirectories change the process's current directory while they
 ///          run: one thread at a time, and not beside code that uses relative paths.

@@ -14,7 +14,7 @@ namespace Terrascope {
 
 namespace {
 
-// The system's functions are told of MAX_PATH; what is beyond is for code pages in which they
+// The system's functions are given MAX_PATH; what is beyond is for code pages in which they
 // count characters and write more bytes.
 using PathBuffer = std::array<char, std::size_t{2} * MAX_PATH>;
 
@@ -68,7 +68,7 @@ HMODULE OwnModule() {
 }
 
 CString ModuleFileName(HMODULE module) {
-    // One more than is told: some systems do not end a name that was cut.
+    // One more than is passed: some systems do not end a name that was cut.
     std::array<char, 1024 + 1> buffer{};
     ::GetModuleFileNameA(module, buffer.data(), static_cast<DWORD>(buffer.size() - 1));
     return CString(buffer.data());

@@ -23,7 +23,7 @@ CString ModuleFolder(HMODULE module);
 /// before the drive letter is left out.
 CString GetModuleFolderPath(const CString& moduleName);
 
-/// What stands before the last backslash; empty without one.
+/// The text before the last backslash; empty without one.
 CString TextBeforeLastBackslash(const CString& path);
 
 /// Without its last character, if that is a backslash.
@@ -31,8 +31,9 @@ CString WithoutTrailingBackslash(const CString& path);
 
 bool IsRelativePath(const CString& path);
 
-/// The way from the base folder (the current directory when it is empty) to the path; the path
-/// itself when there is none, as between two drives.
+/// The library does not call these two; they are for its users. The way from the base folder (the
+/// current directory when it is empty) to the path; the path itself when there is none, as between
+/// two drives.
 CString MakeRelativePath(const CString& path, const CString& baseFolder);
 CString MakeRelativePath(const char* path, const char* baseFolder);
 

@@ -6,15 +6,15 @@ namespace Terrascope {
 
 /// A settings file on the disk: every call goes through the system's profile functions, so that
 /// what others write is seen at once. Keys and sections are found ignoring case, values come
-/// without the blanks and the pair of quotation marks around them.
+/// without the blanks and the pair of quotation marks around them. The library reads its own files
+/// with CMemIniFile; this class is for its users.
 ///
 /// Threads: all objects of the process share one buffer: no two threads may read through objects
 ///          of this class at the same time.
 /// Errors:  as the base; names of 1000 bytes and more are listed cut short. A change with a
-/// section,
-///          key or value of 32,767 characters and more, which the system's functions do not take,
-///          is refused with a line in the log and leaves the file as it is; reading with such a
-///          section or key gives the default, and such a default counts as empty.
+///          section, key or value of 32,767 characters and more, which the system's functions do
+///          not take, is refused with a line in the log and leaves the file as it is; reading with
+///          such a section or key gives the default, and such a default counts as empty.
 class CIniFile : public CCustomIniFile {
 public:
     explicit CIniFile(const CString& path);

@@ -45,6 +45,7 @@ CTime Parse(const CString& text, bool dateOnly, bool timeOnly) {
 }  // namespace
 
 int LeadingInteger(const char* text) {
+    ASSERT(text != nullptr);
     return static_cast<int>(std::strtol(text, nullptr, 10));
 }
 

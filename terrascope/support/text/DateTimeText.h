@@ -11,7 +11,7 @@ namespace Terrascope {
 inline constexpr char kDateTimeForm[] = "%Y-%m-%d %H:%M:%S";
 
 /// The number at the start of a text, as atoi reads it; 0 without one, the nearest value when it
-/// is too large.
+/// is too large. Requires: the text is not null.
 int LeadingInteger(const char* text);
 
 /// Cuts a text at separators, from left to right, into numbers as LeadingInteger reads them. Each
@@ -36,8 +36,9 @@ private:
 /// daylight saving), with `timeOnly` "hour:minute:second" (of today). Fields have any width, and
 /// what follows a field's digits is passed over.
 ///
-/// False, with the result left alone, when a separator is missing or both flags are set. Fields
-/// that make no time are no format error: what CTime's constructor throws reaches the caller.
+/// The library does not call it; it is for its users. False, with the result left alone, when a
+/// separator is missing or both flags are set. Fields that make no time are no format error: what
+/// CTime's constructor throws reaches the caller.
 bool ParseDateTime(const CString& text, CTime& result, bool dateOnly, bool timeOnly);
 
 }  // namespace Terrascope

@@ -24,6 +24,7 @@ void FoldPair(char* pair) {
 }  // namespace
 
 std::size_t CharacterBytes(std::string_view text, std::size_t offset) {
+    ASSERT(offset < text.size());
     const auto byte = static_cast<BYTE>(text[offset]);
     const bool pair = byte >= 0x80 && ::IsDBCSLeadByte(byte) && offset + 1 < text.size();
     return pair ? 2 : 1;

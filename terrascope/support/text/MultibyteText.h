@@ -18,7 +18,8 @@ inline CString ToCString(std::string_view text) {
     return CString(text.data(), static_cast<int>(text.size()));
 }
 
-/// Bytes that the character at `offset` takes: 1 or 2, and never past the end.
+/// Bytes that the character at `offset` takes: 1 or 2, and never past the end. Requires: an offset
+/// before the text's end.
 std::size_t CharacterBytes(std::string_view text, std::size_t offset);
 
 /// The first and the last place of a one-byte character at or after `from`; npos when there is

@@ -8,7 +8,8 @@
 namespace Terrascope {
 
 /// Texts between the active code page, UTF-16 and UTF-8, and their small change. Where the result
-/// is a plain array, the caller frees it with delete[].
+/// is a plain array, the caller frees it with delete[]. The library calls StringToWide and
+/// CreateGuidString; the rest is for its users.
 ///
 /// Errors: null (or an empty handle) when memory is short or the input is null.
 
@@ -33,7 +34,7 @@ std::list<CString> SplitString(const CString& text, char delimiter);
 /// A new GUID as "{01234567-89AB-CDEF-0123-456789ABCDEF}"; empty when none could be made.
 CString CreateGuidString();
 
-/// Empty when the system does not tell it.
+/// Empty when the system has none.
 CString GetLocalComputerName();
 
 }  // namespace Terrascope

@@ -8,7 +8,7 @@ namespace Terrascope {
 
 /// A static text with colours and a font of its own, as a link, as an etched separator, or as plain
 /// text over what lies behind it. A click hands the control's text to the shell, whatever the text
-/// is.
+/// is. The library's dialogs do not use it; it is for its users.
 ///
 /// Units:   font sizes are heights in the device's units.
 /// Owns:    its brushes and its font.  Borrows: the link cursor.
@@ -33,7 +33,7 @@ public:
     void SetFontSize(int size);
     void SetBorder(bool border);
     void SetSunken(bool sunken);
-    /// Whether the parent is told of clicks. A click goes to the shell in either case.
+    /// Whether the parent is notified of clicks. A click goes to the shell in either case.
     void SetNotify(bool notify);
     void SetLinkCursor(HCURSOR cursor);
     void SetLink(const CString& text);

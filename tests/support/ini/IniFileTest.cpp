@@ -137,7 +137,7 @@ const struct {
     const char* before;
     char operation;  // write, delete, erase, add
     const char *section, *key, *value;
-    const char* after;  // "\n" stands for the line end that is written
+    const char* after;  // "\n" is here the line end that is written
 } kChanges[] = {
     {"a new key comes first", "[s]\na=1", 'w', "s", "b", " 2 ", "[s]\nb= 2 \na=1\n"},
     {"a new section comes last", "; c\n\n[s]", 'w', "t", "b", "2", "; c\n[s]\n[t]\nb=2\n"},
