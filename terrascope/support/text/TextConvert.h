@@ -8,8 +8,8 @@
 namespace Terrascope {
 
 /// Texts between the active code page, UTF-16 and UTF-8, and their small change. Where the result
-/// is a plain array, the caller frees it with delete[]. The library calls StringToWide and
-/// CreateGuidString; the rest is for its users.
+/// is a plain array, the caller frees it with delete[]. The library calls StringToWide;
+/// the rest is for its users.
 ///
 /// Errors: null (or an empty handle) when memory is short or the input is null.
 
