@@ -3,7 +3,7 @@
 namespace Terrascope::Plugins {
 
 std::optional<TileAddress> ParseTileKey(std::string_view key) {
-    if (key.empty() || key.size() > kDeepestLayer) {
+    if (key.empty() || key.size() > kDeepestAddressableLayer) {
         return std::nullopt;
     }
     TileAddress address;

@@ -6,10 +6,12 @@
 
 namespace Terrascope::Plugins {
 
-/// The deepest layer whose columns and rows fit 32-bit counts.
-inline constexpr int kDeepestLayer = 30;
+/// The deepest layer whose columns and rows fit 32-bit signed counts; the library itself takes keys
+/// that are longer.
+inline constexpr int kDeepestAddressableLayer = 30;
 
-/// A tile by its place: columns from the map's left edge, rows from its top edge.
+/// A tile by its layer and its place in it: columns from the map's left edge, rows from its top
+/// edge.
 struct TileAddress {
     int layer = 0;
     std::uint32_t column = 0;

@@ -117,8 +117,9 @@ MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
         info.strTileFormat = format;
     }
     // A key has as many digits as its layer's number, so there are no tiles in layer 0.
-    info.nFirstLayer = values.Whole(kMap, "FIRST_LAYER", 1, kDeepestLayer, 1);
-    info.nLayerCount = values.Whole(kMap, "LAYER_COUNT", 1, kDeepestLayer + 1 - info.nFirstLayer);
+    info.nFirstLayer = values.Whole(kMap, "FIRST_LAYER", 1, kDeepestAddressableLayer, 1);
+    info.nLayerCount =
+        values.Whole(kMap, "LAYER_COUNT", 1, kDeepestAddressableLayer + 1 - info.nFirstLayer);
     info.dLongitudeStart = values.Real(kMap, "LONGITUDE_START", -kFarthest, kFarthest);
     info.dLatitudeStart = values.Real(kMap, "LATITUDE_START", -kFarthest, kFarthest);
     info.dLongitude = values.Real(kMap, "LONGITUDE", kSmallestSpan, kFarthest);
