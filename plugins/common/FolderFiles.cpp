@@ -5,25 +5,38 @@
 #include "plugins/common/UniqueHandle.h"
 
 namespace Terrascope::Plugins {
+namespace {
 
-std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder) {
+FileTime Joined(const FILETIME& time) {
+    return FileTime{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+}  // namespace
+
+bool ComesBefore(const FolderFacts& a, const FolderFacts& b) {
+    return ::CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+}
+
+std::optional<std::vector<FolderFacts>> ListFolders(const std::wstring& folder) {
     WIN32_FIND_DATAW entry{};
     const UniqueHandle<&::FindClose> search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
     if (!search.IsOpen()) {
         return std::nullopt;
     }
-    std::vector<std::wstring> names;
+    std::vector<FolderFacts> folders;
     do {
-        const std::wstring name = entry.cFileName;
+        const std::wstring_view name = entry.cFileName;
         if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && name != L"." &&
             name != L"..") {
-            names.push_back(name);
+            folders.push_back(
+                {std::wstring(name), Joined(entry.ftCreationTime), Joined(entry.ftLastWriteTime)});
         }
     } while (::FindNextFileW(search.Get(), &entry) != 0);
-    std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
-        return ::CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
-    });
-    return names;
+    // Most file systems list them in this order.
+    if (!std::is_sorted(folders.begin(), folders.end(), ComesBefore)) {
+        std::sort(folders.begin(), folders.end(), ComesBefore);
+    }
+    return folders;
 }
 
 std::optional<FileFacts> LookAtFile(const std::wstring& path) {
@@ -33,7 +46,7 @@ std::optional<FileFacts> LookAtFile(const std::wstring& path) {
         return std::nullopt;
     }
     return FileFacts{std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow,
-                     data.ftLastWriteTime};
+                     Joined(data.ftCreationTime), Joined(data.ftLastWriteTime)};
 }
 
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,

@@ -10,17 +10,35 @@
 
 namespace Terrascope::Plugins {
 
-/// The names of the folders directly in `folder`, ordered by name ignoring case. Nothing when the
-/// folder cannot be read.
-std::optional<std::vector<std::wstring>> ListFolders(const std::wstring& folder);
+/// A time of a file or folder: 100 ns steps since 1601, UTC.
+using FileTime = std::uint64_t;
 
-/// A file as the directory lists it.
-struct FileFacts {
-    std::uint64_t size = 0;  ///< bytes
-    FILETIME lastWrite{};    ///< UTC
+/// A folder as the folder above lists it.
+struct FolderFacts {
+    std::wstring name;
+    FileTime created = 0;
+    FileTime lastWrite = 0;
+
+    bool operator==(const FolderFacts&) const = default;
 };
 
-/// Nothing when there is no such file, or when it is a folder.
+/// The order of ListFolders: by name, ignoring case.
+bool ComesBefore(const FolderFacts& a, const FolderFacts& b);
+
+/// The folders directly in `folder`, ordered. Nothing when the folder cannot be read.
+std::optional<std::vector<FolderFacts>> ListFolders(const std::wstring& folder);
+
+/// A file as its folder lists it.
+struct FileFacts {
+    std::uint64_t size = 0;  ///< bytes
+    FileTime created = 0;
+    FileTime lastWrite = 0;
+
+    bool operator==(const FileFacts&) const = default;
+};
+
+/// Nothing when there is no such file, or when it is a folder. The file is not opened: that costs
+/// many times as much.
 std::optional<FileFacts> LookAtFile(const std::wstring& path);
 
 /// A file's bytes; nothing when it cannot be read or is larger than `limit` bytes.

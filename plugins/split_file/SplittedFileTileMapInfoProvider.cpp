@@ -2,6 +2,7 @@
 
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/SafePath.h"
+#include "plugins/split_file/LibraryCache.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/text/MultibyteText.h"
 
@@ -82,7 +83,7 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
     if (folder->back() == L'\\' || folder->back() == L'/') {
         folder->pop_back();
     }
-    std::shared_ptr<const MapLibrary> library = ScanMapLibrary(*folder);
+    std::shared_ptr<const MapLibrary> library = CLibraryCache::OfProcess().Read(*folder);
     if (library == nullptr) {
         LogLine("the data path '%s' is not a folder that can be read", dataPath.GetString());
         return false;

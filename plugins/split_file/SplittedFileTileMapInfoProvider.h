@@ -24,8 +24,8 @@ public:
 
     ~CSplittedFileTileMapInfoProvider() override;
 
-    /// Reads the library anew; the flag makes no difference. False, and the maps stay, when the
-    /// folder cannot be read.
+    /// Reads what has changed in the library since it was last read in this process; the flag makes
+    /// no difference. False, and the maps stay, when the folder cannot be read.
     bool UpdateMapLib(bool flag) override;
     void SetDataPath(const CString& path) override;
     std::list<tagTILE_MAP_INFO*> GetMapList() override;

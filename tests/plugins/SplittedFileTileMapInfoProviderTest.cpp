@@ -32,6 +32,15 @@ std::string World(const std::string& key, const std::string& value) {
 class SplitFile : public testing::Test {
 protected:
     void Open() { m_provider->SetDataPath(m_folder.Path().c_str()); }
+    /// By a provider of its own, as each display and dialog has.
+    std::vector<std::string> OpenAnew() {
+        m_provider = std::make_unique<CSplittedFileTileMapInfoProvider>();
+        Open();
+        return MapNames();
+    }
+    void SetTime(const char* file, std::filesystem::file_time_type time) {
+        std::filesystem::last_write_time(m_folder / file, time);
+    }
 
     std::vector<std::string> MapNames() {
         std::vector<std::string> names;
@@ -128,6 +137,46 @@ TEST_F(SplitFile, UpdateMapLibReadsTheFolderAnew) {
     m_folder.WriteFile("maps\\new\\map.ini", kWorld);
     EXPECT_TRUE(m_provider->UpdateMapLib(false));
     EXPECT_THAT(MapNames(), ElementsAre("new"));
+}
+
+TEST_F(SplitFile, ReadsForAllProvidersWhatHasChanged) {
+    const auto now = std::filesystem::file_time_type::clock::now();
+    const std::string noTime = "UPDATE_TIME=?\n";  // a line in the log for each reading
+    for (const char* file : {"a\\map.ini", "b\\map.ini"}) {
+        m_folder.WriteFile(file, World("NAME", file) + noTime);
+        SetTime(file, now - std::chrono::hours(1));
+    }
+    EXPECT_THAT(OpenAnew(), ElementsAre("a\\map.ini", "b\\map.ini"));
+    auto other = std::move(m_provider);
+    EXPECT_THAT(OpenAnew(), ElementsAre("a\\map.ini", "b\\map.ini"));
+    EXPECT_TRUE(m_provider->UpdateMapLib(true));
+    EXPECT_EQ(2U, m_log.Lines().size()) << "nothing has changed: " << m_log.Text();
+
+    m_folder.WriteFile("b\\map.ini", World("NAME", "B\\map.ini") + noTime);
+    EXPECT_THAT(OpenAnew(), ElementsAre("a\\map.ini", "B\\map.ini")) << "as long as before";
+    EXPECT_EQ(3U, m_log.Lines().size()) << "only the changed one is read: " << m_log.Text();
+    SetTime("b\\map.ini", now);
+    OpenAnew();
+    m_folder.WriteFile("b\\map.ini", World("NAME", "C\\map.ini") + noTime);
+    SetTime("b\\map.ini", now);
+    EXPECT_THAT(OpenAnew(), ElementsAre("a\\map.ini", "C\\map.ini")) << "in the same time step";
+
+    m_folder.MakeFolder("empty");
+    std::filesystem::rename(m_folder / "a", m_folder / "z");
+    m_folder.WriteFile("z\\0\\000000\\000000_000001.jpg", "moved");
+    EXPECT_THAT(OpenAnew(), ElementsAre("C\\map.ini", "a\\map.ini"));
+    EXPECT_EQ("moved", Tile("a\\map.ini", "1"));
+    m_folder.WriteFile("empty\\map.ini", kWorld);
+    std::filesystem::remove(m_folder / "b\\map.ini");
+    EXPECT_THAT(OpenAnew(), ElementsAre("empty", "a\\map.ini"));
+
+    std::filesystem::rename(m_folder.Path(), m_folder.Path() + "x");
+    EXPECT_FALSE(other->UpdateMapLib(true));
+    EXPECT_THAT(OpenAnew(), IsEmpty()) << "the folder has vanished";
+    std::swap(m_provider, other);
+    EXPECT_THAT(MapNames(), ElementsAre("a\\map.ini", "b\\map.ini")) << "its own, as they were";
+    std::filesystem::rename(m_folder.Path() + "x", m_folder.Path());
+    EXPECT_THAT(OpenAnew(), ElementsAre("empty", "a\\map.ini"));
 }
 
 TEST_F(SplitFile, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
