@@ -71,6 +71,10 @@ make_app() {
 LOCAL=SplittedFileTileMapInfoProvider
 [SplittedFileTileMapInfoProvider]
 DATA_PATH=..\maps
+[TILE_LOAD]
+FAST=1
+THREADS=4
+CACHE_MB=256
 END
 }
 
