@@ -22,15 +22,22 @@ inline double Median(std::vector<double> values) {
     return *middle;
 }
 
+/// The n-th smallest of the values, counted from 1.
+inline double Ranked(std::vector<double> values, std::size_t n) {
+    const auto place = values.begin() + static_cast<std::ptrdiff_t>(n - 1);
+    std::nth_element(values.begin(), place, values.end());
+    return *place;
+}
+
 inline void PrintHeader() {
-    std::printf("%-48s %12s %12s %8s %8s\n", "microseconds for one", "ours", "raw", "ratio",
+    std::printf("%-56s %12s %12s %8s %8s\n", "microseconds for one", "ours", "raw", "ratio",
                 "target");
 }
 
 /// One row: our way, the raw way, and how many times ours takes; `target` is the largest ratio that
 /// is wanted. Nothing is judged here.
 inline void PrintRow(const char* name, double ours, double raw, double target) {
-    std::printf("%-48s %12.3f %12.3f %8.2f %8.2f\n", name, ours, raw, raw > 0 ? ours / raw : 0.0,
+    std::printf("%-56s %12.3f %12.3f %8.2f %8.2f\n", name, ours, raw, raw > 0 ? ours / raw : 0.0,
                 target);
     std::fflush(stdout);
 }
