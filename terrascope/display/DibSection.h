@@ -27,7 +27,7 @@ public:
     int Width() const { return m_view.width; }
     int Height() const { return m_view.height; }
     const PixelView& Pixels() const { return m_view; }
-    std::uint32_t* Row(int y) const { return m_view.pixels + std::int64_t{y} * m_view.stride; }
+    std::uint32_t* Row(int y) const { return m_view.Row(y); }
     HDC Dc() const { return m_dc; }
 
 private:

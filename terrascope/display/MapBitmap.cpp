@@ -18,8 +18,9 @@ std::unique_ptr<CMapBitmap> CMapBitmap::Create(CSize size, CSize slack) {
     if (size.cx <= 0 || size.cy <= 0) {
         return nullptr;
     }
-    auto dib = CDibSection::Create(std::int64_t{size.cx} + std::max(slack.cx, 0L),
-                                   std::int64_t{size.cy} + std::max(slack.cy, 0L));
+    const std::int64_t width = std::int64_t{size.cx} + std::max(slack.cx, 0L);
+    const std::int64_t height = std::int64_t{size.cy} + std::max(slack.cy, 0L);
+    auto dib = CDibSection::Create(width, height);
     return dib != nullptr ? std::unique_ptr<CMapBitmap>(new CMapBitmap(std::move(dib), size))
                           : nullptr;
 }

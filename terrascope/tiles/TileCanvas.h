@@ -2,6 +2,7 @@
 
 #include <afxwin.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "terrascope/tiles/PaintedArea.h"
@@ -15,6 +16,8 @@ struct PixelView {
     int width = 0;
     int height = 0;
     int stride = 0;
+
+    std::uint32_t* Row(int y) const { return pixels + static_cast<std::ptrdiff_t>(y) * stride; }
 };
 
 /// Where tiles paint themselves: the pixels of the off-screen bitmap while its lock is held.
@@ -39,9 +42,7 @@ public:
 
 private:
     CRect Bounds() const { return CRect(0, 0, m_target.width, m_target.height); }
-    std::uint32_t* Place(int x, int y) const {
-        return m_target.pixels + std::int64_t{y} * m_target.stride + x;
-    }
+    std::uint32_t* Place(int x, int y) const { return m_target.Row(y) + x; }
 
     PixelView m_target;
     CPaintedArea& m_painted;
