@@ -34,7 +34,7 @@ public:
         Script().SetMaps({map});
     }
 
-    static TerrascopeTest::IScriptedControl& Script() { return *TerrascopeTest::FindScript(); }
+    static TerrascopeTest::ScriptedControl& Script() { return *TerrascopeTest::FindScript(); }
 
     /// Waits until no tile was asked for in `quiet` milliseconds.
     static void AwaitTiles(ULONGLONG quiet) {
