@@ -18,13 +18,14 @@ if(TERRASCOPE_BUILD_TESTS)
     include(GoogleTest)
 endif()
 
-# terrascope_test(NAME SOURCES ... LIBRARIES ... [LOCALES ...] [TIMEOUT seconds])
+# terrascope_test(NAME SOURCES ... LIBRARIES ... [LOCALES ...] [UTF8] [TIMEOUT seconds])
 #
 # One test program in a folder of its own (build/<preset>/tests/NAME), so that a test may put
 # plug-ins and an ini file beside it. LOCALES runs the whole program once more under each named
-# locale (zh_CN.UTF-8 makes the active code page 936).
+# locale (zh_CN.UTF-8 makes the active code page 936). UTF8 does so under the code page 65001, which
+# only a manifest can set: the test NAME.utf8 runs a copy of the program in the folder NAME/utf8.
 function(terrascope_test name)
-    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LOCALES" ${ARGN})
+    cmake_parse_arguments(arg "UTF8" "TIMEOUT" "SOURCES;LIBRARIES;LOCALES" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
@@ -43,4 +44,15 @@ function(terrascope_test name)
             WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
             PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT LC_ALL=${locale})
     endforeach()
+    if(arg_UTF8)
+        set(folder ${PROJECT_BINARY_DIR}/tests/${name}/utf8)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/Utf8CodePage.manifest
+            ${folder}/${name}.exe.manifest COPYONLY)
+        add_custom_command(TARGET ${name} POST_BUILD
+            COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:${name}> ${folder} VERBATIM)
+        add_test(NAME ${name}.utf8 WORKING_DIRECTORY ${folder}
+            COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} ${folder}/${name}.exe)
+        set_tests_properties(${name}.utf8 PROPERTIES TIMEOUT ${arg_TIMEOUT}
+            ENVIRONMENT TERRASCOPE_TEST_CODE_PAGE=65001)
+    endif()
 endfunction()

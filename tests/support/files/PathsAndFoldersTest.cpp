@@ -20,12 +20,13 @@ CString CurrentDirectory() {
 
 TEST(Paths, JoinsToAnAbsolutePath) {
     const CString long255('a', 255);
+    const CString awkward = TerrascopeTest::HasUtf8() ? "\xE4\xB8\xAD" : "\xD5\x5C";
     const CString cases[][3] = {
         {"..\\maps\\.\\a", "C:\\data\\b\\", "C:\\data\\maps\\a"},
         {"..\\..\\..\\a", "C:\\data", "C:\\a"},
         {"D:\\other", "C:\\data", "D:\\other"},
         {"a/b", "C:\\data", "C:\\data\\a\\b"},
-        {"\xD5\x5C", "C:\\data", "C:\\data\\\xD5\x5C"},
+        {awkward, "C:\\data", "C:\\data\\" + awkward},
         {"maps", "", CurrentDirectory() + "\\maps"},
         {long255, "C:\\", "C:\\" + long255},  // 258 bytes
         {long255, "C:\\d", long255},          // 260: too long
