@@ -2,7 +2,7 @@
 
 #include <afxwin.h>
 
-#include <stdexcept>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -46,66 +46,53 @@ public:
                              double* bottom) = 0;
 };
 
-/// A folder with the real Terrascope.dll, the look-alike plug-in and settings.
-class LibraryFiles {
+/// The real Terrascope.dll with the look-alike plug-in, loaded while the object lives.
+class LibraryInUse {
 public:
-    LibraryFiles() {
+    LibraryInUse() {
         char program[MAX_PATH] = "";
         ::GetModuleFileNameA(nullptr, program, MAX_PATH);
-        const std::string fixtures(program, strrchr(program, '\\'));
-        m_folder.MakeFolder("Plugins\\Quillmont\\TileMapInfoProvider");
-        for (const auto& [name, to] :
-             {std::pair("Terrascope.dll", ""),
-              {"LookalikeProvider.dll", "Plugins\\Quillmont\\TileMapInfoProvider\\"}}) {
-            ::CopyFileA((fixtures + "\\fixtures\\" + name).c_str(),
-                        (m_folder / (std::string(to) + name)).c_str(), FALSE);
-        }
+        const std::string fixtures = std::string(program, strrchr(program, '\\')) + "\\fixtures\\";
+        const std::string plugins = "Plugins\\Quillmont\\TileMapInfoProvider";
+        m_folder.MakeFolder(plugins);
+        ::CopyFileA((fixtures + "Terrascope.dll").c_str(), (m_folder / "Terrascope.dll").c_str(),
+                    FALSE);
+        ::CopyFileA((fixtures + "LookalikeProvider.dll").c_str(),
+                    (m_folder / plugins + "\\LookalikeProvider.dll").c_str(), FALSE);
         m_folder.WriteFile("Terrascope.ini",
                            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=Near\nREMOTE=Far\n"
                            "[Near]\nDATA_PATH=near-by\n[Far]\nDATA_PATH=far-away\n"
                            "[TILE_LOAD]\nFAST=1\n");
+        Load();
     }
-    std::string Library() const { return m_folder / "Terrascope.dll"; }
+    ~LibraryInUse() { Free(); }
+    void Load() { module = ::LoadLibraryA((m_folder / "Terrascope.dll").c_str()); }
+    void Free() { ::FreeLibrary(std::exchange(module, nullptr)); }
 
-private:
-    TemporaryFolder m_folder;
-};
-
-/// Terrascope.dll, loaded while the object lives.
-class LoadedLibrary {
-public:
-    explicit LoadedLibrary(const std::string& path) : m_module(::LoadLibraryA(path.c_str())) {
-        if (m_module == nullptr) {
-            throw std::runtime_error("cannot load " + path);
-        }
-    }
-    ~LoadedLibrary() { ::FreeLibrary(m_module); }
-    LoadedLibrary(const LoadedLibrary&) = delete;
-    LoadedLibrary& operator=(const LoadedLibrary&) = delete;
-
-    HMODULE Module() const { return m_module; }
-
-    template <class TFunction>
-    static TFunction* Entry(HMODULE module, const char* name) {
-        void* entry = reinterpret_cast<void*>(::GetProcAddress(module, name));
-        return entry != nullptr ? reinterpret_cast<TFunction*>(entry)
-                                : throw std::runtime_error(std::string("no ") + name);
-    }
     /// A function of CMapAssistant by the rest of its decorated name.
     template <class TFunction>
     TFunction* Assistant(const std::string& rest) const {
-        return Entry<TFunction>(m_module, ("_ZN10Terrascope13CMapAssistant" + rest).c_str());
+        return Entry<TFunction>(module, "_ZN10Terrascope13CMapAssistant" + rest);
     }
     Ledger& Records() const {
         return *Entry<Ledger*()>(::GetModuleHandleA("LookalikeProvider.dll"), "ledger")();
     }
-    LookalikeDisplay* MakeDisplay(CSize logicalSize, CWnd* window, double scale) const {
-        return Assistant<LookalikeDisplay*(CSize, CWnd*, double)>("13GetTerrascopeE5CSizeP4CWndd")(
-            logicalSize, window, scale);
+    /// In a view of 200 x 200 pixels, without a window.
+    std::unique_ptr<LookalikeDisplay> MakeDisplay() const {
+        return std::unique_ptr<LookalikeDisplay>(Assistant<LookalikeDisplay*(CSize, CWnd*, double)>(
+            "13GetTerrascopeE5CSizeP4CWndd")({628, 628}, nullptr, 1.0));
     }
 
+    HMODULE module = nullptr;
+
 private:
-    HMODULE m_module;
+    template <class TFunction>
+    static TFunction* Entry(HMODULE module, const std::string& name) {
+        return reinterpret_cast<TFunction*>(
+            reinterpret_cast<void*>(::GetProcAddress(module, name.c_str())));
+    }
+
+    TemporaryFolder m_folder;
 };
 
 }  // namespace TerrascopeTest
