@@ -55,16 +55,32 @@ function(terrascope_copy_runtime_dlls)
 endfunction()
 terrascope_copy_runtime_dlls()
 
-# Header-only libraries of the Linux distribution. /usr/include itself must stay out of a cross
-# build, so each is linked into a folder of its own.
-function(terrascope_distribution_headers target)
-    set(folder ${PROJECT_BINARY_DIR}/distribution-headers)
-    file(MAKE_DIRECTORY ${folder})
-    foreach(name ${ARGN})
-        if(NOT EXISTS /usr/include/${name})
-            message(FATAL_ERROR "/usr/include/${name} is missing: run tools/setup.sh first.")
+# terrascope_header_library(TARGET HEADER ...): lets a target include header-only libraries, each
+# named by one of its headers ("fmt/core.h").
+#
+# In a cross build they are the build machine's, and its include folder itself must stay out: its
+# system headers would come in. There, each library is linked into a folder of its own.
+function(terrascope_header_library target)
+    set(isolated ${PROJECT_BINARY_DIR}/header-libraries)
+    foreach(header ${ARGN})
+        get_filename_component(name ${header} DIRECTORY)
+        set(variable TERRASCOPE_${name}_INCLUDE_DIR)
+        if(CMAKE_CROSSCOMPILING)
+            find_path(${variable} ${header} PATHS /usr/local/include /usr/include
+                NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+        else()
+            find_path(${variable} ${header})
         endif()
-        file(CREATE_LINK /usr/include/${name} ${folder}/${name} SYMBOLIC)
+        if(NOT ${variable})
+            message(FATAL_ERROR "The header ${header} was not found: run tools/setup.sh, or set "
+                "${variable} to the folder above ${name}.")
+        endif()
+        set(folder ${${variable}})
+        if(CMAKE_CROSSCOMPILING)
+            file(MAKE_DIRECTORY ${isolated})
+            file(CREATE_LINK ${folder}/${name} ${isolated}/${name} SYMBOLIC)
+            set(folder ${isolated})
+        endif()
+        target_include_directories(${target} SYSTEM PRIVATE ${folder})
     endforeach()
-    target_include_directories(${target} SYSTEM PRIVATE ${folder})
 endfunction()

@@ -96,7 +96,7 @@ check_headers() {
         "${target_flags[@]}" "${lock_flags[@]}" -Wall -Wextra -Werror \
         -Wno-pragma-once-outside-header -Wno-unused-const-variable \
         -DWINVER=0x0A00 -D_WIN32_WINNT=0x0A00 -DNOMINMAX -D_MBCS -DTERRASCOPE_BUILD \
-        -I. -Iplatform/framework -isystem "$build/distribution-headers" \
+        -I. -Iplatform/framework -isystem "$build/header-libraries" \
         -isystem /usr/src/googletest/googletest/include -isystem /usr/src/googletest/googlemock/include
 }
 
