@@ -1,31 +1,54 @@
-# The SDK: what a host or a provider plug-in is built and run with, and nothing else.
-# Headers keep the paths under which the sources include them.
+# The SDK: what a host or a provider plug-in is built and run with, and nothing else. The target
+# "sdk" builds what it needs; tools/sdk-check.sh installs it and uses it.
+get_property(plugins GLOBAL PROPERTY TERRASCOPE_PLUGINS)
+add_custom_target(sdk DEPENDS Terrascope framework terrascope_support TerrascopeViewer ${plugins})
+
 install(TARGETS Terrascope framework
     RUNTIME DESTINATION bin
     ARCHIVE DESTINATION lib)
 install(TARGETS terrascope_support ARCHIVE DESTINATION lib)
 install(TARGETS TerrascopeViewer RUNTIME DESTINATION bin)
-install(DIRECTORY ${TERRASCOPE_BIN_DIR}/Plugins DESTINATION bin FILES_MATCHING PATTERN "*.dll")
-foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+install(TARGETS ${plugins} LIBRARY DESTINATION bin/${TERRASCOPE_PLUGIN_SUBDIR})
+foreach(dll ${TERRASCOPE_RUNTIME_DLLS})
     install(FILES ${TERRASCOPE_BIN_DIR}/${dll} DESTINATION bin)
 endforeach()
 
-install(DIRECTORY platform/framework/ DESTINATION include/framework
-    FILES_MATCHING PATTERN "*.h")
-install(FILES
-    terrascope/api/ITerrascope.h
-    terrascope/api/MapAssistant.h
-    DESTINATION include/terrascope/api)
-install(FILES terrascope/display/ITerrascope.h DESTINATION include/terrascope/display)
-install(DIRECTORY terrascope/support/ DESTINATION include/terrascope/support
-    FILES_MATCHING PATTERN "*.h")
-# What registers and answers; how the library picks a provider stays inside.
-install(DIRECTORY terrascope/providers/ DESTINATION include/terrascope/providers
-    FILES_MATCHING PATTERN "ITileMapInfoProvider.h" PATTERN "TileMapRecords.h"
-    PATTERN "Plugin*.h" PATTERN "TileMapInfoProviderPlugin*.h")
+# The debug information goes into files of its own under symbols/, which a delivery leaves out.
+set(with_symbols bin/$<TARGET_FILE_NAME:Terrascope> bin/$<TARGET_FILE_NAME:framework>
+    bin/$<TARGET_FILE_NAME:TerrascopeViewer>)
+foreach(plugin ${plugins})
+    list(APPEND with_symbols bin/${TERRASCOPE_PLUGIN_SUBDIR}/$<TARGET_FILE_NAME:${plugin}>)
+endforeach()
+install(CODE "
+    set(objcopy \"${CMAKE_OBJCOPY}\")
+    set(modules \"${with_symbols}\")
+    set(libraries lib/$<TARGET_FILE_NAME:terrascope_support>)
+    include(\"${PROJECT_SOURCE_DIR}/cmake/SplitSymbols.cmake\")")
 
+# Headers keep the paths under which the sources include them; the framework's are found by name.
+file(STRINGS packaging/sdk-headers.txt lines REGEX "^(host|plugin|both) ")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS packaging/sdk-headers.txt)
+foreach(line ${lines})
+    string(REGEX REPLACE "^[a-z]+ +" "" path ${line})
+    if(NOT EXISTS ${PROJECT_SOURCE_DIR}/${path})
+        message(FATAL_ERROR "packaging/sdk-headers.txt names ${path}, which does not exist.")
+    endif()
+    string(REGEX REPLACE "^platform/" "" installed ${path})
+    if(path MATCHES "/$")
+        install(DIRECTORY ${path} DESTINATION include/${installed}
+            FILES_MATCHING PATTERN "*.h")
+    else()
+        get_filename_component(folder ${installed} DIRECTORY)
+        install(FILES ${path} DESTINATION include/${folder})
+    endif()
+endforeach()
+
+# The folders' names keep the links between documents and examples whole.
+install(FILES docs/hosting.md docs/writing-a-provider.md DESTINATION docs)
+install(DIRECTORY examples DESTINATION .)
 # A sample: in bin/language it would replace the texts of the resources.
-install(DIRECTORY packaging/language DESTINATION doc)
+install(DIRECTORY packaging/language DESTINATION docs)
+install(FILES CHANGELOG.md THIRD-PARTY-NOTICES DESTINATION .)
 
 include(CMakePackageConfigHelpers)
 configure_file(packaging/TerrascopeConfig.cmake.in TerrascopeConfig.cmake @ONLY)
@@ -35,4 +58,3 @@ install(FILES
     ${PROJECT_BINARY_DIR}/TerrascopeConfig.cmake
     ${PROJECT_BINARY_DIR}/TerrascopeConfigVersion.cmake
     DESTINATION lib/cmake/Terrascope)
-install(FILES docs/hosting.md docs/writing-a-provider.md DESTINATION doc OPTIONAL)

@@ -2,9 +2,9 @@
 // asked for. docs/writing-a-provider.md walks through it.
 #include <vector>
 
-#include "terrascope/providers/ITileMapInfoProvider.h"
-#include "terrascope/providers/PluginFactory.h"
-#include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+#include <terrascope/providers/ITileMapInfoProvider.h>
+#include <terrascope/providers/PluginFactory.h>
+#include <terrascope/providers/TileMapInfoProviderPluginKernel.h>
 
 using namespace Terrascope;
 
