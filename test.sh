@@ -4,4 +4,4 @@
 "$root/tools/setup.sh"
 build_targets
 say "test"
-ctest --test-dir "$build" --output-on-failure "$@"
+ctest --test-dir "$build" --parallel "$(nproc)" --output-on-failure "$@"

@@ -21,9 +21,10 @@ endif()
 # terrascope_test(NAME SOURCES ... LIBRARIES ... [LOCALES ...] [UTF8] [TIMEOUT seconds])
 #
 # One test program in a folder of its own (build/<preset>/tests/NAME), so that a test may put
-# plug-ins and an ini file beside it. LOCALES runs the whole program once more under each named
-# locale (zh_CN.UTF-8 makes the active code page 936). UTF8 does so under the code page 65001, which
-# only a manifest can set: the test NAME.utf8 runs a copy of the program in the folder NAME/utf8.
+# plug-ins and an ini file beside it. CTest's label for its tests is its name. LOCALES runs the whole
+# program once more under each named locale (zh_CN.UTF-8 makes the active code page 936). UTF8 does so
+# under the code page 65001, which only a manifest can set: the test NAME.utf8 runs a copy of the
+# program in the folder NAME/utf8.
 function(terrascope_test name)
     cmake_parse_arguments(arg "UTF8" "TIMEOUT" "SOURCES;LIBRARIES;LOCALES" ${ARGN})
     if(NOT arg_TIMEOUT)
@@ -36,13 +37,13 @@ function(terrascope_test name)
         ${arg_LIBRARIES} terrascope_paths terrascope_warnings gtest gmock gtest_main)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
         WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
-        PROPERTIES TIMEOUT ${arg_TIMEOUT})
+        PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS ${name})
     foreach(locale ${arg_LOCALES})
         gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
             TEST_SUFFIX ".${locale}"
             TEST_LIST ${name}_${locale}
             WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
-            PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT LC_ALL=${locale})
+            PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS ${name} ENVIRONMENT LC_ALL=${locale})
     endforeach()
     if(arg_UTF8)
         set(folder ${PROJECT_BINARY_DIR}/tests/${name}/utf8)
@@ -53,6 +54,6 @@ function(terrascope_test name)
         add_test(NAME ${name}.utf8 WORKING_DIRECTORY ${folder}
             COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} ${folder}/${name}.exe)
         set_tests_properties(${name}.utf8 PROPERTIES TIMEOUT ${arg_TIMEOUT}
-            ENVIRONMENT TERRASCOPE_TEST_CODE_PAGE=65001)
+            LABELS ${name} ENVIRONMENT TERRASCOPE_TEST_CODE_PAGE=65001)
     endif()
 endfunction()

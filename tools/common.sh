@@ -1,9 +1,10 @@
-# Shared by the scripts; to be sourced. Gives: root (the repository), build, say, fail, at_end,
-# build_targets, wine_prefix, virtual_screen, and a message that names the step in which a script
-# stopped.
+# Shared by the scripts; to be sourced. Gives: root (the repository), preset and build (its folder;
+# TERRASCOPE_PRESET=debug for the other one), say, fail, at_end, build_targets, wine_prefix,
+# virtual_screen, and a message that names the step in which a script stopped.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build="$root/build/release"
+preset=${TERRASCOPE_PRESET:-release}
+build="$root/build/$preset"
 step="start"
 explained=false
 cleaning=()
@@ -34,17 +35,19 @@ end_script() {
 }
 trap end_script EXIT
 
-# build_targets [TARGET ...]: configures, builds; everything without arguments.
+# build_targets [TARGET ...]: configures, builds; everything without arguments. Nothing where
+# .ci/run has built everything already.
 build_targets() {
+    [ -z "${TERRASCOPE_IS_BUILT:-}" ] || return 0
     local options=()
     [ $# -eq 0 ] || options=(--target "$@")
     mkdir -p "$root/build"
-    say "configure"
-    (cd "$root" && cmake --preset release) >"$build.configure.log" 2>&1 || {
+    say "configure $preset"
+    (cd "$root" && cmake --preset "$preset") >"$build.configure.log" 2>&1 || {
         tail -n 30 "$build.configure.log" >&2
         fail "configuring failed, the whole log is $build.configure.log"
     }
-    say "build"
+    say "build $preset"
     cmake --build "$build" --parallel "$(nproc)" "${options[@]}"
 }
 
