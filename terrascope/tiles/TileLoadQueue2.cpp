@@ -123,12 +123,18 @@ void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
 }
 
 bool CTileLoadQueue2::MoveToFront(const CString& key) {
-    CSingleLock lock(&m_lock, TRUE);
-    const auto found = m_byKey.find(FoldCase(ViewOf(key)));
-    if (found != m_byKey.end()) {
-        Requests& list = ListOf(*found->second);
-        found->second->ahead = false;
-        m_requests.splice(m_requests.begin(), list, found->second);
+    bool wasAhead = false;
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        const auto found = m_byKey.find(FoldCase(ViewOf(key)));
+        if (found != m_byKey.end()) {
+            Requests& list = ListOf(*found->second);
+            wasAhead = std::exchange(found->second->ahead, false);
+            m_requests.splice(m_requests.begin(), list, found->second);
+        }
+    }
+    if (wasAhead) {
+        ::WakeConditionVariable(&m_changed);  // it had to wait; now it may be taken
     }
     return true;
 }
@@ -138,7 +144,15 @@ CTileLoadQueue2::Requests& CTileLoadQueue2::ListOf(const tagTILE_LOAD_REQUEST& r
 }
 
 void CTileLoadQueue2::Arrange(const Ranks& ranks) {
-    CSingleLock lock(&m_lock, TRUE);
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        ArrangeLocked(ranks);
+    }
+    // What waited behind a view that was not complete may be of the view, or the only one left.
+    ::WakeAllConditionVariable(&m_changed);
+}
+
+void CTileLoadQueue2::ArrangeLocked(const Ranks& ranks) {
     Requests all;
     all.splice(all.end(), m_requests);
     all.splice(all.end(), m_ahead);

@@ -87,6 +87,7 @@ private:
 
     tagTILE_LOAD_REQUEST PopLocked() TERRASCOPE_REQUIRES(m_lock);
     void ClearLocked() TERRASCOPE_REQUIRES(m_lock);
+    void ArrangeLocked(const Ranks& ranks) TERRASCOPE_REQUIRES(m_lock);
     Requests& ListOf(const tagTILE_LOAD_REQUEST& request) TERRASCOPE_REQUIRES(m_lock);
 
     const TileLoadPolicy m_policy;

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <list>
+#include <new>
 
 #include "terrascope/support/LogSink.h"
 #include "terrascope/tiles/TileLoadQueue2.h"
@@ -15,10 +16,15 @@ constexpr int kPace = 150;        // ms that a delivered tile takes at least
 
 /// The first image decoded, before any lock is taken: nobody waits for a decoder.
 DecodedImage Decode(const std::list<tagTILE_IMAGE*>& images, CSize tileSize) {
-    const bool wanted = !images.empty() && images.front() != nullptr && tileSize.cx > 0;
-    return wanted && images.front()->stream.GetLength() > 0
-               ? DecodeImage(images.front()->stream.Bytes(), tileSize)
-               : DecodedImage();
+    if (images.empty() || images.front() == nullptr || tileSize.cx <= 0 ||
+        images.front()->stream.GetLength() == 0) {
+        return {};
+    }
+    try {
+        return DecodeImage(images.front()->stream.Bytes(), tileSize);
+    } catch (const std::bad_alloc&) {
+        return {.failure = "there is no memory for its image"};
+    }
 }
 
 }  // namespace

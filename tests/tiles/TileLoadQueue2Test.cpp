@@ -46,10 +46,10 @@ public:
 
     void Open() { ::SetEvent(m_gate); }
 
-    /// What was fetched after the two fetches that hold the gate.
-    std::vector<std::string> Fetched() {
+    /// What was fetched after those fetches that hold the gate.
+    std::vector<std::string> Fetched(int held = 2) {
         const std::lock_guard lock(m_mutex);
-        return {m_fetched.begin() + 2, m_fetched.end()};
+        return {m_fetched.begin() + held, m_fetched.end()};
     }
 
     std::vector<ULONGLONG> Times() {
@@ -186,6 +186,65 @@ TEST_F(TileLoadQueue, EndsWhatWasPushedBeforeAClear) {
     EXPECT_TRUE(queue.IsStale(former));
     EXPECT_FALSE(queue.IsStale(queue.Pop()));
     provider.Open();
+}
+
+/// Without the pace, and with requests beyond the view.
+class FastTileLoadQueue : public testing::Test {
+protected:
+    void Start(int threads) {
+        TileLoadPolicy policy;
+        policy.fast = true;
+        policy.threads = threads;
+        queue = std::make_unique<CTileLoadQueue2>(&receiver, &provider, policy);
+        queue->Push("map", 1, "gate");
+        ASSERT_TRUE(Await([&] { return provider.entered == 1; }));
+    }
+    void PushAhead(const char* key) { queue->Push("map", 1, key, CSize(0, 0), true); }
+    bool Enter(int count, DWORD time = 10000) {
+        return Await([&] { return provider.entered >= count; }, time);
+    }
+
+    GatedProvider provider;
+    Receiver receiver;
+    std::unique_ptr<CTileLoadQueue2> queue;
+};
+
+TEST_F(FastTileLoadQueue, FetchesAheadWhenTheViewIsCompleteOrTheTileComesIntoIt) {
+    Start(3);
+    for (const char* key : {"0", "1", "2"}) {
+        PushAhead(key);
+    }
+    EXPECT_FALSE(Enter(2, 200)) << "a tile of the view is still on its way";
+    queue->MoveToFront("2");
+    EXPECT_TRUE(Enter(2)) << "a thread has nothing else to do";
+    queue->Arrange({{"0", {false, 1.0}}, {"1", {true, 9.0}}});
+    EXPECT_TRUE(Enter(3));
+    EXPECT_EQ((std::vector<std::string>{"map/1/2", "map/1/1"}), provider.Fetched(1));
+    provider.Open();
+    EXPECT_TRUE(Enter(4));
+}
+
+TEST_F(FastTileLoadQueue, ArrangesTheVisibleFirstTheNearestFirstAndWithdrawsTheRest) {
+    Start(1);
+    for (const char* key : {"visible, far", "gone", "visible, near"}) {
+        queue->Push("map", 1, key);
+    }
+    for (const char* key : {"ahead, far", "ahead, near", "visible now"}) {
+        PushAhead(key);
+    }
+    queue->Arrange({{"visible, far", {true, 7.0}},
+                    {"visible, near", {true, 1.0}},
+                    {"visible now", {true, 4.0}},
+                    {"ahead, far", {false, 3.0}},
+                    {"ahead, near", {false, 2.0}}});
+    provider.Open();
+    EXPECT_TRUE(Await([&] { return receiver.delivered == 6; }, 1000)) << "paced, it takes 900 ms";
+    EXPECT_EQ(
+        (std::vector<std::string>{"map/1/visible, near", "map/1/visible now", "map/1/visible, far",
+                                  "map/1/ahead, near", "map/1/ahead, far"}),
+        provider.Fetched(1));
+    queue->Push("map", 1, "gone");
+    EXPECT_TRUE(Enter(7)) << "withdrawn, it can be pushed again";
 }
 
 TEST(TileLoadQueueEnd, DoesNotWaitForEverForAReceiverThatHangs) {
