@@ -10,8 +10,9 @@ namespace TerrascopeTest {
 namespace {
 
 std::string g_dialogTexts;
+int g_looks = 0;
 
-/// Collects all texts of the map selection dialog once it shows a map, then accepts it.
+/// Collects all texts of the map selection dialog; accepts it when it shows a map, or after 5 s.
 void CALLBACK LookAtDialog(HWND, UINT, UINT_PTR, DWORD) {
     const auto collect = [](HWND window, LPARAM) {
         char text[4000] = "";
@@ -22,7 +23,7 @@ void CALLBACK LookAtDialog(HWND, UINT, UINT_PTR, DWORD) {
     const HWND dialog = ::FindWindowA("#32770", nullptr);
     g_dialogTexts.clear();
     ::EnumChildWindows(dialog, collect, 0);
-    if (g_dialogTexts.find("Layer4") != std::string::npos) {
+    if (g_dialogTexts.find("Layer4") != std::string::npos || ++g_looks > 500) {
         ::PostMessageA(dialog, WM_COMMAND, IDOK, 0);
     }
 }
