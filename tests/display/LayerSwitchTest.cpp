@@ -57,20 +57,6 @@ TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
     EXPECT_EQ(display->GetLayer(), 3);
 }
 
-TEST_F(LayerSwitch, MakesTheClickedPointTheCentre) {
-    Open(3);
-    AwaitPicture();
-    int x = 130;
-    int y = 40;
-    double mapX = 0;
-    double mapY = 0;
-    display->DeviceToMapInt(&x, &y, &mapX, &mapY, 0);
-    Use(MapToolKind::ZoomIn);
-    Click({130, 40});
-    EXPECT_FLOAT_EQ(display->Center().x, static_cast<float>(mapX));
-    EXPECT_FLOAT_EQ(display->Center().y, static_cast<float>(mapY));
-}
-
 TEST_F(LayerSwitch, IsRefusedAtBothEndsOffTheMapAndWhileOneRuns) {
     Open(5);
     EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomIn));

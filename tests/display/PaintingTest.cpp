@@ -53,12 +53,6 @@ protected:
 // Layer 4 is 1024 x 512 pixels; a view of 200 x 120 about its middle begins at (412, 196).
 const CPoint kMiddleOffset(412, 196);
 
-TEST_F(Painting, AtRestIsTheTilesPixelForPixel) {
-    Open(4);
-    AwaitPicture();
-    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
-}
-
 // The truncated logical size is a fraction of a pixel short: that must not resample the picture.
 TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     auto bitmap = CMapBitmap::Create({80, 60}, {0, 0});
@@ -173,19 +167,6 @@ TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
     }
     // All that came into view is there, and in its place.
     EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset - CSize(70, 42)), 0);
-}
-
-TEST_F(Painting, ATileThatLeftTheBitmapIsWholeWhenItComesBack) {
-    Open(4);
-    AwaitPicture();
-    for (int i = 0; i < 3; ++i) {
-        Drag({60, 30});
-        Drag({60, 30});
-        Drag({-60, -30});
-        Drag({-60, -30});
-    }
-    AwaitPicture();
-    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset), 0);
 }
 
 // Places truncate toward zero, so neighbours overlap by a pixel here and there: each rendering

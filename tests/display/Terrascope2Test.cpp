@@ -49,22 +49,6 @@ TEST_F(Terrascope2, SetLayerCentresOnTheLeftEdgePlusHalfTheHeight) {
     EXPECT_EQ(display->Center(), CPointF(10 + 180, 10 + 90));
 }
 
-TEST_F(Terrascope2, ConvertsInTwoDirectionsAndIgnoresOthers) {
-    Open(3);
-    display->SetViewOrigin(CPoint(5, 6));
-    double x = 42;
-    double y = 17;
-    double mapX = 0;
-    double mapY = 0;
-    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 0), TRUE);
-    x = y = 0;
-    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 1), TRUE);
-    EXPECT_NEAR(x, 42, 1e-9);
-    EXPECT_NEAR(y, 17, 1e-9);
-    EXPECT_EQ(display->DeviceToMap(&x, &y, &mapX, &mapY, 2), TRUE);
-    EXPECT_NEAR(x, 42, 1e-9);
-}
-
 TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
     Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
     EXPECT_FALSE(display->IsPointOutside({37, 29}));

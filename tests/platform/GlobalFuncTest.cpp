@@ -18,12 +18,4 @@ TEST(GlobalFunc, WritesAModulesFolderOnlyWhereItFits) {
     }
 }
 
-TEST(GlobalFunc, MakesSureOfAFolder) {
-    const TerrascopeTest::TemporaryFolder folder{TerrascopeTest::FolderName::Awkward};
-    folder.WriteFile("file", "");
-    for (const char* name : {"log", "log", "log/inner/", "log\\inner", "no\\parent", "file"}) {
-        EXPECT_EQ(name[0] == 'l', GlobalFunc::IsDirectoryCreated((folder / name).c_str())) << name;
-    }
-}
-
 }  // namespace

@@ -47,20 +47,4 @@ TEST_F(LumilogTest, WritesEachLineAtOnceWhileItIsSwitchedOn) {
     EXPECT_EQ("", Messages());
 }
 
-TEST_F(LumilogTest, IgnoresAFolderThatCannotBeMadeAndAnUnknownModule) {
-    Register(m_folder.WriteFile("file", "") + "\\under a file");
-    Lumilog::_dout("Module", "nowhere");
-    Lumilog::SaveToFile("Module", true);
-    Lumilog::_dout("Stranger", "dropped");
-    Lumilog::SaveToConsole("Stranger", true);
-    Lumilog::UnRegister("Stranger");
-    Lumilog::RegisterByModule({nullptr, nullptr});
-    // A later registration of the same name works, also in a folder whose name ends, where the code
-    // page allows it, in a character with a backslash's byte.
-    m_folder.MakeFolder("x\xD5\x5C");
-    Register(m_folder / "x\xD5\x5C");
-    Lumilog::_dout("Module", "here");
-    EXPECT_EQ("here\r;", Messages("x\xD5\x5C\\Module.log"));
-}
-
 }  // namespace

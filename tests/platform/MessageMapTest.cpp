@@ -5,7 +5,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -20,7 +19,6 @@ public:
     std::string Taken() { return std::exchange(m_log, {}); }
 
     bool m_throwsOnCreate = false;
-    int m_endings = 0;
 
 protected:
     void Log(const char* format, auto... values) {
@@ -43,7 +41,6 @@ protected:
     }
     void OnRange(UINT id) { Log("range %u;", id); }
     void OnChanged(NMHDR*, LRESULT* result) { *result = 42; }
-    void PostNcDestroy() override { ++m_endings; }
     DECLARE_MESSAGE_MAP()
 
 private:
@@ -59,31 +56,9 @@ ON_COMMAND_RANGE(110, 112, &Recorder::OnRange)
 ON_NOTIFY(LVN_ITEMCHANGED, 130, &Recorder::OnChanged)
 END_MESSAGE_MAP()
 
-/// Adds a line to its base's map: it colours itself when its parent is asked to.
-class Derived : public Recorder {
-public:
-    CBrush m_brush{RGB(1, 2, 3)};
-
-protected:
-    HBRUSH CtlColor(CDC* dc, UINT kind) {
-        Log("colour %u;", kind);
-        dc->SetBkColor(RGB(4, 5, 6));
-        return m_brush;
-    }
-    DECLARE_MESSAGE_MAP()
-};
-
-BEGIN_MESSAGE_MAP(Derived, Recorder)
-ON_WM_CTLCOLOR_REFLECT()
-END_MESSAGE_MAP()
-
 class MessageMap : public testing::Test {
 protected:
     MessageMap() { window.Make(); }
-    HWND MakeChild(const char* kind, UINT id) {
-        return ::CreateWindowA(kind, "old", WS_CHILD, 0, 0, 9, 9, window.m_hWnd,
-                               reinterpret_cast<HMENU>(id), nullptr, nullptr);
-    }
     Recorder window;
 };
 
@@ -106,43 +81,6 @@ TEST_F(MessageMap, UnpacksMessagesAndLetsNoExceptionOut) {
     failing.m_throwsOnCreate = true;
     EXPECT_FALSE(failing.Make());
     EXPECT_EQ(nullptr, failing.m_hWnd);
-}
-
-TEST_F(MessageMap, ASubclassedControlColoursItselfAndKeepsWhatItDid) {
-    Derived control;
-    MakeChild("EDIT", 7);
-    ASSERT_TRUE(control.SubclassDlgItem(7, &window));
-    CClientDC context(&control);
-    LRESULT answer = 0;
-    for (const HWND who : {MakeChild("STATIC", 8), control.m_hWnd}) {  // the first has no object
-        answer = window.SendMessage(WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context.m_hDC),
-                                    reinterpret_cast<LPARAM>(who));
-    }
-    EXPECT_EQ(reinterpret_cast<LRESULT>(static_cast<HBRUSH>(control.m_brush)), answer);
-    EXPECT_EQ(RGB(4, 5, 6), ::GetBkColor(context.m_hDC)) << "the context is the sender's";
-    control.SendMessage(WM_COMMAND, 110);
-    EXPECT_EQ("colour 6;range 110;", control.Taken()) << "its own line and its base's";
-    EXPECT_EQ(3, window.GetDlgItem(7)->SendMessage(WM_GETTEXTLENGTH));
-}
-
-TEST_F(MessageMap, ObjectsBelongToTheirWindows) {
-    CWnd* const temporary = CWnd::FromHandle(MakeChild("STATIC", 1));
-    window.SendMessage(kAsk);
-    EXPECT_NE(temporary, CWnd::FromHandle(MakeChild("STATIC", 2)));
-    EXPECT_EQ(nullptr, CWnd::FromHandlePermanent(temporary->m_hWnd));
-    HWND handle = window.m_hWnd;
-    const CWnd* elsewhere = &window;
-    std::thread([&] { elsewhere = CWnd::FromHandlePermanent(handle); }).join();
-    EXPECT_EQ(nullptr, elsewhere) << "another thread does not get at the object";
-    ::DestroyWindow(handle);
-    EXPECT_EQ(1, window.m_endings);
-    EXPECT_EQ(nullptr, window.m_hWnd);
-    {
-        Recorder second;
-        ASSERT_TRUE(second.Make());
-        handle = second.m_hWnd;
-    }
-    EXPECT_FALSE(::IsWindow(handle)) << "a destructor takes the window with it";
 }
 
 }  // namespace

@@ -18,21 +18,6 @@ std::string Text(const CString& text) {
     return {text.GetString(), static_cast<size_t>(text.GetLength())};
 }
 
-TEST(String, CopiesMayLiveInManyThreads) {
-    CString original("shared");
-    const LPCSTR text = original;
-    const auto copy = [&original] {
-        for (int i = 0; i < 50000; ++i) {
-            CString changed(original);
-            changed += 'x';
-        }
-    };
-    std::thread first(copy), second(copy);
-    first.join();
-    second.join();
-    EXPECT_EQ(text, original.GetBuffer()) << "the last one needs no copy to be written to";
-}
-
 TEST(String, ArgumentsMayBePartsOfTheTextItselfOrNull) {
     CString text("abcdef");
     text = text.GetString() + 2;
@@ -68,17 +53,6 @@ TEST(String, SlicesAreCutToTheTextAndAnIndexOutsideThrows) {
         EXPECT_EQ(",,abc,", slices(below)) << below;
     }
     EXPECT_TRUE(Throws([&] { text.GetAt(-1); }) && Throws([&] { text.GetAt(4); }));
-}
-
-TEST(String, EditsReturnHowMuchTheyChanged) {
-    CString text("one two two");
-    EXPECT_EQ(2, text.Replace("two", "three"));
-    EXPECT_EQ(5, text.Replace("e", "ee")) << "what was put in is not looked at again";
-    EXPECT_EQ(10, text.Replace("e", ""));
-    EXPECT_EQ(6, text.Delete(2, 4));
-    EXPECT_EQ(7, text.Insert(100, "!"));
-    EXPECT_EQ(8, text.Insert(-5, '>'));
-    EXPECT_EQ(">on thr!", Text(text));
 }
 
 TEST(String, AReleasedBufferKeepsWhatWasWritten) {

@@ -9,26 +9,6 @@
 namespace Viewer {
 namespace {
 
-TEST(ViewerOptions, TakesWhatIsSaid) {
-    std::string error;
-    const auto options = ParseOptions(
-        {"--map", "Blue Marble", "--layer", "3", "--center", "-12.5,4e1", "--size", "640x480",
-         "--snapshot", "a b.png", "--timeout", "2.5", "--data", "local=Split,C:\\a,b"},
-        error);
-    ASSERT_TRUE(options) << error;
-    EXPECT_EQ("Blue Marble", options->map);
-    EXPECT_EQ(3, options->layer);
-    EXPECT_EQ((MapPoint{-12.5, 40}), options->center);
-    EXPECT_EQ((PixelSize{640, 480}), options->size);
-    EXPECT_EQ("a b.png", options->snapshotFile);
-    EXPECT_EQ(2.5, options->timeoutSeconds);
-    ASSERT_EQ(1U, options->data.size());
-    EXPECT_EQ("Split", options->data[0].name);
-    EXPECT_EQ("C:\\a,b", options->data[0].path);
-    EXPECT_TRUE(options->IsScripted());
-    EXPECT_FALSE(ParseOptions({}, error)->IsScripted());
-}
-
 TEST(TextValues, AreRefusedInOptionsAndToursWithWhatIsWanted) {
     // What the error names, and the option or the tour's line.
     std::istringstream cases(R"(unknown option "--zoom"|--zoom 3

@@ -87,22 +87,6 @@ TEST_F(IniFile, RefusesTextsThatTheSystemDoesNotTake) {
     EXPECT_EQ(7, log.Count("too long"));
 }
 
-TEST_F(IniFile, SharesItsFileWithTheOneInMemory) {
-    for (int round = 0; round < 3; ++round) {
-        CIniFile disk(path);
-        disk.WriteInteger("disk", CString("k") + char('0' + round), round);
-        CMemIniFile memory(path, true);
-        EXPECT_EQ(round, memory.ReadInteger("disk", CString("k") + char('0' + round), -1));
-        memory.WriteDateTime("memory", "when", CTime(2024, 5, 6, 7, 8, round));
-        memory.UpdateFile();  // with CR CR LF at the lines' ends
-        EXPECT_TRUE(disk.ReadDateTime("memory", "when", CTime()) == CTime(2024, 5, 6, 7, 8, round));
-    }
-    EXPECT_EQ((Names{"k0", "k1", "k2"}), CMemIniFile(path, true).ReadSection("disk"));
-    const CString name = ::PathFindFileNameA(folder.Path().c_str());
-    EXPECT_EQ(ModuleFolder(nullptr) + "\\" + name, CIniFile(name).GetFileName());
-    EXPECT_TRUE(ForceDeleteFile(ModuleFolder(nullptr) + "\\" + name));
-}
-
 const struct {
     const char* name;
     std::string file;
