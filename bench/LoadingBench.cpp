@@ -66,7 +66,8 @@ void Print(const char* name, const std::vector<double>& loading, const std::vect
 
 }  // namespace
 
-int main() {
+// A bench that cannot make its files ends with the exception's text.
+int main() {  // NOLINT(bugprone-exception-escape)
     const CGdiplusSession session;
     TerrascopeTest::LibraryFolder library;
     library.AddPlugin("SplittedFileTileMapInfoProvider.dll");
