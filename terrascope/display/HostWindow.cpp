@@ -84,7 +84,7 @@ void CHostWindow::PostRepaint(const CRect& rect) {
 // The host takes a message at its own time; within 10 ms the next goes out all the same.
 void CHostWindow::StartWaitingLocked() {
     m_waiting = true;
-    constexpr LONGLONG kPatience = -10 * 10000;  // 10 ms from now, in units of 100 ns
+    constexpr LONGLONG kPatience = -10LL * 10000;  // 10 ms from now, in units of 100 ns
     LARGE_INTEGER due;
     due.QuadPart = kPatience;
     FILETIME time{due.LowPart, static_cast<DWORD>(due.HighPart)};

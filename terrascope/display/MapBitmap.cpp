@@ -113,7 +113,7 @@ void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSectio
     const std::size_t bytes = columns.places.size() * sizeof(std::uint32_t);
     for (const int row : rows.places) {
         std::uint32_t* place = frame.Row(y++) + columns.first;
-        if (row == scaledRow) {
+        if (target != nullptr && row == scaledRow) {
             std::memcpy(place, target, bytes);
         } else {
             const std::uint32_t* line = m_dib->Row(row);
