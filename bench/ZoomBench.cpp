@@ -22,24 +22,34 @@ constexpr double kLimit = 5000.0;  // microseconds of a call
 
 struct Times {
     std::vector<double> calls;
-    std::vector<double> frames;       ///< all
-    std::vector<double> firstFrames;  ///< the first scaled one of each switch
+    std::vector<double> frames;
+    std::vector<double> copies;       ///< a copy of the view after each frame
+    std::vector<double> firstFrames;  ///< of each switch, not among the others
+};
+
+/// Where frames and copies go.
+struct Targets {
+    Targets() { UseHostUnits(screen.dc); }
+    MemoryTarget screen;
+    MemoryTarget copy;
+    MemoryTarget source;
 };
 
 /// A zoom and its animation. Without a window the switch goes on by itself, and any moment has its
 /// frame.
-void Zoom(CTerrascope2& display, MapToolKind tool, MemoryTarget& screen, Times& times) {
+void Zoom(CTerrascope2& display, MapToolKind tool, Targets& targets, Times& times) {
     const CPointF center = display.Center();
     times.calls.push_back(MicrosecondsOf([&] { display.ZoomAt(center, tool); }));
     ::Sleep(100);  // the first step has been made
     bool first = true;
     while (display.IsSwitchingLayer()) {
-        const double frame = MicrosecondsOf([&] { display.Draw(&screen.dc); });
+        const double frame = MicrosecondsOf([&] { display.Draw(&targets.screen.dc); });
         (first ? times.firstFrames : times.frames).push_back(frame);
         first = false;
+        times.copies.push_back(MicrosecondsOf([&] { CopyView(targets.copy, targets.source); }));
         ::Sleep(9);
     }
-    display.Draw(&screen.dc);
+    display.Draw(&targets.screen.dc);
     ScriptedLibrary::AwaitTiles(200);  // longer than the switch thread's last wait
 }
 
@@ -50,23 +60,16 @@ void BenchZoom(ScriptedLibrary& library, int tileSize) {
     display.SetLayer(5);
     ScriptedLibrary::AwaitTiles(200);
 
-    MemoryTarget screen;
-    UseHostUnits(screen.dc);
-    MemoryTarget target;
-    MemoryTarget source;
+    Targets targets;
     Times in;
     Times out;
-    std::vector<double> copies;
     for (int run = 0; run < kRuns; ++run) {
-        Zoom(display, MapToolKind::ZoomOut, screen, out);
-        Zoom(display, MapToolKind::ZoomIn, screen, in);
-        for (int i = 0; i < 20; ++i) {
-            copies.push_back(MicrosecondsOf([&] { CopyView(target, source); }));
-        }
+        Zoom(display, MapToolKind::ZoomOut, targets, out);
+        Zoom(display, MapToolKind::ZoomIn, targets, in);
     }
-    const double copy = Median(copies);
     const auto print = [&](const char* direction, const Times& times) {
         const std::string size = std::to_string(tileSize);
+        const double copy = Median(times.copies);
         const std::string call = std::string("ZoomAt ") + direction + ", tiles of " + size;
         PrintRow((call + ", against 5 ms").c_str(), Median(times.calls), kLimit, 1.0);
         PrintRow((call + ", against a copy of the view").c_str(), Median(times.calls), copy,

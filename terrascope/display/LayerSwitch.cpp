@@ -75,8 +75,8 @@ void CLayerSwitch::Begin(SwitchMode mode, double nextFactor, double currentFacto
 void CLayerSwitch::Start() {
     m_thread = std::make_unique<CSwitchThread>(*this);
     m_thread->Start();
-    if (m_thread->IsFinished()) {
-        End();  // the system had no thread to give
+    if (!m_thread->HasThread()) {
+        End();  // the system had none to give
     }
 }
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <utility>
-
-#include "terrascope/tiles/PictureScaling.h"
+#include <vector>
 
 namespace Terrascope {
 
@@ -104,45 +103,46 @@ void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
     ::GdiFlush();
 }
 
-void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& frame) {
-    const NearestPlaces columns(0, to.Width(), frame.Width(), from.left, from.Width(), m_size.cx);
-    const NearestPlaces rows(0, to.Height(), frame.Height(), from.top, from.Height(), m_size.cy);
-    std::uint32_t* target = nullptr;
-    int scaledRow = -1;
-    int y = rows.first;
-    const std::size_t bytes = columns.places.size() * sizeof(std::uint32_t);
-    for (const int row : rows.places) {
-        std::uint32_t* place = frame.Row(y++) + columns.first;
-        if (target != nullptr && row == scaledRow) {
-            std::memcpy(place, target, bytes);
-        } else {
-            const std::uint32_t* line = m_dib->Row(row);
-            const int* nearest = columns.places.data();
-            const std::size_t count = columns.places.size();
-            target = place;
-            for (std::size_t x = 0; x < count; ++x) {
-                place[x] = line[nearest[x]];
+void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& strip) {
+    const NearestPlaces columns(0, to.Width(), strip.Width(), from.left, from.Width(), m_size.cx);
+    const NearestPlaces rows(0, to.Height(), to.Height(), from.top, from.Height(), m_size.cy);
+    // Of each painted rectangle, the places whose pixels come from it.
+    std::vector<CRect> opaque;
+    for (const CRect& part : m_painted.Within(Bounds())) {
+        const auto [left, right] = columns.From(part.left, part.right);
+        const auto [top, bottom] = rows.From(part.top, part.bottom);
+        opaque.emplace_back(left, top, right, bottom);
+    }
+    const int end = rows.first + static_cast<int>(rows.places.size());
+    for (int top = rows.first; top < end; top += strip.Height()) {
+        const CRect now(0, top, strip.Width(), std::min(top + strip.Height(), end));
+        ScaleRows(strip, columns, rows.places.data() + (top - rows.first), now.Height());
+        for (const CRect& each : opaque) {
+            CRect part;
+            if (part.IntersectRect(&each, &now)) {
+                ::BitBlt(dc.GetSafeHdc(), to.left + part.left, to.top + part.top, part.Width(),
+                         part.Height(), strip.Dc(), part.left, part.top - top, SRCCOPY);
             }
-            scaledRow = row;
+        }
+        ::GdiFlush();
+    }
+}
+
+void CMapBitmap::ScaleRows(const CDibSection& strip, const NearestPlaces& columns, const int* rows,
+                           int count) const {
+    const int* nearest = columns.places.data();
+    const std::size_t width = columns.places.size();
+    for (int y = 0; y < count; ++y) {
+        std::uint32_t* place = strip.Row(y) + columns.first;
+        if (y > 0 && rows[y] == rows[y - 1]) {
+            std::memcpy(place, strip.Row(y - 1) + columns.first, width * sizeof(std::uint32_t));
+            continue;
+        }
+        const std::uint32_t* line = m_dib->Row(rows[y]);
+        for (std::size_t x = 0; x < width; ++x) {
+            place[x] = line[nearest[x]];
         }
     }
-    // Of each painted rectangle, the places of the frame whose pixels came from it.
-    const auto range = [](const NearestPlaces& places, int begin, int end) {
-        const auto& p = places.places;
-        const auto first = std::lower_bound(p.begin(), p.end(), begin) - p.begin();
-        const auto last = std::lower_bound(p.begin(), p.end(), end) - p.begin();
-        return std::pair(places.first + static_cast<int>(first),
-                         places.first + static_cast<int>(last));
-    };
-    for (const CRect& opaque : m_painted.Within(Bounds())) {
-        const auto [left, right] = range(columns, opaque.left, opaque.right);
-        const auto [top, bottom] = range(rows, opaque.top, opaque.bottom);
-        if (left < right && top < bottom) {
-            ::BitBlt(dc.GetSafeHdc(), to.left + left, to.top + top, right - left, bottom - top,
-                     frame.Dc(), left, top, SRCCOPY);
-        }
-    }
-    ::GdiFlush();
 }
 
 void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {

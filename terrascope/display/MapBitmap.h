@@ -9,6 +9,7 @@
 #include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/LiveCount.h"
 #include "terrascope/tiles/PaintedArea.h"
+#include "terrascope/tiles/PictureScaling.h"
 #include "terrascope/tiles/TileCanvas.h"
 
 namespace Terrascope {
@@ -51,9 +52,9 @@ public:
     /// the bitmap or is transparent leaves the background as it is.
     void CopyTo(CDC& dc, CPoint to, const CRect& from);
 
-    /// Scales a rectangle into another of device units, each pixel from the nearest one. `frame`
-    /// is scratch of at least the target's size.
-    void ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& frame);
+    /// Scales a rectangle into another of device units, each pixel from the nearest one, a strip of
+    /// rows after the other. `strip` is scratch of the target's width; the smaller, the warmer.
+    void ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& strip);
 
     /// The same into a rectangle of the device context's logical units, with GDI+.
     void DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from);
@@ -61,6 +62,9 @@ public:
 private:
     CMapBitmap(std::unique_ptr<CDibSection> dib, CSize size);
     void FillGrey(const CRect& rect);
+    /// Scales rows of the bitmap into the strip.
+    void ScaleRows(const CDibSection& strip, const NearestPlaces& columns, const int* rows,
+                   int count) const;
     CRect Bounds() const { return CRect(0, 0, m_size.cx, m_size.cy); }
 
     const std::unique_ptr<CDibSection> m_dib;  ///< as large as the reserve

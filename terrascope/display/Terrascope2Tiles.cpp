@@ -169,7 +169,7 @@ void CTerrascope2::Draw(CDC* dc) {
     const auto paint = [&](CMapBitmap& bitmap, const PaintMoment& moment) {
         const CRect source = SourceRectangle(moment, view.size);
         if (!source.IsRectEmpty()) {
-            PaintView(*dc, bitmap, source, view.size, ScreenDeviceFactor(), m_frame);
+            PaintView(*dc, bitmap, source, view.size, ScreenDeviceFactor(), m_strip);
         }
     };
     if (!m_switch.Draw(view.center, paint)) {

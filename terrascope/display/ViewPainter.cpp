@@ -6,6 +6,8 @@ namespace Terrascope {
 
 namespace {
 
+constexpr int kStripHeight = 32;  // a quarter of a megabyte for full HD: the processor keeps it
+
 /// Where a rectangle of logical units at (0, 0) lies in device units, when there it has the
 /// bitmap's size in pixels. The truncated logical size falls short of it by a fraction: drawn as
 /// it stands, it would resample every pixel.
@@ -41,7 +43,7 @@ private:
 }  // namespace
 
 void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, float factor,
-               std::unique_ptr<CDibSection>& frame) {
+               std::unique_ptr<CDibSection>& strip) {
     const CSize logical(DeviceToLogical(static_cast<int>(view.cx), factor),
                         DeviceToLogical(static_cast<int>(view.cy), factor));
     CPoint corner;
@@ -56,12 +58,11 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
         bitmap.CopyTo(dc, corner, source);
         return;
     }
-    if (frame == nullptr || frame->Width() != view.cx || frame->Height() != view.cy) {
-        frame.reset();
-        frame = CDibSection::Create(view.cx, view.cy);
+    if (strip == nullptr || strip->Width() != view.cx) {
+        strip = CDibSection::Create(view.cx, kStripHeight);
     }
-    if (frame != nullptr) {
-        bitmap.ScaleTo(dc, CRect(corner, view), source, *frame);
+    if (strip != nullptr) {
+        bitmap.ScaleTo(dc, CRect(corner, view), source, *strip);
     }
 }
 

@@ -19,6 +19,14 @@ NearestPlaces::NearestPlaces(int toStart, int toSize, int targetSize, int fromSt
     }
 }
 
+std::pair<int, int> NearestPlaces::From(int begin, int end) const {
+    const auto count = [&](int limit) {
+        return static_cast<int>(std::lower_bound(places.begin(), places.end(), limit) -
+                                places.begin());
+    };
+    return {first + count(begin), first + count(end)};
+}
+
 void ScalePart(CTilePicture& target, const CRect& to, const CTilePicture& source,
                const CRect& from) {
     if (to.IsRectEmpty() || from.IsRectEmpty()) {

@@ -2,6 +2,9 @@
 
 #include <afxwin.h>
 
+#include <utility>
+#include <vector>
+
 #include "terrascope/tiles/TilePicture.h"
 
 namespace Terrascope {
@@ -21,8 +24,11 @@ struct NearestPlaces {
     NearestPlaces(int toStart, int toSize, int targetSize, int fromStart, int fromSize,
                   int sourceSize);
 
+    /// Of the places, those whose nearest place is one from `begin` to `end`, exclusive.
+    std::pair<int, int> From(int begin, int end) const;
+
     int first = 0;
-    std::vector<int> places;
+    std::vector<int> places;  ///< ascending
 };
 
 }  // namespace Terrascope

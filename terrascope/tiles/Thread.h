@@ -39,6 +39,9 @@ public:
     /// Whether no thread is running; waits 1 ms for its end.
     bool IsFinished() const;
 
+    /// Whether a thread's handle is held: after Start, false when the system had none to give.
+    bool HasThread() const { return m_thread != nullptr; }
+
 private:
     void CreateStopEvent();
     void CloseStopEvent();

@@ -68,9 +68,9 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
             const float factor = DeviceFactor(dpi);
             for (const CSize size : {CSize(80, 60), CSize(61, 47), CSize(1, 1)}) {
                 Screen screen(size);
-                std::unique_ptr<CDibSection> frame;
+                std::unique_ptr<CDibSection> strip;
                 screen.SetFactor(static_cast<int>(factor));
-                PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor, frame);
+                PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor, strip);
                 int wrong = 0;
                 for (int y = 0; y < size.cy; ++y)
                     for (int x = 0; x < size.cx; ++x)
