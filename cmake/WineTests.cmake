@@ -33,6 +33,10 @@ function(terrascope_test name)
     add_executable(${name} ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
+    if(TARGET wine_prestart)
+        # Also when one program is built alone: see cmake/WinePrestart.cpp.
+        add_dependencies(${name} wine_prestart)
+    endif()
     target_link_libraries(${name} PRIVATE
         ${arg_LIBRARIES} terrascope_paths terrascope_warnings gtest gmock gtest_main)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST

@@ -5,7 +5,7 @@
 # file and Wine's start.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 "$root/tools/setup.sh"
-build_targets sdk
+build_targets sdk wine_prestart
 sdk="$root/build/sdk"
 work="$root/build/sdk-check"
 log="$work/install.log"
@@ -75,8 +75,9 @@ build_example minimal_host
 say "run minimal_host with the sample provider"
 cp "$work/checkerboard_provider/CheckerboardProvider.dll" \
     "$work/minimal_host/Plugins/Quillmont/TileMapInfoProvider/"
-# The build's own DLLs must not help out: the folder where wine-run.sh looks for them is empty.
+# The build's own DLLs must not help out: the folder where wine-run.sh looks for them has none.
 mkdir "$work/empty"
+cp "$build/wine_prestart.exe" "$work/empty/"
 TERRASCOPE_WINEPREFIX="$build/wineprefix" timeout 120 env -u DISPLAY \
     "$root/cmake/wine-run.sh" "$work/empty" "$work/minimal_host/MinimalHost.exe" --check ||
     fail "the example does not show the sample provider's map"
