@@ -63,9 +63,8 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
     // The ground is grey from here on, as if the old picture were drawn on a grey one.
     m_painted.Move(-dx, -dy, kept);
     for (const CRect& bare : m_painted.Missing(Bounds())) {
-        FillGrey(bare);
+        m_painted.AddPlain(bare, kPanGrey);
     }
-    m_painted.Add(Bounds());
     return true;
 }
 
@@ -83,6 +82,9 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
     for (const CRect& part : m_painted.Within(Bounds())) {
         copy->m_painted.Add(part);
     }
+    for (const PlainRect& part : m_painted.PlainWithin(Bounds())) {
+        copy->m_painted.AddPlain(part.rect, part.colour);
+    }
     return copy;
 }
 
@@ -95,6 +97,7 @@ void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
     if (!part.IntersectRect(&from, Bounds())) {
         return;
     }
+    Canvas().Settle(part);
     for (const CRect& opaque : m_painted.Within(part)) {
         ::BitBlt(dc.GetSafeHdc(), to.x + opaque.left - from.left, to.y + opaque.top - from.top,
                  opaque.Width(), opaque.Height(), m_dib->Dc(), opaque.left, opaque.top, SRCCOPY);
@@ -106,6 +109,9 @@ void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
 void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSection& strip) {
     const NearestPlaces columns(0, to.Width(), strip.Width(), from.left, from.Width(), m_size.cx);
     const NearestPlaces rows(0, to.Height(), to.Height(), from.top, from.Height(), m_size.cy);
+    CRect shown;
+    shown.IntersectRect(&from, Bounds());
+    Canvas().Settle(shown);
     // Of each painted rectangle, the places whose pixels come from it.
     std::vector<CRect> opaque;
     for (const CRect& part : m_painted.Within(Bounds())) {
@@ -146,6 +152,7 @@ void CMapBitmap::ScaleRows(const CDibSection& strip, const NearestPlaces& column
 }
 
 void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
+    Canvas().Settle(Bounds());
     Gdiplus::Bitmap bitmap(m_size.cx, m_size.cy, m_dib->Width() * 4, PixelFormat32bppARGB,
                            reinterpret_cast<BYTE*>(m_dib->Row(0)));
     Gdiplus::Graphics graphics(dc.GetSafeHdc());
@@ -156,13 +163,6 @@ void CMapBitmap::DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from) {
     graphics.DrawImage(&bitmap, to, from.left, from.top, from.Width(), from.Height(),
                        Gdiplus::UnitPixel);
     graphics.Flush(Gdiplus::FlushIntentionSync);
-}
-
-void CMapBitmap::FillGrey(const CRect& rect) {
-    for (int y = rect.top; y < rect.bottom; ++y) {
-        std::uint32_t* row = m_dib->Row(y);
-        std::fill(row + rect.left, row + rect.right, kPanGrey);
-    }
 }
 
 }  // namespace Terrascope

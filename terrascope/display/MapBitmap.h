@@ -61,7 +61,6 @@ public:
 
 private:
     CMapBitmap(std::unique_ptr<CDibSection> dib, CSize size);
-    void FillGrey(const CRect& rect);
     /// Scales rows of the bitmap into the strip.
     void ScaleRows(const CDibSection& strip, const NearestPlaces& columns, const int* rows,
                    int count) const;

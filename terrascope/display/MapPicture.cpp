@@ -5,18 +5,25 @@
 namespace Terrascope {
 
 void CMapPicture::Render(const Viewport& view, int layerNumber, bool mayScroll,
-                         const PaintTiles& paint) {
+                         const ListTiles& list) {
     CSingleLock lock(&m_lock, TRUE);
-    PrepareLocked(view, layerNumber, mayScroll);
-    if (m_bitmap != nullptr) {
-        CTileCanvas canvas = m_bitmap->Canvas();
-        paint(canvas, m_origin);
+    const bool changed = PrepareLocked(view, layerNumber, mayScroll);
+    if (m_bitmap == nullptr) {
+        return;
+    }
+    TilePaints paints;
+    list(paints, m_origin);
+    // The same pictures at the same places in the same order would paint what is there.
+    if (changed || paints != m_shown) {
+        m_bitmap->Canvas().Paint(paints);
+        m_shown = std::move(paints);
     }
 }
 
 void CMapPicture::PaintTile(const PaintTiles& paint) {
     CSingleLock lock(&m_lock, TRUE);
     if (m_bitmap != nullptr) {
+        m_shown.clear();
         CTileCanvas canvas = m_bitmap->Canvas();
         paint(canvas, m_origin);
     }
@@ -35,6 +42,7 @@ void CMapPicture::Draw(const Viewport& view, const CLayerSwitch::Paint& draw) {
 
 FormerView CMapPicture::Take(const Viewport& view) {
     CSingleLock lock(&m_lock, TRUE);
+    m_shown.clear();
     return {std::move(m_bitmap), m_origin, view.center, view.resolution};
 }
 
@@ -45,12 +53,13 @@ void CMapPicture::Forget() {
 
 void CMapPicture::Clear() {
     CSingleLock lock(&m_lock, TRUE);
+    m_shown.clear();
     m_bitmap.reset();
 }
 
 // While panning, the bitmap is moved, not made anew. That needs a bitmap of this very layer; one
 // about an unchanged corner keeps its place, and gets the size that the region has now.
-void CMapPicture::PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll) {
+bool CMapPicture::PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll) {
     const MapRegion region = RegionAround(view, kLoadRegionFactor);
     const TileRange range = TileRangeOf(view, region);
     const CPointF origin(region.left, region.top);
@@ -65,6 +74,7 @@ void CMapPicture::PrepareLocked(const Viewport& view, int layerNumber, bool mayS
     m_origin = origin;
     m_layerNumber = layerNumber;
     m_resolution = view.resolution;
+    return !stays;
 }
 
 bool CMapPicture::ScrollLocked(const Viewport& view, CSize size, const CPointF& origin) {

@@ -31,9 +31,12 @@ public:
     CMapPicture(const CMapPicture&) = delete;
     CMapPicture& operator=(const CMapPicture&) = delete;
 
-    /// Brings the bitmap to the load region of a view of layer `layerNumber` and has the tiles
-    /// painted. `mayScroll`: what is painted already is moved, not made anew.
-    void Render(const Viewport& view, int layerNumber, bool mayScroll, const PaintTiles& paint);
+    /// Lists what tiles paint on such a canvas.
+    using ListTiles = std::function<void(TilePaints& paints, const CPointF& origin)>;
+
+    /// Brings the bitmap to the load region of a view of layer `layerNumber` and paints the tiles
+    /// that are listed. `mayScroll`: what is painted already is moved, not made anew.
+    void Render(const Viewport& view, int layerNumber, bool mayScroll, const ListTiles& list);
 
     /// Has a tile painted, if there is a bitmap.
     void PaintTile(const PaintTiles& paint);
@@ -51,7 +54,8 @@ public:
     void Clear();
 
 private:
-    void PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll)
+    /// False when the bitmap was left as it is.
+    bool PrepareLocked(const Viewport& view, int layerNumber, bool mayScroll)
         TERRASCOPE_REQUIRES(m_lock);
     bool ScrollLocked(const Viewport& view, CSize size, const CPointF& origin)
         TERRASCOPE_REQUIRES(m_lock);
@@ -59,6 +63,8 @@ private:
     CCriticalSection m_lock TERRASCOPE_ACQUIRED_AFTER(LockOrder::afterTiles)
         TERRASCOPE_ACQUIRED_BEFORE(LockOrder::afterBitmap);
     std::unique_ptr<CMapBitmap> m_bitmap TERRASCOPE_GUARDED_BY(m_lock);
+    /// What the last rendering painted, as long as nothing else was painted since.
+    TilePaints m_shown TERRASCOPE_GUARDED_BY(m_lock);
     CPointF m_origin TERRASCOPE_GUARDED_BY(m_lock);
     int m_layerNumber TERRASCOPE_GUARDED_BY(m_lock) = -1;
     Resolution m_resolution TERRASCOPE_GUARDED_BY(m_lock);  ///< of the layer that the bitmap shows

@@ -53,14 +53,14 @@ void CTerrascope2::RefreshTiles() {
 
 void CTerrascope2::RenderLocked(const Viewport& view) {
     const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
-    const auto paintVisible = [&](CTileCanvas& canvas,
-                                  const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
+    const auto listVisible = [&](TilePaints& paints,
+                                 const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
         m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, [&](CTile2& tile) {
             tile.Promote();
-            tile.Draw(canvas, origin);
+            tile.Draw(paints, origin);
         });
     };
-    m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), paintVisible);
+    m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), listVisible);
 }
 
 void CTerrascope2::RenderWhatIsDue() {

@@ -90,14 +90,15 @@ std::vector<CTile2*> CTile2::Split(const CTileLayer2& childLayer) const {
 }
 
 void CTile2::Draw(CTileCanvas& canvas, const CPointF& viewTopLeft) {
+    TilePaints paints;
+    Draw(paints, viewTopLeft);
+    canvas.Paint(paints);
+}
+
+void CTile2::Draw(TilePaints& paints, const CPointF& viewTopLeft) {
     DecodeDelivered();
     if (m_picture != nullptr) {
-        const CRect place = PlaceOn(viewTopLeft);
-        if (const CTilePicture* picture = Picture()) {
-            canvas.Paint(*picture, place.TopLeft());
-        } else {
-            canvas.Fill(place, kWaitingGrey);
-        }
+        paints.push_back({PlaceOn(viewTopLeft), m_picture->Make()});
     }
     RequestLoad();
 }

@@ -50,6 +50,9 @@ public:
     /// shows `viewTopLeft`, and asks for the image if it was never asked for.
     void Draw(CTileCanvas& canvas, const CPointF& viewTopLeft);
 
+    /// The same, but adds what is to be painted to a list.
+    void Draw(TilePaints& paints, const CPointF& viewTopLeft);
+
     /// Where Draw paints on such a canvas.
     CRect PlaceOn(const CPointF& viewTopLeft) const;
 

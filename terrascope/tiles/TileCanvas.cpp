@@ -19,13 +19,29 @@ void CTileCanvas::Paint(const CTilePicture& picture, CPoint at) {
 
 void CTileCanvas::Fill(const CRect& rect, std::uint32_t colour) {
     CRect part;
-    if (!part.IntersectRect(&rect, Bounds())) {
-        return;
+    if (part.IntersectRect(&rect, Bounds())) {
+        m_painted.AddPlain(part, colour);
     }
-    for (int y = part.top; y < part.bottom; ++y) {
-        std::fill_n(Place(part.left, y), part.Width(), colour);
+}
+
+void CTileCanvas::Paint(const TilePaints& paints) {
+    for (const TilePaint& paint : paints) {
+        if (paint.picture != nullptr) {
+            Paint(*paint.picture, paint.place.TopLeft());
+        } else {
+            Fill(paint.place, kWaitingGrey);
+        }
     }
-    m_painted.Add(part);
+}
+
+void CTileCanvas::Settle(const CRect& rect) {
+    for (const PlainRect& plain : m_painted.PlainWithin(rect)) {
+        const CRect& part = plain.rect;
+        for (int y = part.top; y < part.bottom; ++y) {
+            std::fill_n(Place(part.left, y), part.Width(), plain.colour);
+        }
+        m_painted.Add(part);
+    }
 }
 
 }  // namespace Terrascope

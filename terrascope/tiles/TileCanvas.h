@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "terrascope/tiles/PaintedArea.h"
 #include "terrascope/tiles/TilePicture.h"
@@ -19,6 +21,17 @@ struct PixelView {
 
     std::uint32_t* Row(int y) const { return pixels + static_cast<std::ptrdiff_t>(y) * stride; }
 };
+
+/// What one tile shows, and where.
+struct TilePaint {
+    CRect place;
+    std::shared_ptr<const CTilePicture> picture;  ///< as large as the place; null: waiting grey
+
+    bool operator==(const TilePaint&) const = default;
+};
+
+/// In the order of painting: what comes later lies on top.
+using TilePaints = std::vector<TilePaint>;
 
 /// Where tiles paint themselves: the pixels of the off-screen bitmap while its lock is held.
 ///
@@ -37,8 +50,14 @@ public:
     /// Copies a picture to `at`, clipped to the canvas.
     void Paint(const CTilePicture& picture, CPoint at);
 
-    /// Fills a rectangle with an opaque colour, clipped to the canvas.
+    /// Gives a rectangle an opaque colour, clipped to the canvas. The pixels are not written before
+    /// Settle.
     void Fill(const CRect& rect, std::uint32_t colour);
+
+    void Paint(const TilePaints& paints);
+
+    /// Writes the pixels of what was filled and lies in a rectangle of the canvas.
+    void Settle(const CRect& rect);
 
 private:
     CRect Bounds() const { return CRect(0, 0, m_target.width, m_target.height); }

@@ -37,7 +37,11 @@ struct Surface {
     Surface(int w, int h) : width(w), height(h), pixels(static_cast<std::size_t>(w * h), 0) {}
 
     CTileCanvas Canvas() { return {{pixels.data(), width, height, width}, painted}; }
-    std::uint32_t At(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
+    std::uint32_t At(int x, int y) { return Pixels()[static_cast<std::size_t>(y * width + x)]; }
+    const std::vector<std::uint32_t>& Pixels() {
+        Canvas().Settle(CRect(0, 0, width, height));
+        return pixels;
+    }
 
     int width;
     int height;
@@ -111,7 +115,7 @@ TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
     CTileCanvas canvas = surface.Canvas();
     tile.SetImage(Image(Red(15, 7)));
     tile.Draw(canvas, {-180, 90});
-    for (const auto pixel : surface.pixels)
+    for (const auto pixel : surface.Pixels())
         ASSERT_EQ(pixel, kRed) << "no grey rim may stay";
 }
 
@@ -185,7 +189,7 @@ TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
         tile.Draw(canvas, {-180, 90});
         if (tile.TakeFailure() != nullptr) {
             ++refused;
-            ASSERT_EQ(std::vector<std::uint32_t>(16 * 8, kGrey), surface.pixels);
+            ASSERT_EQ(std::vector<std::uint32_t>(16 * 8, kGrey), surface.Pixels());
         }
     };
     for (const wchar_t* type : {L"image/png", L"image/bmp", L"image/tiff", L"image/jpeg"}) {
