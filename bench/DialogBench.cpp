@@ -3,7 +3,6 @@
 #include <afxcmn.h>
 #include <afxwin.h>
 
-#include <chrono>
 #include <cstdio>
 
 #include "bench/Measure.h"
@@ -15,7 +14,8 @@
 namespace {
 
 using namespace Terrascope;
-using Clock = std::chrono::steady_clock;
+using Bench::Clock;
+using Bench::Microseconds;
 
 constexpr int kMaps = 10'000;
 constexpr int kRuns = 5;
@@ -33,10 +33,6 @@ protected:
         return result;
     }
 };
-
-double Microseconds(Clock::duration time) {
-    return std::chrono::duration<double, std::micro>(time).count();
-}
 
 double OpenDialog() {
     PassingDialog dialog;

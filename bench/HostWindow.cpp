@@ -47,7 +47,12 @@ void HostWindow::RunUntil(const std::function<bool()>& condition) {
     }
 }
 
-void HostWindow::RunUntilComplete(const TileFiles& files) {
+void HostWindow::RunFor(ULONGLONG milliseconds) {
+    const ULONGLONG end = ::GetTickCount64() + milliseconds;
+    RunUntil([&] { return ::GetTickCount64() >= end; });
+}
+
+Clock::time_point HostWindow::RunUntilComplete(const TileFiles& files) {
     const auto tiles = VisibleTilesOf(m_display->View());
     std::size_t shown = 0;
     int seen = -1;
@@ -60,6 +65,7 @@ void HostWindow::RunUntilComplete(const TileFiles& files) {
         }
         return shown == tiles.size();
     });
+    return m_lastDrawn;
 }
 
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -74,6 +80,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         UseHostUnits(*m_dc);
         m_display->Draw(m_dc.get());
         m_dc->RestoreDC(saved);
+        m_lastDrawn = Clock::now();
     }
     return 0;
 }

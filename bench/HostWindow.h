@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/Measure.h"
 #include "bench/TileFiles.h"
 #include "terrascope/display/Terrascope2.h"
 
@@ -52,8 +53,11 @@ public:
     /// Throws after a minute.
     void RunUntil(const std::function<bool()>& condition);
 
-    /// Until the window shows a pixel of each visible tile.
-    void RunUntilComplete(const TileFiles& files);
+    void RunFor(ULONGLONG milliseconds);
+
+    /// Until the window shows a pixel of each visible tile. The time at which the last one had been
+    /// drawn: looking for it takes its time, too.
+    Clock::time_point RunUntilComplete(const TileFiles& files);
 
     HDC Dc() const { return m_dc->GetSafeHdc(); }
     int Repaints() const { return m_repaints; }
@@ -72,6 +76,7 @@ private:
     HBITMAP m_glimpseBitmap = nullptr;
     HGDIOBJ m_former = nullptr;
     int m_repaints = 0;
+    Clock::time_point m_lastDrawn;
 };
 
 }  // namespace Terrascope::Bench

@@ -18,7 +18,7 @@ using namespace Terrascope::Bench;
 
 constexpr std::size_t kSamples = 100;
 constexpr int kStepsEachWay = 6;
-constexpr DWORD kFrameTime = 8;  // ms from one pan to the next: the user's hand is no faster
+constexpr ULONGLONG kFrameTime = 8;  // ms from one pan to the next: the user's hand is no faster
 
 struct Calls {
     std::vector<double> draws;
@@ -37,8 +37,7 @@ void Pan(HostWindow& window, CDC& screen, Calls& calls, const GoOn& goOn) {
             start.center + CPointF(static_cast<float>(x * start.resolution.x), 0);
         calls.pans.push_back(MicrosecondsOf([&] { display.SetCenter(center); }));
         calls.draws.push_back(MicrosecondsOf([&] { display.Draw(&screen); }));
-        const ULONGLONG until = ::GetTickCount64() + kFrameTime;
-        window.RunUntil([&] { return ::GetTickCount64() >= until; });
+        window.RunFor(kFrameTime);
     }
     display.SetCenter(start.center);
 }

@@ -7,13 +7,18 @@
 
 namespace Terrascope::Bench {
 
+using Clock = std::chrono::steady_clock;
+
+inline double Microseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::micro>(time).count();
+}
+
 /// Microseconds that one call of `work` takes.
 template <typename Work>
 double MicrosecondsOf(const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
+    const Clock::time_point start = Clock::now();
     work();
-    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-        .count();
+    return Microseconds(Clock::now() - start);
 }
 
 inline double Median(std::vector<double> values) {

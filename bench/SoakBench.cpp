@@ -49,8 +49,7 @@ void ZoomAndPan(Windows& windows) {
             window.RunUntil([] { return true; });
         });
     }
-    const ULONGLONG until = ::GetTickCount64() + 1000;  // what is on its way arrives
-    windows.front()->RunUntil([&] { return ::GetTickCount64() >= until; });
+    windows.front()->RunFor(10'000);  // what is on its way arrives, and idle pool threads end
 }
 
 }  // namespace
