@@ -45,8 +45,9 @@ double AskProvider() {
     CTileMapInfoProviderWrapper wrapper;
     wrapper.SelectProvider();
     const Clock::time_point start = Clock::now();
-    for (const tagTILE_MAP_INFO* map : wrapper.GetMapList())
+    for (const tagTILE_MAP_INFO* map : wrapper.GetMapList()) {
         delete map;
+    }
     return Microseconds(Clock::now() - start);
 }
 
@@ -95,8 +96,9 @@ int main() {
     library.LoadPlugins();
     CTileMapInfoProviderPluginKernel::GetInstance().SetProvider("LOCAL", "ScriptedProvider", "");
     std::vector<TerrascopeTest::ScriptedMap> maps(kMaps);
-    for (int i = 0; i < kMaps; ++i)
+    for (int i = 0; i < kMaps; ++i) {
         maps[static_cast<std::size_t>(i)].name = "map " + std::to_string(i);
+    }
     TerrascopeTest::FindScript()->SetMaps(maps);
 
     std::vector<double> dialog, provider, bare;

@@ -36,26 +36,30 @@ public:
 int main() {
     Bench::PrintHeader();
     std::vector<CString> keys;
-    for (unsigned i = 0; i < kPending; ++i)
+    for (unsigned i = 0; i < kPending; ++i) {
         keys.push_back(MakeTileKey(i, i * 7, 18));
+    }
     const auto row = [](const char* name, const std::vector<double>& times) {
         Bench::PrintRow(name, Bench::Median(times) / kPending, kLimit, 1.0);
     };
     const auto repeat = [](const auto& work) {
         std::vector<double> times;
         times.reserve(kRuns);
-        for (int run = 0; run < kRuns; ++run)
+        for (int run = 0; run < kRuns; ++run) {
             times.push_back(Bench::MicrosecondsOf(work));
+        }
         return times;
     };
     row("MakeTileKey, layer 18, against 2 us", repeat([] {
-            for (unsigned i = 0; i < kPending; ++i)
+            for (unsigned i = 0; i < kPending; ++i) {
                 Bench::Use(MakeTileKey(i, i * 7, 18));
+            }
         }));
     row("DecodeTileKey, against 2 us", repeat([&] {
             TileIndex index;
-            for (const CString& key : keys)
+            for (const CString& key : keys) {
                 Bench::Use(DecodeTileKey(key, index));
+            }
         }));
 
     BlockedProvider provider;
@@ -64,15 +68,18 @@ int main() {
         CTileLoadQueue2 queue(&receiver, &provider);
         queue.Push("map", 18, "a");
         queue.Push("map", 18, "b");
-        while (provider.blocked < 2)
+        while (provider.blocked < 2) {
             ::Sleep(1);
+        }
         const auto pushAll = [&] {
-            for (const CString& key : keys)
+            for (const CString& key : keys) {
                 queue.Push("map", 18, key);
+            }
         };
         const auto popAll = [&] {
-            for (unsigned i = 0; i < kPending; ++i)
+            for (unsigned i = 0; i < kPending; ++i) {
                 Bench::Use(queue.Pop());
+            }
         };
         std::vector<double> push;
         std::vector<double> move;
@@ -80,8 +87,9 @@ int main() {
         for (int run = 0; run < kRuns; ++run) {
             push.push_back(Bench::MicrosecondsOf(pushAll));
             move.push_back(Bench::MicrosecondsOf([&] {
-                for (const CString& key : keys)
+                for (const CString& key : keys) {
                     queue.MoveToFront(key);
+                }
             }));
             pop.push_back(Bench::MicrosecondsOf(popAll));
         }

@@ -19,8 +19,9 @@ std::vector<std::string> ExportedNames(HMODULE module) {
     const auto* exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + directory);
     const auto* names = reinterpret_cast<const DWORD*>(base + exports->AddressOfNames);
     std::vector<std::string> result;
-    for (DWORD i = 0; i < exports->NumberOfNames; ++i)
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
         result.emplace_back(reinterpret_cast<const char*>(base + names[i]));
+    }
     return result;
 }
 
@@ -94,8 +95,9 @@ TEST(MapTools, ShowTheLibrarysOwnCursors) {
         display->OnSetCursor(nullptr, HTCLIENT, WM_MOUSEMOVE);
         shown.push_back(::GetCursor());
         EXPECT_NE(shown.back(), nullptr) << kind;
-        for (UINT other = 0; other < kind; ++other)
+        for (UINT other = 0; other < kind; ++other) {
             EXPECT_NE(shown[other], shown[kind]);
+        }
     }
 }
 

@@ -61,8 +61,9 @@ std::uint32_t Screen::At(int x, int y) const {
 const std::vector<std::uint32_t> Screen::Pixels() const {
     ::GdiFlush();
     std::vector<std::uint32_t> pixels(m_pixels, m_pixels + m_size.cx * m_size.cy);
-    for (auto& pixel : pixels)
+    for (auto& pixel : pixels) {
         pixel = Rgb(pixel);
+    }
     return pixels;
 }
 
@@ -106,8 +107,9 @@ void Display::MakeDisplay(CSize pixels) {
 }
 
 void Display::Open(int layer, const ScriptedMap& map) {
-    if (!display)
+    if (!display) {
         MakeDisplay();
+    }
     script->SetMaps({map});
     ASSERT_TRUE(display->OpenMap(map.name.c_str()));
     ASSERT_TRUE(display->SetLayer(static_cast<UINT>(layer)));

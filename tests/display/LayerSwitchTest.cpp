@@ -24,8 +24,9 @@ protected:
         int asked = 0;
         const auto paint = [&] {
             asked += static_cast<int>(window->repaints.size());
-            if (!window->repaints.empty())
+            if (!window->repaints.empty()) {
                 Paint();
+            }
             window->repaints.clear();
         };
         EXPECT_TRUE(Await([&] {
@@ -143,8 +144,9 @@ TEST_F(LayerSwitch, LosesNoTileWhenTheProviderLacksTheNextLayer) {
     script->Release();
     Animate();
     AwaitPicture();
-    for (const CPoint at : {CPoint(5, 5), CPoint(195, 5), CPoint(5, 115), CPoint(195, 115)})
+    for (const CPoint at : {CPoint(5, 5), CPoint(195, 5), CPoint(5, 115), CPoint(195, 115)}) {
         EXPECT_NE(PaintedAt(at.x, at.y), kWaitingGrey) << at.x << "," << at.y;
+    }
 }
 
 TEST_F(LayerSwitch, OddFactorsNeitherDivideByNothingNorHang) {
@@ -229,8 +231,9 @@ TEST_F(LayerSwitch, AHundredZoomsAndDragsLeaveNothingBehind) {
         display->OnMouseMove(0, {below(200), below(120)});
         display->OnLButtonUp(0, {below(200), below(120)});
         const int frames = below(4);
-        for (int frame = 0; frame < frames; ++frame)
+        for (int frame = 0; frame < frames; ++frame) {
             Paint();
+        }
         Await([&, rounds = below(8)]() mutable { return rounds-- <= 0; });
     }
     Paint();

@@ -16,8 +16,9 @@ using namespace Terrascope;
 std::vector<std::uint32_t> Noise(int width, int height) {
     std::mt19937 random(11);
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height));
-    for (auto& pixel : pixels)
+    for (auto& pixel : pixels) {
         pixel = 0xFF000000 | random();
+    }
     return pixels;
 }
 
@@ -73,10 +74,11 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
                 PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor, strip);
                 int wrong = 0;
                 for (int y = 0; y < size.cy; ++y)
-                    for (int x = 0; x < size.cx; ++x)
+                    for (int x = 0; x < size.cx; ++x) {
                         wrong += screen.At(x, y) != Rgb(noise[static_cast<std::size_t>(y * 80 + x)])
                                      ? 1
                                      : 0;
+                    }
                 EXPECT_EQ(wrong, 0) << dpi << " dpi, " << size.cx << "x" << size.cy;
             }
         }
@@ -93,9 +95,10 @@ TEST_F(Painting, ADeviceContextThatReallyScalesGetsThePictureInTheLogicalRectang
     for (const CPoint at : {CPoint(20, 20), CPoint(100, 60), CPoint(180, 100)}) {
         const std::uint32_t wanted = LayerPixel(kMiddleOffset.x + at.x, kMiddleOffset.y + at.y);
         const std::uint32_t painted = twice.At(2 * at.x, 2 * at.y);
-        for (const int shift : {0, 8, 16})
+        for (const int shift : {0, 8, 16}) {
             EXPECT_NEAR(static_cast<int>(painted >> shift & 0xFF),
                         static_cast<int>(wanted >> shift & 0xFF), 12);
+        }
     }
 }
 

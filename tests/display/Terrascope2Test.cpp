@@ -237,8 +237,9 @@ TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {
         script->SetMaps({map});
         MakeDisplay();
         display->OpenMap(map.name.c_str());
-        for (const int layer : {0, 1, 2, INT_MAX})
+        for (const int layer : {0, 1, 2, INT_MAX}) {
             display->SetLayer(static_cast<UINT>(layer));
+        }
         display->GetLayerRange();
         Paint();
         display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn));

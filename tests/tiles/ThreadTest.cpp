@@ -53,8 +53,9 @@ public:
     ~EndingThread() override { Stop(); }
 
     DWORD Run() override {
-        if (m_throwing)
+        if (m_throwing) {
             throw std::runtime_error("a body that fails");
+        }
         return 0;
     }
 

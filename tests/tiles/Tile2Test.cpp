@@ -115,8 +115,9 @@ TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
     CTileCanvas canvas = surface.Canvas();
     tile.SetImage(Image(Red(15, 7)));
     tile.Draw(canvas, {-180, 90});
-    for (const auto pixel : surface.Pixels())
+    for (const auto pixel : surface.Pixels()) {
         ASSERT_EQ(pixel, kRed) << "no grey rim may stay";
+    }
 }
 
 TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
@@ -240,8 +241,9 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     parent.Draw(canvas, parent.TopLeft());
 
     std::vector<std::unique_ptr<CTile2>> children;
-    for (CTile2* child : parent.Split(Layer(3)))
+    for (CTile2* child : parent.Split(Layer(3))) {
         children.emplace_back(child);
+    }
     ASSERT_EQ(children.size(), 4U);
     const char* keys[] = {"120", "121", "122", "123"};
     for (std::size_t i = 0; i < 4; ++i) {
@@ -268,8 +270,9 @@ TEST_F(Tile2, KeepsTrueDistancesWhenTheFactorLeavesAFraction) {
     const CTileLayer2 layer = Layer(3, 0.7);
     const char* row[] = {"000", "001", "010", "011", "100", "101"};
     const int left[] = {0, 11, 22, 33, 44, 56};
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         EXPECT_EQ(CTile2(map, layer, row[i], nullptr).PlaceOn({-180, 90}).left, left[i]);
+    }
 }
 
 TEST_F(Tile2, LiesInMapUnitsWhereItsKeySays) {

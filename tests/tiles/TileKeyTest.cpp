@@ -53,8 +53,9 @@ TEST(TileKey, OfAChildIsTheParentsWithOneDigitMore) {
 }
 
 TEST(TileKey, IsEmptyWhereNoTileCanBe) {
-    for (const int layer : {0, -1, INT_MIN, kDeepestLayer + 1, INT_MAX})
+    for (const int layer : {0, -1, INT_MIN, kDeepestLayer + 1, INT_MAX}) {
         EXPECT_TRUE(MakeTileKey(5, 3, layer).IsEmpty()) << layer;
+    }
     EXPECT_EQ(MakeTileKey(2, 1, 2), CString("12"));
     EXPECT_EQ(MakeTileKey(0x80000000U, 0, 32), CString("1" + CString('0', 31)));
 }

@@ -33,8 +33,9 @@ public:
         }
         ++entered;
         ::WaitForSingleObject(m_gate, 30000);
-        if (missing)
+        if (missing) {
             return {};
+        }
         auto* image = new tagTILE_IMAGE;
         image->strKey = keys.front();
         return {image};
@@ -107,8 +108,9 @@ protected:
 
 TEST_F(TileLoadQueue, ServesFirstInFirstOutButTheTileMovedLastFirst) {
     HoldBothWorkers();
-    for (const char* key : {"0", "1", "2", "3"})
+    for (const char* key : {"0", "1", "2", "3"}) {
         queue.Push("map", 1, key);
+    }
     EXPECT_TRUE(queue.MoveToFront("1"));
     EXPECT_TRUE(queue.MoveToFront("3"));
     EXPECT_TRUE(queue.MoveToFront("not queued"));
