@@ -56,7 +56,7 @@ TEST(MapAssistant, ConvertsByTheScreensDensityAndTruncates) {
     EXPECT_TRUE(size == CSize(313, 2000));
     CPointF exact(638.0F, 159.5F);
     CMapAssistant::DPToLP(exact);
-    EXPECT_EQ(exact, CPointF(2000.0F, 500.0F));
+    EXPECT_EQ(CPointF(2000.0F, 500.0F), exact);
 }
 
 TEST(MapAssistant, GivesADisplayThatAnswersWithoutAnyProvider) {
@@ -65,11 +65,11 @@ TEST(MapAssistant, GivesADisplayThatAnswersWithoutAnyProvider) {
     const std::unique_ptr<ITerrascope> display(
         CMapAssistant::GetTerrascope(CSize(1000, 1000), nullptr, 1.0));
     ASSERT_TRUE(display);
-    EXPECT_EQ(display->OpenMap("world"), FALSE);
-    EXPECT_EQ(display->GetLayerRange(), std::make_pair(0, -1));
-    EXPECT_NE(display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn)), nullptr);
-    EXPECT_EQ(display->SetTool(7), display->SetTool(static_cast<UINT>(MapToolKind::Arrow)));
-    EXPECT_EQ(display->OnSetCursor(nullptr, HTCLIENT, WM_MOUSEMOVE), TRUE);
+    EXPECT_EQ(FALSE, display->OpenMap("world"));
+    EXPECT_EQ(std::make_pair(0, -1), display->GetLayerRange());
+    EXPECT_NE(nullptr, display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn)));
+    EXPECT_EQ(display->SetTool(static_cast<UINT>(MapToolKind::Arrow)), display->SetTool(7));
+    EXPECT_EQ(TRUE, display->OnSetCursor(nullptr, HTCLIENT, WM_MOUSEMOVE));
     CMapAssistant::FreeResource();
 }
 
@@ -82,7 +82,7 @@ TEST(Library, BeginsItsLogWithItsVersion) {
     ASSERT_TRUE(file) << path;
     char line[300] = "";
     ASSERT_TRUE(std::fgets(line, sizeof(line), file.get()));
-    EXPECT_NE(std::string(line).find("Terrascope ver is 1."), std::string::npos) << line;
+    EXPECT_NE(std::string::npos, std::string(line).find("Terrascope ver is 1.")) << line;
 }
 
 TEST(MapTools, ShowTheLibrarysOwnCursors) {
@@ -94,7 +94,7 @@ TEST(MapTools, ShowTheLibrarysOwnCursors) {
         display->SetTool(kind);
         display->OnSetCursor(nullptr, HTCLIENT, WM_MOUSEMOVE);
         shown.push_back(::GetCursor());
-        EXPECT_NE(shown.back(), nullptr) << kind;
+        EXPECT_NE(nullptr, shown.back()) << kind;
         for (UINT other = 0; other < kind; ++other) {
             EXPECT_NE(shown[other], shown[kind]);
         }

@@ -80,10 +80,10 @@ Display::~Display() {
     script->Release();
     display.reset();
     Pump();
-    EXPECT_EQ(CLiveCount<CTile2>::Live(), 0);
-    EXPECT_EQ(CLiveCount<CMapBitmap>::Live(), 0);
-    EXPECT_EQ(CLiveCount<CThread>::Live(), 0) << "with its thread and its event";
-    EXPECT_EQ(script->LiveProviders(), 0);
+    EXPECT_EQ(0, CLiveCount<CTile2>::Live());
+    EXPECT_EQ(0, CLiveCount<CMapBitmap>::Live());
+    EXPECT_EQ(0, CLiveCount<CThread>::Live()) << "with its thread and its event";
+    EXPECT_EQ(0, script->LiveProviders());
 }
 
 ScriptedMap Display::WorldMap() {

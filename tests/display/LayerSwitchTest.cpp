@@ -49,33 +49,33 @@ TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
     Use(MapToolKind::ZoomIn);
     Click({100, 60});
     EXPECT_TRUE(display->IsSwitchingLayer());
-    EXPECT_EQ(display->GetLayer(), 4);
-    EXPECT_EQ(Animate(), kPaints);
+    EXPECT_EQ(4, display->GetLayer());
+    EXPECT_EQ(kPaints, Animate());
 
     Use(MapToolKind::ZoomOut);
     Await([&] { return ZoomAt(display->Center(), MapToolKind::ZoomOut) == 1; });
-    EXPECT_EQ(Animate(), kPaints);
-    EXPECT_EQ(display->GetLayer(), 3);
+    EXPECT_EQ(kPaints, Animate());
+    EXPECT_EQ(3, display->GetLayer());
 }
 
 TEST_F(LayerSwitch, IsRefusedAtBothEndsOffTheMapAndWhileOneRuns) {
     Open(5);
     EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomIn));
-    EXPECT_EQ(display->GetLayer(), 5);
+    EXPECT_EQ(5, display->GetLayer());
     Open(1);
     EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomOut));
-    EXPECT_EQ(display->GetLayer(), 1);
+    EXPECT_EQ(1, display->GetLayer());
 
     Use(MapToolKind::ZoomIn);
     Click({190, 110});
-    EXPECT_EQ(display->GetLayer(), 1) << "the click was beside the map";
+    EXPECT_EQ(1, display->GetLayer()) << "the click was beside the map";
     EXPECT_EQ(1, ZoomAt({0, 0}, MapToolKind::Arrow)) << "no zoom tool, nothing to refuse";
     EXPECT_FALSE(display->IsSwitchingLayer());
 
     Open(3);
     EXPECT_EQ(1, ZoomAt({0, 0}, MapToolKind::ZoomIn));
     EXPECT_EQ(0, ZoomAt({0, 0}, MapToolKind::ZoomIn));
-    EXPECT_EQ(display->GetLayer(), 4);
+    EXPECT_EQ(4, display->GetLayer());
 }
 
 TEST_F(LayerSwitch, NeverAdvancesForAHostThatDoesNotPaintAndStillEndsAtOnce) {
@@ -105,13 +105,13 @@ TEST_F(LayerSwitch, ShowsTheOldPictureScaledAboutTheNewCentre) {
     Use(MapToolKind::ZoomIn);
     Click({100, 60});
     // Until a step was made, the picture is the old one, though all tiles are of the new layer.
-    EXPECT_EQ(PaintedAt(0, 0), FromColour(TileColour(3, 2, 1)));
-    EXPECT_EQ(PaintedAt(100, 60), old);
+    EXPECT_EQ(FromColour(TileColour(3, 2, 1)), PaintedAt(0, 0));
+    EXPECT_EQ(old, PaintedAt(100, 60));
     Animate();
     // The tiles came meanwhile, and posted nothing: they are in the bitmap that is shown now.
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(101, 61), FromColour(TileColour(4, 8, 4)));
-    EXPECT_EQ(PaintedAt(90, 50), FromColour(TileColour(4, 7, 3)));
+    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(101, 61));
+    EXPECT_EQ(FromColour(TileColour(4, 7, 3)), PaintedAt(90, 50));
 }
 
 TEST_F(LayerSwitch, StartsTheNewLayerWithThePictureOfTheOld) {
@@ -122,13 +122,13 @@ TEST_F(LayerSwitch, StartsTheNewLayerWithThePictureOfTheOld) {
     Click({100, 60});
     Animate();
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(110, 70), FromColour(TileColour(3, 4, 2))) << "split";
+    EXPECT_EQ(FromColour(TileColour(3, 4, 2)), PaintedAt(110, 70)) << "split";
 
     Use(MapToolKind::ZoomOut);
     Click({100, 60});
     Animate();
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(110, 70), FromColour(TileColour(3, 4, 2))) << "and merged again";
+    EXPECT_EQ(FromColour(TileColour(3, 4, 2)), PaintedAt(110, 70)) << "and merged again";
 }
 
 TEST_F(LayerSwitch, LosesNoTileWhenTheProviderLacksTheNextLayer) {
@@ -140,12 +140,12 @@ TEST_F(LayerSwitch, LosesNoTileWhenTheProviderLacksTheNextLayer) {
     script->SetMaps({map});
     Use(MapToolKind::ZoomIn);
     Click({100, 60});
-    EXPECT_EQ(display->GetLayer(), 3);
+    EXPECT_EQ(3, display->GetLayer());
     script->Release();
     Animate();
     AwaitPicture();
     for (const CPoint at : {CPoint(5, 5), CPoint(195, 5), CPoint(5, 115), CPoint(195, 115)}) {
-        EXPECT_NE(PaintedAt(at.x, at.y), kWaitingGrey) << at.x << "," << at.y;
+        EXPECT_NE(kWaitingGrey, PaintedAt(at.x, at.y)) << at.x << "," << at.y;
     }
 }
 

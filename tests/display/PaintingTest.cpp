@@ -79,7 +79,7 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
                                      ? 1
                                      : 0;
                     }
-                EXPECT_EQ(wrong, 0) << dpi << " dpi, " << size.cx << "x" << size.cy;
+                EXPECT_EQ(0, wrong) << dpi << " dpi, " << size.cx << "x" << size.cy;
             }
         }
     }
@@ -96,8 +96,8 @@ TEST_F(Painting, ADeviceContextThatReallyScalesGetsThePictureInTheLogicalRectang
         const std::uint32_t wanted = LayerPixel(kMiddleOffset.x + at.x, kMiddleOffset.y + at.y);
         const std::uint32_t painted = twice.At(2 * at.x, 2 * at.y);
         for (const int shift : {0, 8, 16}) {
-            EXPECT_NEAR(static_cast<int>(painted >> shift & 0xFF),
-                        static_cast<int>(wanted >> shift & 0xFF), 12);
+            EXPECT_NEAR(static_cast<int>(wanted >> shift & 0xFF),
+                        static_cast<int>(painted >> shift & 0xFF), 12);
         }
     }
 }
@@ -109,11 +109,11 @@ TEST_F(Painting, FollowsTheOriginOfTheDeviceContext) {
     screen.SetFactor(static_cast<int>(ScreenDeviceFactor()));
     ::SetViewportOrgEx(screen.Dc().GetSafeHdc(), 30, 20, nullptr);
     display->Draw(&screen.Dc());
-    EXPECT_EQ(screen.At(29, 20), Rgb(Screen::kBackground));
-    EXPECT_EQ(screen.At(30, 20), LayerPixel(kMiddleOffset.x, kMiddleOffset.y));
+    EXPECT_EQ(Rgb(Screen::kBackground), screen.At(29, 20));
+    EXPECT_EQ(LayerPixel(kMiddleOffset.x, kMiddleOffset.y), screen.At(30, 20));
     POINT origin{};
     ::GetViewportOrgEx(screen.Dc().GetSafeHdc(), &origin);
-    EXPECT_EQ(origin.x, 30) << "the device context comes back as it was";
+    EXPECT_EQ(30, origin.x) << "the device context comes back as it was";
 }
 
 TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
@@ -121,12 +121,12 @@ TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
     AwaitPicture();
     const auto picture = Paint();
     const auto at = [&](int x, int y) { return picture[static_cast<std::size_t>(y * 200 + x)]; };
-    EXPECT_EQ(at(36, 28), LayerPixel(0, 0, 1));
-    EXPECT_EQ(at(36 + 127, 28 + 63), LayerPixel(127, 63, 1));
-    EXPECT_EQ(at(35, 60), Rgb(Screen::kBackground));
-    EXPECT_EQ(at(36 + 128, 60), Rgb(Screen::kBackground));
-    EXPECT_EQ(at(100, 27), Rgb(Screen::kBackground));
-    EXPECT_EQ(at(100, 28 + 64), Rgb(Screen::kBackground));
+    EXPECT_EQ(LayerPixel(0, 0, 1), at(36, 28));
+    EXPECT_EQ(LayerPixel(127, 63, 1), at(36 + 127, 28 + 63));
+    EXPECT_EQ(Rgb(Screen::kBackground), at(35, 60));
+    EXPECT_EQ(Rgb(Screen::kBackground), at(36 + 128, 60));
+    EXPECT_EQ(Rgb(Screen::kBackground), at(100, 27));
+    EXPECT_EQ(Rgb(Screen::kBackground), at(100, 28 + 64));
 }
 
 // With such a factor the tiles' true places leave odd pixels between them.
@@ -138,7 +138,7 @@ TEST_F(Painting, ShowsTheBackgroundBetweenTilesThatDoNotTouch) {
     for (int i = 0; i < 8; ++i) {
         int open = 0;
         for (const std::uint32_t pixel : Paint()) {
-            ASSERT_NE(pixel, 0U) << "black is what a transparent pixel becomes when it is copied";
+            ASSERT_NE(0U, pixel) << "black is what a transparent pixel becomes when it is copied";
             open += pixel == Rgb(Screen::kBackground) ? 1 : 0;
         }
         EXPECT_GT(open, 0);
@@ -165,11 +165,11 @@ TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
                              : 0;
             }
         }
-        EXPECT_EQ(wrong, 0) << shift.cx << "," << shift.cy;
+        EXPECT_EQ(0, wrong) << shift.cx << "," << shift.cy;
         AwaitPicture();
     }
     // All that came into view is there, and in its place.
-    EXPECT_EQ(WrongPixels(Paint(), kMiddleOffset - CSize(70, 42)), 0);
+    EXPECT_EQ(0, WrongPixels(Paint(), kMiddleOffset - CSize(70, 42)));
 }
 
 // Places truncate toward zero, so neighbours overlap by a pixel here and there: each rendering
@@ -188,7 +188,7 @@ TEST_F(Painting, APanToAnyFractionOfAPixelShowsWhatAFreshRenderingShows) {
         const auto panned = Paint();
         display->SetTool(static_cast<UINT>(MapToolKind::Arrow));
         display->SetCenter(center);
-        ASSERT_EQ(Paint(), panned) << i;
+        ASSERT_EQ(panned, Paint()) << i;
     }
 }
 
@@ -232,7 +232,7 @@ TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {
     display->SetViewSize({DeviceToLogical(400, factor) + 1, DeviceToLogical(240, factor) + 1});
     display->SetCenter(display->Center());
     AwaitPicture();
-    EXPECT_EQ(WrongPixels(Paint(), {56, 8}, 3), 0);
+    EXPECT_EQ(0, WrongPixels(Paint(), {56, 8}, 3));
 }
 
 TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {
@@ -242,8 +242,8 @@ TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {
     ASSERT_TRUE(display->SetLayer(2));
     AwaitPicture();
     // 256 x 128 pixels in the middle of 600 x 400: from (172, 136)
-    EXPECT_EQ(PaintedAt(172 + 255, 136 + 127), LayerPixel(255, 127, 2));
-    EXPECT_EQ(PaintedAt(172 + 256, 200), Rgb(Screen::kBackground));
+    EXPECT_EQ(LayerPixel(255, 127, 2), PaintedAt(172 + 255, 136 + 127));
+    EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(172 + 256, 200));
 }
 
 }  // namespace

@@ -17,13 +17,13 @@ class Terrascope2 : public Display {};
 
 TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
     MakeDisplay();
-    EXPECT_EQ(display->GetLayerRange(), std::make_pair(0, -1));
-    EXPECT_EQ(display->GetLayer(), -1);
-    EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
-    EXPECT_EQ(display->SetLayer(1), FALSE);
+    EXPECT_EQ(std::make_pair(0, -1), display->GetLayerRange());
+    EXPECT_EQ(-1, display->GetLayer());
+    EXPECT_EQ(FALSE, display->OpenMap("nowhere"));
+    EXPECT_EQ(FALSE, display->SetLayer(1));
     display->RefreshTiles();
     display->SetCenter({1, 2});
-    EXPECT_EQ(PaintedAt(100, 60), Rgb(Screen::kBackground));
+    EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(100, 60));
 }
 
 TEST_F(Terrascope2, KeepsTheOpenMapWhenAnotherOrALayerIsRefused) {
@@ -33,11 +33,11 @@ TEST_F(Terrascope2, KeepsTheOpenMapWhenAnotherOrALayerIsRefused) {
     map.columns = 8;
     map.rows = 4;
     Open(3, map);
-    EXPECT_EQ(display->OpenMap("nowhere"), FALSE);
-    EXPECT_EQ(display->SetLayer(7), FALSE);
-    EXPECT_EQ(display->GetLayerRange(), std::make_pair(3, 6));
-    EXPECT_EQ(display->GetMapName(), CString("world"));
-    EXPECT_EQ(display->GetLayer(), 3);
+    EXPECT_EQ(FALSE, display->OpenMap("nowhere"));
+    EXPECT_EQ(FALSE, display->SetLayer(7));
+    EXPECT_EQ(std::make_pair(3, 6), display->GetLayerRange());
+    EXPECT_EQ(CString("world"), display->GetMapName());
+    EXPECT_EQ(3, display->GetLayer());
 }
 
 // A host relies on the middle that SetLayer takes: its y counts from the map's left edge.
@@ -46,7 +46,7 @@ TEST_F(Terrascope2, SetLayerCentresOnTheLeftEdgePlusHalfTheHeight) {
     map.left = 10;
     map.bottom = 0;
     Open(4, map);
-    EXPECT_EQ(display->Center(), CPointF(10 + 180, 10 + 90));
+    EXPECT_EQ(CPointF(10 + 180, 10 + 90), display->Center());
 }
 
 TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
@@ -65,24 +65,24 @@ TEST_F(Terrascope2, AsksForTheVisibleTilesOnlyAndOnce) {
     Open(4);  // the view of 200 x 120 about (0, 0): 4 x 2 tiles of 64
     AwaitPicture();
     const auto requests = script->Requests();
-    EXPECT_EQ(requests.size(), 8U);
+    EXPECT_EQ(8U, requests.size());
     const auto count = requests.size();
     display->RefreshTiles();
     display->SetCenter(display->Center());
     AwaitPicture();
-    EXPECT_EQ(script->Requests().size(), count);
+    EXPECT_EQ(count, script->Requests().size());
 }
 
 TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
     Open(1);
     AwaitPicture();
     // The whole view when it was rendered, then each tile with its margin.
-    ASSERT_EQ(window->repaints.size(), 3U);
-    EXPECT_EQ(window->repaints[0], CRect(0, 0, 200, 120));
+    ASSERT_EQ(3U, window->repaints.size());
+    EXPECT_EQ(CRect(0, 0, 200, 120), window->repaints[0]);
     std::sort(window->repaints.begin() + 1, window->repaints.end(),
               [](const CRect& a, const CRect& b) { return a.left < b.left; });
-    EXPECT_TRUE(window->repaints[1] == CRect(33, 25, 103, 95)) << window->repaints[1].left;
-    EXPECT_TRUE(window->repaints[2] == CRect(97, 25, 167, 95)) << window->repaints[2].left;
+    EXPECT_EQ(CRect(33, 25, 103, 95), window->repaints[1]);
+    EXPECT_EQ(CRect(97, 25, 167, 95), window->repaints[2]);
 }
 
 TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
@@ -93,7 +93,7 @@ TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
         display.reset();
         Open(2);
         AwaitPicture();
-        EXPECT_EQ(PaintedAt(100, 60), kWaitingGrey) << static_cast<int>(answer);
+        EXPECT_EQ(kWaitingGrey, PaintedAt(100, 60)) << static_cast<int>(answer);
     }
 }
 
@@ -104,8 +104,8 @@ TEST_F(Terrascope2, DropsATileThatComesTooLate) {
     ASSERT_TRUE(display->SetLayer(1));
     script->Release();
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(46, 38), FromColour(TileColour(1, 0, 0)));
-    EXPECT_EQ(PaintedAt(136, 38), FromColour(TileColour(1, 1, 0)));
+    EXPECT_EQ(FromColour(TileColour(1, 0, 0)), PaintedAt(46, 38));
+    EXPECT_EQ(FromColour(TileColour(1, 1, 0)), PaintedAt(136, 38));
 }
 
 TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
@@ -127,8 +127,8 @@ TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
     ASSERT_TRUE(display->SetLayer(3));
     script->Release();
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(100, 60), kWaitingGrey);
-    EXPECT_EQ(PaintedAt(10, 10), kWaitingGrey);
+    EXPECT_EQ(kWaitingGrey, PaintedAt(100, 60));
+    EXPECT_EQ(kWaitingGrey, PaintedAt(10, 10));
 }
 
 TEST_F(Terrascope2, IsSilentWhileAButtonIsDownAndPostsWhatItWithheld) {
@@ -207,12 +207,12 @@ TEST_F(Terrascope2, OutlivesItsHostWindowAndWorksWithoutOne) {
     window.reset();
     AwaitPicture();
     display->RefreshTiles();
-    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60));
     display.reset();
 
     Open(4);  // with no window at all
     AwaitPicture();
-    EXPECT_EQ(PaintedAt(100, 60), FromColour(TileColour(4, 8, 4)));
+    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60));
 }
 
 TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {

@@ -31,33 +31,33 @@ TEST(ViewGeometry, DeviceToMapAndBackReturnsToThePoint) {
         view.size = size;
         for (const PointD device : {PointD{0, 0}, {7, 11}, {-50.5, 300.25}, {157, 61}}) {
             const PointD back = MapToDevice(view, DeviceToMap(view, device));
-            EXPECT_NEAR(back.x, device.x, 1e-9);
-            EXPECT_NEAR(back.y, device.y, 1e-9);
+            EXPECT_NEAR(device.x, back.x, 1e-9);
+            EXPECT_NEAR(device.y, back.y, 1e-9);
         }
         const PointD middle = DeviceToMap(view, {7.0 + view.size.cx / 2, 11.0 + view.size.cy / 2});
-        EXPECT_DOUBLE_EQ(middle.x, 12.5) << "the centre is at the truncated half";
-        EXPECT_DOUBLE_EQ(middle.y, -30.25);
+        EXPECT_DOUBLE_EQ(12.5, middle.x) << "the centre is at the truncated half";
+        EXPECT_DOUBLE_EQ(-30.25, middle.y);
     }
 }
 
 TEST(ViewGeometry, RegionsAreClippedToTheMapAndRunDownwards) {
     Viewport view = World();
     const MapRegion inside = RegionAround(view, kVisibleRegionFactor);
-    EXPECT_FLOAT_EQ(inside.width, static_cast<float>(301 * 360.0 / 1024));
-    EXPECT_FLOAT_EQ(inside.height, static_cast<float>(-100 * 180.0 / 256));
+    EXPECT_FLOAT_EQ(static_cast<float>(301 * 360.0 / 1024), inside.width);
+    EXPECT_FLOAT_EQ(static_cast<float>(-100 * 180.0 / 256), inside.height);
 
     view.center = {-179, 89};
     const MapRegion corner = RegionAround(view, kLoadRegionFactor);
-    EXPECT_FLOAT_EQ(corner.left, -180);
-    EXPECT_FLOAT_EQ(corner.top, 90);
+    EXPECT_FLOAT_EQ(-180, corner.left);
+    EXPECT_FLOAT_EQ(90, corner.top);
 
     view.size = CSize(5000, 5000);
     const MapRegion whole = RegionAround(view, kLoadRegionFactor);
-    EXPECT_FLOAT_EQ(whole.width, 360);
-    EXPECT_FLOAT_EQ(whole.height, -180);
+    EXPECT_FLOAT_EQ(360, whole.width);
+    EXPECT_FLOAT_EQ(-180, whole.height);
     const TileRange range = TileRangeOf(view, whole);
-    EXPECT_EQ(range.columnCount, 4);
-    EXPECT_EQ(range.rowCount, 2);
+    EXPECT_EQ(4, range.columnCount);
+    EXPECT_EQ(2, range.rowCount);
 }
 
 TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
@@ -71,18 +71,18 @@ TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
         int columns;
     };
     for (const Case c : {Case{2.0F, 2}, {2.000001F, 2}, {2.001F, 3}, {1.999F, 2}}) {
-        EXPECT_EQ(TileRangeOf(view, {0, 100, c.width, -1}).columnCount, c.columns) << c.width;
-        EXPECT_EQ(TileRangeOf(view, {0, 100, 1, -c.width}).rowCount, c.columns) << c.width;
+        EXPECT_EQ(c.columns, TileRangeOf(view, {0, 100, c.width, -1}).columnCount) << c.width;
+        EXPECT_EQ(c.columns, TileRangeOf(view, {0, 100, 1, -c.width}).rowCount) << c.width;
     }
     // The corner of a map may be no float: the region's then lies a hair outside.
     view.extent.x0 = -0.1;
-    EXPECT_EQ(TileRangeOf(view, {-0.1F, 100, 1, -1}).firstColumn, 0);
+    EXPECT_EQ(0, TileRangeOf(view, {-0.1F, 100, 1, -1}).firstColumn);
     view.extent.x0 = 0;
     const TileRange inner = TileRangeOf(view, {3.5F, 96.5F, 1.0F, -1.0F});
-    EXPECT_EQ(inner.firstColumn, 3);
-    EXPECT_EQ(inner.firstRow, 3);
-    EXPECT_EQ(inner.EndColumn(), 5);
-    EXPECT_EQ(inner.EndRow(), 5);
+    EXPECT_EQ(3, inner.firstColumn);
+    EXPECT_EQ(3, inner.firstRow);
+    EXPECT_EQ(5, inner.EndColumn());
+    EXPECT_EQ(5, inner.EndRow());
 }
 
 TEST(ViewGeometry, TheLargestScreensGetTheirTilesAndMoreIsRefused) {
@@ -143,7 +143,7 @@ TEST(ViewGeometry, NumbersThatDivideByNothingGiveNothing) {
     moment.resolution = {1, 1};
     EXPECT_TRUE(SourceRectangle(moment, {0, 10}).IsRectEmpty());
     moment.targetFactor = 1.0;
-    EXPECT_EQ(SourceRectangle(moment, {10, 8}).Size(), CSize(10, 8)) << "no way to go: at rest";
+    EXPECT_EQ(CSize(10, 8), SourceRectangle(moment, {10, 8}).Size()) << "no way to go: at rest";
     moment.targetFactor = 0.0;
     moment.currentFactor = 0.5;
     SourceRectangle(moment, {10, 8});
@@ -154,20 +154,20 @@ TEST(ViewGeometry, TheSourceAtRestIsTheViewAndShrinksOrGrowsToTheTarget) {
     moment.resolution = {0.5, 0.5};
     moment.center = {100, 100};
     moment.bitmapOrigin = {50, 150};  // the centre is 100 pixels right of and below it
-    EXPECT_EQ(SourceRectangle(moment, {60, 40}), CRect(CPoint(70, 80), CSize(60, 40)));
+    EXPECT_EQ(CRect(CPoint(70, 80), CSize(60, 40)), SourceRectangle(moment, {60, 40}));
 
     moment.shift = {10, 5};  // 20 pixels right, 10 up
     moment.currentFactor = 1.6;
-    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
-              CRect(CPoint(100 + 12 - 21, 100 - 6 - 14), CSize(42, 28)));
+    EXPECT_EQ(CRect(CPoint(100 + 12 - 21, 100 - 6 - 14), CSize(42, 28)),
+              SourceRectangle(moment, {60, 40}));
     moment.currentFactor = 2.0;
-    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
-              CRect(CPoint(100 + 20 - 15, 100 - 10 - 10), CSize(30, 20)));
+    EXPECT_EQ(CRect(CPoint(100 + 20 - 15, 100 - 10 - 10), CSize(30, 20)),
+              SourceRectangle(moment, {60, 40}));
 
     moment.targetFactor = 0.5;
     moment.currentFactor = 0.5;
-    EXPECT_EQ(SourceRectangle(moment, {60, 40}),
-              CRect(CPoint(100 + 20 - 60, 100 - 10 - 40), CSize(120, 80)));
+    EXPECT_EQ(CRect(CPoint(100 + 20 - 60, 100 - 10 - 40), CSize(120, 80)),
+              SourceRectangle(moment, {60, 40}));
 }
 
 TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
@@ -188,7 +188,7 @@ TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
     };
     for (const Case& c : cases) {
         const CPointF result = CCenterPointAdjuster2(&map, &one, c.proposed, c.view).Adjusted();
-        EXPECT_EQ(result, c.expected)
+        EXPECT_EQ(c.expected, result)
             << c.proposed.x << "," << c.proposed.y << " in " << c.view.cx << "x" << c.view.cy
             << " gave " << result.x << "," << result.y;
     }
@@ -221,16 +221,16 @@ TEST(OffsetCalculator, StopsTheMapAtAllFourEdges) {
             calculator.SetLayerSize(pair(c.layer, 500));
             calculator.SetMapPosition(CPoint(0, 0) + pair(c.corner, -3));
             calculator.SetOffset(pair(c.shift, 0));
-            EXPECT_EQ(calculator.PermittedOffset(), pair(c.permitted, 0)) << c.what << vertical;
+            EXPECT_EQ(pair(c.permitted, 0), calculator.PermittedOffset()) << c.what << vertical;
         }
     }
 }
 
 TEST(DeviceUnits, FollowTheScreensDotsPerInch) {
-    EXPECT_EQ(DeviceFactor(96), 319.0F);
-    EXPECT_EQ(DeviceFactor(120), 399.0F);
-    EXPECT_EQ(DeviceFactor(144), 479.0F);
-    EXPECT_EQ(DeviceToLogical(INT_MAX, 319.0F), INT_MAX) << "too large for an int";
+    EXPECT_EQ(319.0F, DeviceFactor(96));
+    EXPECT_EQ(399.0F, DeviceFactor(120));
+    EXPECT_EQ(479.0F, DeviceFactor(144));
+    EXPECT_EQ(INT_MAX, DeviceToLogical(INT_MAX, 319.0F)) << "too large for an int";
 }
 
 }  // namespace

@@ -106,10 +106,10 @@ TEST(ImageHeader, TellsFormatSizeAndSafety) {
     for (const Case& c : kCases) {
         const ImageHeader header =
             ReadImageHeader({reinterpret_cast<const std::uint8_t*>(c.file.data()), c.file.size()});
-        EXPECT_EQ(header.format, c.format) << c.name;
-        EXPECT_EQ(header.width, c.width) << c.name;
-        EXPECT_EQ(header.height, c.height) << c.name;
-        EXPECT_EQ(IsSafeToDecode(header), c.safe) << c.name;
+        EXPECT_EQ(c.format, header.format) << c.name;
+        EXPECT_EQ(c.width, header.width) << c.name;
+        EXPECT_EQ(c.height, header.height) << c.name;
+        EXPECT_EQ(c.safe, IsSafeToDecode(header)) << c.name;
     }
 }
 

@@ -41,7 +41,7 @@ TEST(Thread, RunsOnceHoweverOftenItIsStartedAndKeepsTheStopSignal) {
     thread.Stop();
     EXPECT_TRUE(thread.stopSeen);
     EXPECT_TRUE(thread.IsFinished());
-    EXPECT_EQ(thread.runs, 1);
+    EXPECT_EQ(1, thread.runs);
 
     thread.Start();
     EXPECT_TRUE(Await([&] { return thread.runs == 2; })) << "it can be started again";

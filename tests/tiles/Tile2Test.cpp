@@ -90,11 +90,11 @@ TEST_F(Tile2, PaintsItsPlaceholderAtItsPlaceAndClipsIt) {
     Surface surface(24, 12);
     CTileCanvas canvas = surface.Canvas();
     tile.Draw(canvas, {-180, 90});
-    EXPECT_EQ(surface.At(16, 8), kGrey);
-    EXPECT_EQ(surface.At(23, 11), kGrey);
-    EXPECT_EQ(surface.At(15, 8), 0U);
-    EXPECT_EQ(surface.At(16, 7), 0U);
-    EXPECT_EQ(tile.PlaceOn({-180, 90}), CRect(16, 8, 32, 16));
+    EXPECT_EQ(kGrey, surface.At(16, 8));
+    EXPECT_EQ(kGrey, surface.At(23, 11));
+    EXPECT_EQ(0U, surface.At(15, 8));
+    EXPECT_EQ(0U, surface.At(16, 7));
+    EXPECT_EQ(CRect(16, 8, 32, 16), tile.PlaceOn({-180, 90}));
 }
 
 TEST_F(Tile2, ShowsADeliveredImagePixelForPixelAndDecodesItOnce) {
@@ -103,10 +103,10 @@ TEST_F(Tile2, ShowsADeliveredImagePixelForPixelAndDecodesItOnce) {
     CTileCanvas canvas = surface.Canvas();
     tile.SetImage(Image(Picture(16, 8, [](int x, int y) { return x == 5 && y == 3; }), 1, 0));
     tile.Draw(canvas, {-180, 90});
-    EXPECT_EQ(surface.At(16, 0), kRed);
-    EXPECT_EQ(surface.At(16 + 5, 3), kBlue);
-    EXPECT_EQ(surface.At(16 + 4, 3), kRed);
-    EXPECT_EQ(surface.At(31, 7), kRed);
+    EXPECT_EQ(kRed, surface.At(16, 0));
+    EXPECT_EQ(kBlue, surface.At(16 + 5, 3));
+    EXPECT_EQ(kRed, surface.At(16 + 4, 3));
+    EXPECT_EQ(kRed, surface.At(31, 7));
 }
 
 TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
@@ -116,7 +116,7 @@ TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
     tile.SetImage(Image(Red(15, 7)));
     tile.Draw(canvas, {-180, 90});
     for (const auto pixel : surface.Pixels()) {
-        ASSERT_EQ(pixel, kRed) << "no grey rim may stay";
+        ASSERT_EQ(kRed, pixel) << "no grey rim may stay";
     }
 }
 
@@ -134,7 +134,7 @@ TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
         tile.SetImage(Image(bytes));
         tile.Draw(canvas, {-180, 90});
         tile.Draw(canvas, {-180, 90});
-        EXPECT_EQ(surface.At(8, 4), kGrey);
+        EXPECT_EQ(kGrey, surface.At(8, 4));
     }
 }
 
@@ -244,25 +244,25 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     for (CTile2* child : parent.Split(Layer(3))) {
         children.emplace_back(child);
     }
-    ASSERT_EQ(children.size(), 4U);
+    ASSERT_EQ(4U, children.size());
     const char* keys[] = {"120", "121", "122", "123"};
     for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(children[i]->Key(), CString(keys[i]));
+        EXPECT_EQ(CString(keys[i]), children[i]->Key());
         Surface quarter(16, 8);
         CTileCanvas target = quarter.Canvas();
         children[i]->Draw(target, children[i]->TopLeft());
-        EXPECT_EQ(quarter.At(4, 4), i == 3 ? kBlue : kRed);
+        EXPECT_EQ(i == 3 ? kBlue : kRed, quarter.At(4, 4));
     }
     EXPECT_THROW(children[0]->Split(Layer(4)), std::logic_error);
 
     CTile2 merged(*children[0], *children[1], *children[2], *children[3], Layer(2));
-    EXPECT_EQ(merged.Key(), CString("12"));
-    EXPECT_EQ(merged.TopLeft(), parent.TopLeft());
+    EXPECT_EQ(CString("12"), merged.Key());
+    EXPECT_EQ(parent.TopLeft(), merged.TopLeft());
     Surface whole(16, 8);
     CTileCanvas target = whole.Canvas();
     merged.Draw(target, merged.TopLeft());
-    EXPECT_EQ(whole.At(2, 2), kRed);
-    EXPECT_EQ(whole.At(12, 6), kBlue);
+    EXPECT_EQ(kRed, whole.At(2, 2));
+    EXPECT_EQ(kBlue, whole.At(12, 6));
 }
 
 TEST_F(Tile2, KeepsTrueDistancesWhenTheFactorLeavesAFraction) {
@@ -271,7 +271,7 @@ TEST_F(Tile2, KeepsTrueDistancesWhenTheFactorLeavesAFraction) {
     const char* row[] = {"000", "001", "010", "011", "100", "101"};
     const int left[] = {0, 11, 22, 33, 44, 56};
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(CTile2(map, layer, row[i], nullptr).PlaceOn({-180, 90}).left, left[i]);
+        EXPECT_EQ(left[i], CTile2(map, layer, row[i], nullptr).PlaceOn({-180, 90}).left);
     }
 }
 
@@ -279,13 +279,13 @@ TEST_F(Tile2, LiesInMapUnitsWhereItsKeySays) {
     const MapRegion rect = CTile2(map, Layer(2), "12", nullptr).GetLogicalRect();
     EXPECT_FLOAT_EQ(0, rect.left);
     EXPECT_FLOAT_EQ(45, rect.top);
-    EXPECT_FLOAT_EQ(rect.width, 90);
-    EXPECT_FLOAT_EQ(rect.height, -45);
+    EXPECT_FLOAT_EQ(90, rect.width);
+    EXPECT_FLOAT_EQ(-45, rect.height);
 
     CTile2 odd(map, Layer(2), "1x", nullptr);
-    EXPECT_EQ(odd.GetLogicalRect().width, 0);
-    EXPECT_EQ(odd.TopLeft(), CPointF(0, 0));
-    EXPECT_EQ(odd.PlaceOn({-180, 90}).left, 32) << "painted where the valid part of its key says";
+    EXPECT_EQ(0, odd.GetLogicalRect().width);
+    EXPECT_EQ(CPointF(0, 0), odd.TopLeft());
+    EXPECT_EQ(32, odd.PlaceOn({-180, 90}).left) << "painted where the valid part of its key says";
 }
 
 }  // namespace

@@ -22,9 +22,9 @@ class TileKeyDecoding : public testing::TestWithParam<KeyCase> {};
 
 TEST_P(TileKeyDecoding, GivesColumnAndRowUpToTheFirstWrongDigit) {
     TileIndex index;
-    EXPECT_EQ(DecodeTileKey(GetParam().key, index), GetParam().valid);
-    EXPECT_EQ(index.column, GetParam().column);
-    EXPECT_EQ(index.row, GetParam().row);
+    EXPECT_EQ(GetParam().valid, DecodeTileKey(GetParam().key, index));
+    EXPECT_EQ(GetParam().column, index.column);
+    EXPECT_EQ(GetParam().row, index.row);
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, TileKeyDecoding,
@@ -40,13 +40,13 @@ TEST(TileKey, OfAChildIsTheParentsWithOneDigitMore) {
             for (std::uint32_t row = 0; row < size; ++row) {
                 const CString key = MakeTileKey(column, row, layer);
                 TileIndex index;
-                ASSERT_EQ(key.GetLength(), layer);
+                ASSERT_EQ(layer, key.GetLength());
                 ASSERT_TRUE(DecodeTileKey(key, index));
-                ASSERT_EQ(index.column, column);
-                ASSERT_EQ(index.row, row);
+                ASSERT_EQ(column, index.column);
+                ASSERT_EQ(row, index.row);
                 CString child;
                 child.Format("%s%d", key.GetString(), 2);
-                ASSERT_EQ(child, MakeTileKey(2 * column, 2 * row + 1, layer + 1));
+                ASSERT_EQ(MakeTileKey(2 * column, 2 * row + 1, layer + 1), child);
             }
         }
     }
@@ -56,8 +56,8 @@ TEST(TileKey, IsEmptyWhereNoTileCanBe) {
     for (const int layer : {0, -1, INT_MIN, kDeepestLayer + 1, INT_MAX}) {
         EXPECT_TRUE(MakeTileKey(5, 3, layer).IsEmpty()) << layer;
     }
-    EXPECT_EQ(MakeTileKey(2, 1, 2), CString("12"));
-    EXPECT_EQ(MakeTileKey(0x80000000U, 0, 32), CString("1" + CString('0', 31)));
+    EXPECT_EQ(CString("12"), MakeTileKey(2, 1, 2));
+    EXPECT_EQ(CString("1" + CString('0', 31)), MakeTileKey(0x80000000U, 0, 32));
 }
 
 TEST(TileLayer2, TakesTileSizeAndUnitsFromTheMapAndTheFactor) {
@@ -72,13 +72,13 @@ TEST(TileLayer2, TakesTileSizeAndUnitsFromTheMapAndTheFactor) {
     info.nTileWidth = 999;
     info.dZoomFactor = 0.7;
     const CTileLayer2 layer(map, info);
-    EXPECT_EQ(layer.nTileWidth, 179);
-    EXPECT_EQ(layer.nTileHeight, 89);
-    EXPECT_DOUBLE_EQ(layer.dUnitsPerPixelX, 360.0 / (4 * 179));
-    EXPECT_DOUBLE_EQ(layer.dUnitsPerPixelY, 180.0 / (2 * 89));
+    EXPECT_EQ(179, layer.nTileWidth);
+    EXPECT_EQ(89, layer.nTileHeight);
+    EXPECT_DOUBLE_EQ(360.0 / (4 * 179), layer.dUnitsPerPixelX);
+    EXPECT_DOUBLE_EQ(180.0 / (2 * 89), layer.dUnitsPerPixelY);
 
     info.nTileCountX = 0;
-    EXPECT_EQ(CTileLayer2(map, info).dUnitsPerPixelX, 0.0);
+    EXPECT_EQ(0.0, CTileLayer2(map, info).dUnitsPerPixelX);
 }
 
 }  // namespace

@@ -119,7 +119,7 @@ TEST_F(TileLoadQueue, ServesFirstInFirstOutButTheTileMovedLastFirst) {
     auto served = Serve(4);
     std::sort(served.begin(), served.begin() + 2);
     std::sort(served.begin() + 2, served.end());
-    EXPECT_EQ(served, (std::vector<std::string>{"map/1/1", "map/1/3", "map/1/0", "map/1/2"}));
+    EXPECT_EQ((std::vector<std::string>{"map/1/1", "map/1/3", "map/1/0", "map/1/2"}), served);
 }
 
 TEST_F(TileLoadQueue, KeepsAKeyOnceWhateverItsMapLayerOrCase) {
@@ -127,7 +127,7 @@ TEST_F(TileLoadQueue, KeepsAKeyOnceWhateverItsMapLayerOrCase) {
     queue.Push("first", 1, "aB");
     queue.Push("second", 2, "Ab");
     queue.MoveToFront("AB");
-    EXPECT_EQ(Serve(1), std::vector<std::string>{"first/1/aB"});
+    EXPECT_EQ(std::vector<std::string>{"first/1/aB"}, Serve(1));
 
     queue.Push("third", 3, "ab");
     EXPECT_TRUE(Await([&] { return provider.entered == 4; })) << "served, it can be queued again";
@@ -139,7 +139,7 @@ TEST_F(TileLoadQueue, GoesOnWhilePausedAndForgetsWhatWasCleared) {
     queue.Clear();
     queue.Push("map", 1, "1");
     queue.Pause();
-    EXPECT_EQ(Serve(1), std::vector<std::string>{"map/1/1"});
+    EXPECT_EQ(std::vector<std::string>{"map/1/1"}, Serve(1));
     queue.Resume();
 }
 
@@ -164,7 +164,7 @@ TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) 
     }
     ASSERT_TRUE(Await([&] { return provider.entered == 106; }));
     EXPECT_LT(::GetTickCount64() - start, 5000U) << "paced, a hundred tiles take 7.5 s";
-    EXPECT_EQ(receiver.delivered, 6);
+    EXPECT_EQ(6, receiver.delivered);
 }
 
 TEST_F(TileLoadQueue, LogsAReceiverThatFailsAndGoesOn) {
