@@ -17,6 +17,10 @@ using namespace Terrascope;
 class LayerSwitch : public Display {
 protected:
     void Use(MapToolKind kind) { display->SetTool(static_cast<UINT>(kind)); }
+    void Zoom(MapToolKind kind) {
+        Use(kind);
+        Click({100, 60});
+    }
     int ZoomAt(CPointF point, MapToolKind kind) { return display->ZoomAt(point, kind); }
 
     /// Paints whenever the display asks for it until the switch has ended; how often it asked.
@@ -46,8 +50,7 @@ TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
     Open(3);
     AwaitPicture();
     window->repaints.clear();
-    Use(MapToolKind::ZoomIn);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomIn);
     EXPECT_TRUE(display->IsSwitchingLayer());
     EXPECT_EQ(4, display->GetLayer());
     EXPECT_EQ(kPaints, Animate());
@@ -81,8 +84,7 @@ TEST_F(LayerSwitch, IsRefusedAtBothEndsOffTheMapAndWhileOneRuns) {
 TEST_F(LayerSwitch, NeverAdvancesForAHostThatDoesNotPaintAndStillEndsAtOnce) {
     script->Hold();
     Open(3);
-    Use(MapToolKind::ZoomIn);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomIn);
     ASSERT_TRUE(Await([&] { return window->repaints.size() == 3; })) << "two renderings, a step";
     script->Release();
     const auto posted = window->repaints.size();
@@ -102,8 +104,7 @@ TEST_F(LayerSwitch, ShowsTheOldPictureScaledAboutTheNewCentre) {
     Open(3);  // the view begins at (156, 68) of the layer's 512 x 256 pixels
     AwaitPicture();
     const std::uint32_t old = PaintedAt(100, 60);
-    Use(MapToolKind::ZoomIn);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomIn);
     // Until a step was made, the picture is the old one, though all tiles are of the new layer.
     EXPECT_EQ(FromColour(TileColour(3, 2, 1)), PaintedAt(0, 0));
     EXPECT_EQ(old, PaintedAt(100, 60));
@@ -118,14 +119,12 @@ TEST_F(LayerSwitch, StartsTheNewLayerWithThePictureOfTheOld) {
     Open(3);
     AwaitPicture();
     script->SetTileAnswer(TileAnswer::Nothing);
-    Use(MapToolKind::ZoomIn);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomIn);
     Animate();
     AwaitPicture();
     EXPECT_EQ(FromColour(TileColour(3, 4, 2)), PaintedAt(110, 70)) << "split";
 
-    Use(MapToolKind::ZoomOut);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomOut);
     Animate();
     AwaitPicture();
     EXPECT_EQ(FromColour(TileColour(3, 4, 2)), PaintedAt(110, 70)) << "and merged again";
@@ -138,8 +137,7 @@ TEST_F(LayerSwitch, LosesNoTileWhenTheProviderLacksTheNextLayer) {
     ASSERT_TRUE(script->AwaitHeld(2, 10000));
     map.layerCount = 3;  // the map that was opened has five
     script->SetMaps({map});
-    Use(MapToolKind::ZoomIn);
-    Click({100, 60});
+    Zoom(MapToolKind::ZoomIn);
     EXPECT_EQ(3, display->GetLayer());
     script->Release();
     Animate();
@@ -157,8 +155,7 @@ TEST_F(LayerSwitch, OddFactorsNeitherDivideByNothingNorHang) {
         Open(3, map);
         map.zoomFactor = factor;  // what the next layer says of itself: 0.5 makes the target 1
         script->SetMaps({map});
-        Use(MapToolKind::ZoomIn);
-        Click({100, 60});
+        Zoom(MapToolKind::ZoomIn);
         Paint();
         Animate();
     }

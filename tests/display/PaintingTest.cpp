@@ -12,16 +12,6 @@ namespace {
 
 using namespace Terrascope;
 
-/// Opaque pixels without order.
-std::vector<std::uint32_t> Noise(int width, int height) {
-    std::mt19937 random(11);
-    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height));
-    for (auto& pixel : pixels) {
-        pixel = 0xFF000000 | random();
-    }
-    return pixels;
-}
-
 class Painting : public Display {
 protected:
     Painting() { script->SetTileAnswer(TileAnswer::Gradient); }
@@ -58,29 +48,26 @@ const CPoint kMiddleOffset(412, 196);
 TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     auto bitmap = CMapBitmap::Create({80, 60}, {0, 0});
     ASSERT_TRUE(bitmap);
-    auto noise = Noise(80, 60);
-    CTileCanvas canvas = bitmap->Canvas();
     const CGdiplusSession session;
-    const auto picture = CTilePicture::Create({80, 60});
-    std::copy(noise.begin(), noise.end(), picture->Row(0));
-    canvas.Paint(*picture, {0, 0});
-    {
-        for (const int dpi : {96, 120, 144}) {
-            const float factor = DeviceFactor(dpi);
-            for (const CSize size : {CSize(80, 60), CSize(61, 47), CSize(1, 1)}) {
-                Screen screen(size);
-                std::unique_ptr<CDibSection> strip;
-                screen.SetFactor(static_cast<int>(factor));
-                PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor, strip);
-                int wrong = 0;
-                for (int y = 0; y < size.cy; ++y)
-                    for (int x = 0; x < size.cx; ++x) {
-                        wrong += screen.At(x, y) != Rgb(noise[static_cast<std::size_t>(y * 80 + x)])
-                                     ? 1
-                                     : 0;
-                    }
-                EXPECT_EQ(0, wrong) << dpi << " dpi, " << size.cx << "x" << size.cy;
+    const auto noise = CTilePicture::Create({80, 60});
+    std::mt19937 random(11);
+    std::generate_n(noise->Row(0), 80 * 60, [&] { return 0xFF000000 | random(); });
+    CTileCanvas canvas = bitmap->Canvas();
+    canvas.Paint(*noise, {0, 0});
+    for (const int dpi : {96, 120, 144}) {
+        const float factor = DeviceFactor(dpi);
+        for (const CSize size : {CSize(80, 60), CSize(61, 47), CSize(1, 1)}) {
+            Screen screen(size);
+            std::unique_ptr<CDibSection> strip;
+            screen.SetFactor(static_cast<int>(factor));
+            PaintView(screen.Dc(), *bitmap, CRect(CPoint(0, 0), size), size, factor, strip);
+            int wrong = 0;
+            for (int y = 0; y < size.cy; ++y) {
+                for (int x = 0; x < size.cx; ++x) {
+                    wrong += screen.At(x, y) != Rgb(noise->Row(y)[x]) ? 1 : 0;
+                }
             }
+            EXPECT_EQ(0, wrong) << dpi << " dpi, " << size.cx << "x" << size.cy;
         }
     }
 }
@@ -119,14 +106,11 @@ TEST_F(Painting, FollowsTheOriginOfTheDeviceContext) {
 TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
     Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
     AwaitPicture();
-    const auto picture = Paint();
-    const auto at = [&](int x, int y) { return picture[static_cast<std::size_t>(y * 200 + x)]; };
-    EXPECT_EQ(LayerPixel(0, 0, 1), at(36, 28));
-    EXPECT_EQ(LayerPixel(127, 63, 1), at(36 + 127, 28 + 63));
-    EXPECT_EQ(Rgb(Screen::kBackground), at(35, 60));
-    EXPECT_EQ(Rgb(Screen::kBackground), at(36 + 128, 60));
-    EXPECT_EQ(Rgb(Screen::kBackground), at(100, 27));
-    EXPECT_EQ(Rgb(Screen::kBackground), at(100, 28 + 64));
+    EXPECT_EQ(LayerPixel(0, 0, 1), PaintedAt(36, 28));
+    EXPECT_EQ(LayerPixel(127, 63, 1), PaintedAt(36 + 127, 28 + 63));
+    for (const CPoint at : {CPoint(35, 60), {36 + 128, 60}, {100, 27}, {100, 28 + 64}}) {
+        EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(at.x, at.y)) << at.x << "," << at.y;
+    }
 }
 
 // With such a factor the tiles' true places leave odd pixels between them.
@@ -158,11 +142,8 @@ TEST_F(Painting, ADragMovesThePixelsThatStayInView) {
         int wrong = 0;
         for (int y = std::max(0L, shift.cy); y < std::min(size.cy, size.cy + shift.cy); ++y) {
             for (int x = std::max(0L, shift.cx); x < std::min(size.cx, size.cx + shift.cx); ++x) {
-                const int from = (y - shift.cy) * size.cx + x - shift.cx;
-                wrong += after[static_cast<std::size_t>(y * size.cx + x)] !=
-                                 before[static_cast<std::size_t>(from)]
-                             ? 1
-                             : 0;
+                const auto to = static_cast<std::size_t>(y * size.cx + x);
+                wrong += after[to] != before[to - std::size_t(shift.cy * size.cx + shift.cx)];
             }
         }
         EXPECT_EQ(0, wrong) << shift.cx << "," << shift.cy;

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <functional>
+#include <thread>
 
 #include "terrascope/display/DeviceUnits.h"
 #include "tests/display/DisplayFixture.h"
@@ -64,13 +65,11 @@ TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
 TEST_F(Terrascope2, AsksForTheVisibleTilesOnlyAndOnce) {
     Open(4);  // the view of 200 x 120 about (0, 0): 4 x 2 tiles of 64
     AwaitPicture();
-    const auto requests = script->Requests();
-    EXPECT_EQ(8U, requests.size());
-    const auto count = requests.size();
+    EXPECT_EQ(8U, script->Requests().size());
     display->RefreshTiles();
     display->SetCenter(display->Center());
     AwaitPicture();
-    EXPECT_EQ(count, script->Requests().size());
+    EXPECT_EQ(8U, script->Requests().size());
 }
 
 TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
@@ -111,20 +110,20 @@ TEST_F(Terrascope2, DropsATileThatComesTooLate) {
 TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
     ScriptedMap other = WorldMap();
     other.name = "other";
-    script->SetMaps({WorldMap(), other});
     MakeDisplay();
-    ASSERT_TRUE(display->OpenMap("world"));
-    ASSERT_TRUE(display->SetLayer(3));
+    script->SetMaps({WorldMap(), other});
+    const auto open = [this](const char* name) {
+        return display->OpenMap(name) && display->SetLayer(3);
+    };
+    ASSERT_TRUE(open("world"));
     AwaitPicture();
     script->Hold();
-    ASSERT_TRUE(display->OpenMap("world"));
-    ASSERT_TRUE(display->SetLayer(3));
+    ASSERT_TRUE(open("world"));
     ASSERT_TRUE(script->AwaitHeld(2, 10000));
 
     // Same layer, same keys: what is there, pending or on its way belongs to the former map.
     script->SetTileAnswer(TileAnswer::Nothing);
-    ASSERT_TRUE(display->OpenMap("other"));
-    ASSERT_TRUE(display->SetLayer(3));
+    ASSERT_TRUE(open("other"));
     script->Release();
     AwaitPicture();
     EXPECT_EQ(kWaitingGrey, PaintedAt(100, 60));
@@ -186,33 +185,24 @@ TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {
         Open(4);
         ASSERT_TRUE(script->AwaitHeld(2, 10000));
         // The fetches end while the destructor waits for them.
-        std::unique_ptr<CTerrascope2> doomed = std::move(display);
-        const HANDLE thread = ::CreateThread(
-            nullptr, 0,
-            [](void* control) -> DWORD {
-                ::WaitForSingleObject(::GetCurrentThread(), 30);
-                static_cast<ScriptedControl*>(control)->Release();
-                return 0;
-            },
-            script, 0, nullptr);
-        doomed.reset();
-        ::WaitForSingleObject(thread, INFINITE);
-        ::CloseHandle(thread);
+        std::jthread release([this] {
+            ::WaitForSingleObject(::GetCurrentThread(), 30);
+            script->Release();
+        });
+        display.reset();
     }
 }
 
 TEST_F(Terrascope2, OutlivesItsHostWindowAndWorksWithoutOne) {
     script->SetDelay(5);
-    Open(4);
-    window.reset();
-    AwaitPicture();
-    display->RefreshTiles();
-    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60));
-    display.reset();
-
-    Open(4);  // with no window at all
-    AwaitPicture();
-    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60));
+    for (const bool hasWindow : {true, false}) {
+        display.reset();
+        Open(4);
+        window.reset();
+        AwaitPicture();
+        display->RefreshTiles();
+        EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60)) << hasWindow;
+    }
 }
 
 TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {

@@ -157,17 +157,19 @@ TEST(ViewGeometry, TheSourceAtRestIsTheViewAndShrinksOrGrowsToTheTarget) {
     EXPECT_EQ(CRect(CPoint(70, 80), CSize(60, 40)), SourceRectangle(moment, {60, 40}));
 
     moment.shift = {10, 5};  // 20 pixels right, 10 up
-    moment.currentFactor = 1.6;
-    EXPECT_EQ(CRect(CPoint(100 + 12 - 21, 100 - 6 - 14), CSize(42, 28)),
-              SourceRectangle(moment, {60, 40}));
-    moment.currentFactor = 2.0;
-    EXPECT_EQ(CRect(CPoint(100 + 20 - 15, 100 - 10 - 10), CSize(30, 20)),
-              SourceRectangle(moment, {60, 40}));
-
-    moment.targetFactor = 0.5;
-    moment.currentFactor = 0.5;
-    EXPECT_EQ(CRect(CPoint(100 + 20 - 60, 100 - 10 - 40), CSize(120, 80)),
-              SourceRectangle(moment, {60, 40}));
+    struct Case {
+        double target, current;
+        CPoint corner;
+        CSize size;
+    };
+    const Case cases[] = {{2.0, 1.6, {100 + 12 - 21, 100 - 6 - 14}, {42, 28}},
+                          {2.0, 2.0, {100 + 20 - 15, 100 - 10 - 10}, {30, 20}},
+                          {0.5, 0.5, {100 + 20 - 60, 100 - 10 - 40}, {120, 80}}};
+    for (const Case& c : cases) {
+        moment.targetFactor = c.target;
+        moment.currentFactor = c.current;
+        EXPECT_EQ(CRect(c.corner, c.size), SourceRectangle(moment, {60, 40})) << c.current;
+    }
 }
 
 TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {

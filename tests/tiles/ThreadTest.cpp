@@ -47,25 +47,15 @@ TEST(Thread, RunsOnceHoweverOftenItIsStartedAndKeepsTheStopSignal) {
     EXPECT_TRUE(Await([&] { return thread.runs == 2; })) << "it can be started again";
 }
 
-class EndingThread : public CThread {
-public:
-    explicit EndingThread(bool throwing) : m_throwing(throwing) {}
-    ~EndingThread() override { Stop(); }
-
-    DWORD Run() override {
-        if (m_throwing) {
-            throw std::runtime_error("a body that fails");
-        }
-        return 0;
-    }
-
-private:
-    bool m_throwing;
-};
-
 TEST(Thread, EndsByItselfOrByAnExceptionAndIsThenFinished) {
-    for (const bool throwing : {false, true}) {
-        EndingThread thread(throwing);
+    struct EndingThread : CThread {
+        ~EndingThread() override { Stop(); }
+        DWORD Run() override { return fails ? throw std::runtime_error("a body that fails") : 0; }
+        bool fails = false;
+    };
+    for (const bool fails : {false, true}) {
+        EndingThread thread;
+        thread.fails = fails;
         thread.Start();
         EXPECT_TRUE(Await([&] { return thread.IsFinished(); }));
     }

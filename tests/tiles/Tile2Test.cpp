@@ -32,9 +32,13 @@ std::vector<std::uint8_t> Red(int width, int height) {
     return Picture(width, height, [](int, int) { return false; });
 }
 
-/// A canvas over pixels of its own.
+/// A canvas over pixels of its own, with a tile that is painted there.
 struct Surface {
     Surface(int w, int h) : width(w), height(h), pixels(static_cast<std::size_t>(w * h), 0) {}
+    Surface(int w, int h, CTile2& tile, CPointF corner = {-180, 90}) : Surface(w, h) {
+        CTileCanvas canvas = Canvas();
+        tile.Draw(canvas, corner);
+    }
 
     CTileCanvas Canvas() { return {{pixels.data(), width, height, width}, painted}; }
     std::uint32_t At(int x, int y) { return Pixels()[static_cast<std::size_t>(y * width + x)]; }
@@ -87,9 +91,7 @@ protected:
 
 TEST_F(Tile2, PaintsItsPlaceholderAtItsPlaceAndClipsIt) {
     CTile2 tile(map, Layer(1), "3", nullptr);
-    Surface surface(24, 12);
-    CTileCanvas canvas = surface.Canvas();
-    tile.Draw(canvas, {-180, 90});
+    Surface surface(24, 12, tile);
     EXPECT_EQ(kGrey, surface.At(16, 8));
     EXPECT_EQ(kGrey, surface.At(23, 11));
     EXPECT_EQ(0U, surface.At(15, 8));
@@ -97,27 +99,19 @@ TEST_F(Tile2, PaintsItsPlaceholderAtItsPlaceAndClipsIt) {
     EXPECT_EQ(CRect(16, 8, 32, 16), tile.PlaceOn({-180, 90}));
 }
 
-TEST_F(Tile2, ShowsADeliveredImagePixelForPixelAndDecodesItOnce) {
+TEST_F(Tile2, ShowsAnImagePixelForPixelAndOneOfAnotherSizeOverTheWholeTile) {
     CTile2 tile(map, Layer(1), "1", nullptr);
-    Surface surface(32, 16);
-    CTileCanvas canvas = surface.Canvas();
     tile.SetImage(Image(Picture(16, 8, [](int x, int y) { return x == 5 && y == 3; }), 1, 0));
-    tile.Draw(canvas, {-180, 90});
-    EXPECT_EQ(kRed, surface.At(16, 0));
-    EXPECT_EQ(kBlue, surface.At(16 + 5, 3));
-    EXPECT_EQ(kRed, surface.At(16 + 4, 3));
-    EXPECT_EQ(kRed, surface.At(31, 7));
-}
-
-TEST_F(Tile2, StretchesAnImageOfAnotherSizeOverTheWholeTile) {
-    CTile2 tile(map, Layer(1), "0", nullptr);
-    Surface surface(16, 8);
-    CTileCanvas canvas = surface.Canvas();
-    tile.SetImage(Image(Red(15, 7)));
-    tile.Draw(canvas, {-180, 90});
-    for (const auto pixel : surface.Pixels()) {
-        ASSERT_EQ(kRed, pixel) << "no grey rim may stay";
+    Surface surface(32, 16, tile);
+    for (int x = 16; x < 32; ++x) {
+        for (int y = 0; y < 8; ++y) {
+            ASSERT_EQ(x == 16 + 5 && y == 3 ? kBlue : kRed, surface.At(x, y)) << x << "," << y;
+        }
     }
+    CTile2 stretched(map, Layer(1), "0", nullptr);
+    stretched.SetImage(Image(Red(15, 7)));
+    EXPECT_EQ(std::vector<std::uint32_t>(16 * 8, kRed), Surface(16, 8, stretched).Pixels())
+        << "no grey rim may stay";
 }
 
 TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
@@ -129,12 +123,8 @@ TEST_F(Tile2, KeepsItsPictureWhenTheImageIsRefusedOrBroken) {
     const std::vector<std::uint8_t> page{'<', 'h', 't', 'm', 'l', '>'};
     for (const auto& bytes : {cut, hugeJpeg, page, std::vector<std::uint8_t>{}}) {
         CTile2 tile(map, Layer(1), "0", nullptr);
-        Surface surface(16, 8);
-        CTileCanvas canvas = surface.Canvas();
         tile.SetImage(Image(bytes));
-        tile.Draw(canvas, {-180, 90});
-        tile.Draw(canvas, {-180, 90});
-        EXPECT_EQ(kGrey, surface.At(8, 4));
+        EXPECT_EQ(kGrey, Surface(16, 8, tile).At(8, 4));
     }
 }
 
@@ -143,11 +133,8 @@ TEST_F(Tile2, HasNoPictureBeyondTheSizeThatImagesMayHave) {
     for (const double factor : {8192.0, 4096.0, 2000.0, 1e9, -1.0}) {
         CTile2 tile(map, Layer(1, factor), "0", nullptr);
         EXPECT_EQ(nullptr, tile.Picture()) << factor;
-        Surface surface(16, 8);
-        CTileCanvas canvas = surface.Canvas();
         tile.SetImage(Image(Red(16, 8)));
-        tile.Draw(canvas, {-180, 90});
-        EXPECT_EQ(0U, surface.At(8, 4)) << factor;
+        EXPECT_EQ(0U, Surface(16, 8, tile).At(8, 4)) << factor;
     }
 }
 
@@ -184,10 +171,8 @@ TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
     int refused = 0;
     const auto show = [&](const std::vector<std::uint8_t>& bytes) {
         CTile2 tile(map, Layer(1), "0", nullptr);
-        Surface surface(16, 8);
-        CTileCanvas canvas = surface.Canvas();
         tile.SetImage(Image(bytes));
-        tile.Draw(canvas, {-180, 90});
+        Surface surface(16, 8, tile);
         if (tile.TakeFailure() != nullptr) {
             ++refused;
             ASSERT_EQ(std::vector<std::uint32_t>(16 * 8, kGrey), surface.Pixels());
@@ -214,18 +199,14 @@ TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
 // The children are smaller than the parent's source rectangle: beyond them nothing is drawn.
 TEST_F(Tile2, AMergeOfSmallerTilesLeavesGreyWhatTheyDoNotReach) {
     std::vector<std::unique_ptr<CTile2>> children;
-    Surface surface(32, 16);
-    CTileCanvas canvas = surface.Canvas();
     for (const char* key : {"10", "11", "12", "13"}) {
         children.push_back(std::make_unique<CTile2>(map, Layer(2), key, nullptr));
         children.back()->SetImage(Image(Red(16, 8)));
-        children.back()->Draw(canvas, children.back()->TopLeft());
+        Surface(16, 8, *children.back());
     }
     // 24 x 12 pixels; each child of 16 x 8 goes into 8 x 4 from a source of 24 x 12: every third.
     CTile2 merged(*children[0], *children[1], *children[2], *children[3], Layer(1, 1.5));
-    Surface whole(24, 12);
-    CTileCanvas target = whole.Canvas();
-    merged.Draw(target, merged.TopLeft());
+    Surface whole(24, 12, merged, merged.TopLeft());
     for (int y = 0; y < 12; ++y) {
         for (int x = 0; x < 24; ++x) {
             EXPECT_EQ(x % 12 < 6 && y % 6 < 3 ? kRed : kGrey, whole.At(x, y)) << x << "," << y;
@@ -235,10 +216,8 @@ TEST_F(Tile2, AMergeOfSmallerTilesLeavesGreyWhatTheyDoNotReach) {
 
 TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     CTile2 parent(map, Layer(2), "12", nullptr);
-    Surface surface(16, 8);
-    CTileCanvas canvas = surface.Canvas();
     parent.SetImage(Image(Picture(16, 8, [](int x, int y) { return x >= 8 && y >= 4; }), 2, 1));
-    parent.Draw(canvas, parent.TopLeft());
+    Surface(16, 8, parent);
 
     std::vector<std::unique_ptr<CTile2>> children;
     for (CTile2* child : parent.Split(Layer(3))) {
@@ -248,9 +227,7 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     const char* keys[] = {"120", "121", "122", "123"};
     for (std::size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(CString(keys[i]), children[i]->Key());
-        Surface quarter(16, 8);
-        CTileCanvas target = quarter.Canvas();
-        children[i]->Draw(target, children[i]->TopLeft());
+        Surface quarter(16, 8, *children[i], children[i]->TopLeft());
         EXPECT_EQ(i == 3 ? kBlue : kRed, quarter.At(4, 4));
     }
     EXPECT_THROW(children[0]->Split(Layer(4)), std::logic_error);
@@ -258,9 +235,7 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     CTile2 merged(*children[0], *children[1], *children[2], *children[3], Layer(2));
     EXPECT_EQ(CString("12"), merged.Key());
     EXPECT_EQ(parent.TopLeft(), merged.TopLeft());
-    Surface whole(16, 8);
-    CTileCanvas target = whole.Canvas();
-    merged.Draw(target, merged.TopLeft());
+    Surface whole(16, 8, merged, merged.TopLeft());
     EXPECT_EQ(kRed, whole.At(2, 2));
     EXPECT_EQ(kBlue, whole.At(12, 6));
 }

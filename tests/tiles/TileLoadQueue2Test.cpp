@@ -145,9 +145,7 @@ TEST_F(TileLoadQueue, GoesOnWhilePausedAndForgetsWhatWasCleared) {
 
 TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) {
     provider.Open();
-    for (int i = 0; i < 6; ++i) {
-        CString key;
-        key.Format("%d", i);
+    for (const char* key : {"0", "1", "2", "3", "4", "5"}) {
         queue.Push("map", 1, key);
     }
     ASSERT_TRUE(Await([&] { return receiver.delivered == 6; }));
@@ -158,9 +156,7 @@ TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) 
     provider.missing = true;
     const ULONGLONG start = ::GetTickCount64();
     for (int i = 0; i < 100; ++i) {
-        CString key;
-        key.Format("missing %d", i);
-        queue.Push("map", 1, key);
+        queue.Push("map", 1, std::to_string(i).c_str());
     }
     ASSERT_TRUE(Await([&] { return provider.entered == 106; }));
     EXPECT_LT(::GetTickCount64() - start, 5000U) << "paced, a hundred tiles take 7.5 s";
