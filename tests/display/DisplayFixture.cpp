@@ -27,24 +27,9 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     return CWnd::WindowProc(message, wParam, lParam);
 }
 
-Screen::Screen(CSize size) : m_size(size) {
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = size.cx;
-    info.bmiHeader.biHeight = -size.cy;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    m_section = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    m_pixels = static_cast<std::uint32_t*>(bits);
-    std::fill(m_pixels, m_pixels + size.cx * size.cy, kBackground);
-    m_dc.CreateCompatibleDC(nullptr);
-    m_former = ::SelectObject(m_dc.GetSafeHdc(), m_section);
-}
-
-Screen::~Screen() {
-    ::SelectObject(m_dc.GetSafeHdc(), m_former);
-    ::DeleteObject(m_section);
+Screen::Screen(CSize size) : m_section(CDibSection::Create(size.cx, size.cy)) {
+    std::fill_n(m_section->Row(0), size.cx * size.cy, kBackground);
+    m_dc.Attach(m_section->Dc());
 }
 
 void Screen::SetFactor(int factor) {
@@ -55,15 +40,14 @@ void Screen::SetFactor(int factor) {
 
 std::uint32_t Screen::At(int x, int y) const {
     ::GdiFlush();
-    return Rgb(m_pixels[y * m_size.cx + x]);
+    return Rgb(m_section->Row(y)[x]);
 }
 
-const std::vector<std::uint32_t> Screen::Pixels() const {
+std::vector<std::uint32_t> Screen::Pixels() const {
     ::GdiFlush();
-    std::vector<std::uint32_t> pixels(m_pixels, m_pixels + m_size.cx * m_size.cy);
-    for (auto& pixel : pixels) {
-        pixel = Rgb(pixel);
-    }
+    std::vector<std::uint32_t> pixels;
+    std::transform(m_section->Row(0), m_section->Row(m_section->Height()),
+                   std::back_inserter(pixels), &Rgb);
     return pixels;
 }
 

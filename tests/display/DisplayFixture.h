@@ -35,9 +35,7 @@ public:
     static constexpr std::uint32_t kBackground = 0x00FF00FF;
 
     explicit Screen(CSize size);
-    ~Screen();
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
+    ~Screen() { m_dc.Detach(); }
 
     CDC& Dc() { return m_dc; }
 
@@ -46,13 +44,10 @@ public:
 
     /// 0x00RRGGBB.
     std::uint32_t At(int x, int y) const;
-    const std::vector<std::uint32_t> Pixels() const;
+    std::vector<std::uint32_t> Pixels() const;
 
 private:
-    CSize m_size;
-    std::uint32_t* m_pixels = nullptr;
-    HBITMAP m_section = nullptr;
-    HGDIOBJ m_former = nullptr;
+    std::unique_ptr<Terrascope::CDibSection> m_section;
     CDC m_dc;
 };
 

@@ -52,14 +52,15 @@ TEST_F(Terrascope2, SetLayerCentresOnTheLeftEdgePlusHalfTheHeight) {
 
 TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
     Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
-    EXPECT_FALSE(display->IsPointOutside({37, 29}));
-    EXPECT_FALSE(display->IsPointOutside({163, 91}));
-    EXPECT_TRUE(display->IsPointOutside({35, 60}));
-    EXPECT_TRUE(display->IsPointOutside({100, 93}));
+    for (const CPoint inside : {CPoint(37, 29), {163, 91}}) {
+        EXPECT_FALSE(display->IsPointOutside(inside));
+    }
+    for (const CPoint outside : {CPoint(35, 60), {100, 93}}) {
+        EXPECT_TRUE(display->IsPointOutside(outside));
+    }
     Open(5);
     EXPECT_FALSE(display->IsPointOutside({199, 119}));
-    EXPECT_TRUE(display->IsPointOutside({200, 10}));
-    EXPECT_TRUE(display->IsPointOutside({10, -1}));
+    EXPECT_TRUE(display->IsPointOutside({200, 10}) && display->IsPointOutside({10, -1}));
 }
 
 TEST_F(Terrascope2, AsksForTheVisibleTilesOnlyAndOnce) {
@@ -85,9 +86,8 @@ TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
 }
 
 TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
-    for (const TileAnswer answer :
-         {TileAnswer::Nothing, TileAnswer::Junk, TileAnswer::EmptyStream, TileAnswer::NullRecord,
-          TileAnswer::WrongKey, TileAnswer::Throw}) {
+    using enum TileAnswer;
+    for (const TileAnswer answer : {Nothing, Junk, EmptyStream, NullRecord, WrongKey, Throw}) {
         script->SetTileAnswer(answer);
         display.reset();
         Open(2);

@@ -243,10 +243,9 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
 TEST_F(Tile2, KeepsTrueDistancesWhenTheFactorLeavesAFraction) {
     // 16 x 0.7 = 11.2: tiles are 11 pixels wide, and every fifth place is a pixel further.
     const CTileLayer2 layer = Layer(3, 0.7);
-    const char* row[] = {"000", "001", "010", "011", "100", "101"};
-    const int left[] = {0, 11, 22, 33, 44, 56};
-    for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(left[i], CTile2(map, layer, row[i], nullptr).PlaceOn({-180, 90}).left);
+    EXPECT_EQ(11, layer.nTileWidth);
+    for (const auto& [key, left] : {std::pair{"000", 0}, {"011", 33}, {"100", 44}, {"101", 56}}) {
+        EXPECT_EQ(left, CTile2(map, layer, key, nullptr).PlaceOn({-180, 90}).left) << key;
     }
 }
 

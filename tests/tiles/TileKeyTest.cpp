@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "terrascope/tiles/TileLayer2.h"
-
 namespace Terrascope {
 namespace {
 
@@ -47,27 +45,6 @@ TEST(TileKey, IsEmptyWhereNoTileCanBe) {
     }
     EXPECT_EQ(CString("12"), MakeTileKey(2, 1, 2));
     EXPECT_EQ(CString("1" + CString('0', 31)), MakeTileKey(0x80000000U, 0, 32));
-}
-
-TEST(TileLayer2, TakesTileSizeAndUnitsFromTheMapAndTheFactor) {
-    tagTILE_MAP_INFO map;
-    map.nTileWidth = 256;
-    map.nTileHeight = 128;
-    map.dLongitude = 360;
-    map.dLatitude = 180;
-    tagTILE_MAP_LAYER_INFO info;
-    info.nTileCountX = 4;
-    info.nTileCountY = 2;
-    info.nTileWidth = 999;
-    info.dZoomFactor = 0.7;
-    const CTileLayer2 layer(map, info);
-    EXPECT_EQ(179, layer.nTileWidth);
-    EXPECT_EQ(89, layer.nTileHeight);
-    EXPECT_DOUBLE_EQ(360.0 / (4 * 179), layer.dUnitsPerPixelX);
-    EXPECT_DOUBLE_EQ(180.0 / (2 * 89), layer.dUnitsPerPixelY);
-
-    info.nTileCountX = 0;
-    EXPECT_EQ(0.0, CTileLayer2(map, info).dUnitsPerPixelX);
 }
 
 }  // namespace

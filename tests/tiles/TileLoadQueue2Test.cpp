@@ -136,10 +136,16 @@ TEST_F(TileLoadQueue, KeepsAKeyOnceWhateverItsMapLayerOrCase) {
 TEST_F(TileLoadQueue, GoesOnWhilePausedAndForgetsWhatWasCleared) {
     HoldBothWorkers();
     queue.Push("map", 1, "0");
-    queue.Clear();
+    const tagTILE_LOAD_REQUEST former = queue.Pop();
     queue.Push("map", 1, "1");
+    EXPECT_FALSE(queue.IsStale(former));
+    queue.Clear();
+    EXPECT_TRUE(queue.IsStale(former));
+    queue.Push("map", 1, "0");
+    EXPECT_FALSE(queue.IsStale(queue.Pop()));
+    queue.Push("map", 1, "2");
     queue.Pause();
-    EXPECT_EQ(std::vector<std::string>{"map/1/1"}, Serve(1));
+    EXPECT_EQ(std::vector<std::string>{"map/1/2"}, Serve(1));
     queue.Resume();
 }
 
@@ -172,18 +178,6 @@ TEST_F(TileLoadQueue, LogsAReceiverThatFailsAndGoesOn) {
     }
     EXPECT_TRUE(Await([&] { return receiver.delivered == 5; }));
     EXPECT_EQ(1, log.Count("no room")) << log.Text();
-}
-
-TEST_F(TileLoadQueue, EndsWhatWasPushedBeforeAClear) {
-    HoldBothWorkers();
-    queue.Push("map", 1, "0");
-    const tagTILE_LOAD_REQUEST former = queue.Pop();
-    EXPECT_FALSE(queue.IsStale(former));
-    queue.Clear();
-    queue.Push("map", 1, "0");
-    EXPECT_TRUE(queue.IsStale(former));
-    EXPECT_FALSE(queue.IsStale(queue.Pop()));
-    provider.Open();
 }
 
 /// Without the pace, and with requests beyond the view.
@@ -256,20 +250,6 @@ TEST(TileLoadQueueEnd, DoesNotWaitForEverForAReceiverThatHangs) {
         ASSERT_TRUE(Await([&] { return receiver.delivered == 1; }));
     }
     EXPECT_GT(15000U, ::GetTickCount64() - start);
-}
-
-TEST(TileLoadQueueEnd, AbandonsAThreadThatIsStuckInTheProvider) {
-    // Both live on after the queue, as a stuck fetch would have it.
-    static GatedProvider provider;
-    static Receiver receiver;
-    {
-        CTileLoadQueue2 queue(&receiver, &provider);
-        queue.Push("map", 1, "0");
-        ASSERT_TRUE(Await([&] { return provider.entered == 1; }));
-    }
-    provider.Open();
-    EXPECT_FALSE(Await([&] { return receiver.delivered > 0; }, 500))
-        << "an abandoned thread must touch nothing when it comes back";
 }
 
 }  // namespace
