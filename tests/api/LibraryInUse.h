@@ -50,15 +50,10 @@ public:
 class LibraryInUse {
 public:
     LibraryInUse() {
-        char program[MAX_PATH] = "";
-        ::GetModuleFileNameA(nullptr, program, MAX_PATH);
-        const std::string fixtures = std::string(program, strrchr(program, '\\')) + "\\fixtures\\";
         const std::string plugins = "Plugins\\Quillmont\\TileMapInfoProvider";
         m_folder.MakeFolder(plugins);
-        ::CopyFileA((fixtures + "Terrascope.dll").c_str(), (m_folder / "Terrascope.dll").c_str(),
-                    FALSE);
-        ::CopyFileA((fixtures + "LookalikeProvider.dll").c_str(),
-                    (m_folder / plugins + "\\LookalikeProvider.dll").c_str(), FALSE);
+        m_folder.CopyFixture("Terrascope.dll", "Terrascope.dll");
+        m_folder.CopyFixture("LookalikeProvider.dll", plugins + "\\LookalikeProvider.dll");
         m_folder.WriteFile("Terrascope.ini",
                            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=Near\nREMOTE=Far\n"
                            "[Near]\nDATA_PATH=near-by\n[Far]\nDATA_PATH=far-away\n"

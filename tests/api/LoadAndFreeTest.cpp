@@ -3,40 +3,26 @@
 // After windows.h:
 #include <gtest/gtest.h>
 
-#include <array>
 #include <memory>
 
 #include "tests/api/LibraryInUse.h"
 #include "tests/fixtures/Await.h"
+#include "tests/fixtures/HeapUse.h"
 
 namespace TerrascopeTest {
 namespace {
 
-struct Usage {
-    SIZE_T bytes = 0;
-    int handles = 0;
-};
-
-Usage UsageNow() {
-    Usage usage;
-    std::array<HANDLE, 64> heaps{};
-    const DWORD count = ::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
-    for (DWORD i = 0; i < count; ++i) {
-        PROCESS_HEAP_ENTRY block{};
-        while (::HeapWalk(heaps[i], &block)) {
-            usage.bytes += (block.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? block.cbData : 0;
-        }
-    }
-    // Wine counts no handles; it numbers them, in fours, from the lowest that is free.
+/// Wine counts no handles; it numbers them, in fours, from the lowest that is free.
+int HandlesInUse() {
     const HANDLE fresh = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    usage.handles = static_cast<int>(reinterpret_cast<INT_PTR>(fresh) / 4);
     ::CloseHandle(fresh);
-    return usage;
+    return static_cast<int>(reinterpret_cast<INT_PTR>(fresh) / 4);
 }
 
 TEST(Library, LeavesNothingBehindWhenItIsLoadedUsedAndFreed200Times) {
     LibraryInUse library;
-    Usage first;
+    int handles = 0;
+    SIZE_T bytes = 0;
     for (int round = 0; round < 200; ++round) {
         auto display = library.MakeDisplay();
         ASSERT_TRUE(display->OpenMap("lookalike") && display->SetLayer(3));
@@ -46,14 +32,14 @@ TEST(Library, LeavesNothingBehindWhenItIsLoadedUsedAndFreed200Times) {
         ASSERT_EQ(nullptr, ::GetModuleHandleA("Terrascope.dll")) << round;
         ASSERT_EQ(nullptr, ::GetModuleHandleA("LookalikeProvider.dll")) << round;
         if (round == 20) {
-            first = UsageNow();
+            handles = HandlesInUse();
+            bytes = BytesInUse();
         }
         library.Load();
     }
     library.Free();
-    const Usage last = UsageNow();
-    EXPECT_LE(last.handles, first.handles + 5) << "a thread has one, too";
-    EXPECT_LE(last.bytes, first.bytes + 4000) << "the smallest record has 32";
+    EXPECT_LE(HandlesInUse(), handles + 5) << "a thread has one, too";
+    EXPECT_LE(BytesInUse(), bytes + 4000) << "the smallest record has 32";
 }
 
 // A thread that is stuck in the plug-in is abandoned after 10 s: other displays work, the library

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/fixtures/HeapUse.h"
+
 namespace {
 
 HMODULE Load(const char* name) {
@@ -37,29 +39,15 @@ TEST(Module, ResourcesAreFoundInTheApplicationThenInTheExtensionLoadedLast) {
     EXPECT_EQ("", OwnerOf(2));
 }
 
-/// The bytes that are in use in all heaps of the process.
-SIZE_T BytesInUse() {
-    HANDLE heaps[64];
-    const DWORD count = ::GetProcessHeaps(64, heaps);
-    SIZE_T bytes = 0;
-    for (DWORD i = 0; i < count; ++i) {
-        PROCESS_HEAP_ENTRY entry{};
-        while (::HeapWalk(heaps[i], &entry)) {
-            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
-        }
-    }
-    return bytes;
-}
-
 TEST(Module, AnExtensionThatLogsLeavesNothingBehind) {
     SIZE_T before = 0;
     for (int round = 0; round < 20; ++round) {
         if (round == 10) {
-            before = BytesInUse();  // once what is made at first use is there
+            before = TerrascopeTest::BytesInUse();  // once what is made at first use is there
         }
         ::FreeLibrary(Load("FirstExtension.dll"));
     }
-    EXPECT_EQ(before, BytesInUse());
+    EXPECT_EQ(before, TerrascopeTest::BytesInUse());
 }
 
 }  // namespace

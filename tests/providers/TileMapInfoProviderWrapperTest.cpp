@@ -13,8 +13,8 @@ using namespace Terrascope;
 
 class TileMapInfoProviderWrapper : public testing::Test {
 protected:
-    bool Select(const char* plugin, const char* provider, const char* as = "") {
-        m_library.AddPlugin(plugin, as);
+    bool Select(const char* plugin, const char* provider) {
+        m_library.AddPlugin(plugin);
         m_library.LoadPlugins();
         CTileMapInfoProviderPluginKernel::GetInstance().SetProvider("LOCAL", provider, "maps");
         return m_wrapper.SelectProvider();
@@ -59,17 +59,6 @@ TEST_F(TileMapInfoProviderWrapper, GivesTheFirstLayerOfTheCurrentMapItsScale) {
     EXPECT_EQ(1.25, ZoomFactor("Two", 2));
     m_wrapper.SetCurrentMap("One", 1, 0.75);
     EXPECT_EQ(-1.0, ZoomFactor("One", 1)) << "a layer that the provider lacks stays null";
-}
-
-TEST_F(TileMapInfoProviderWrapper, ADetachedProviderLivesOnInItsLibrary) {
-    // Under a name of its own: it stays in the process beyond this test.
-    ASSERT_TRUE(Select("ScriptedProvider.dll", "ScriptedProvider", "Detached.dll"));
-    ITileMapInfoProvider* provider = m_wrapper.Detach();
-    ExpectEmptyAnswers();
-    CTileMapInfoProviderPluginKernel::ReleaseInstance();
-    EXPECT_TRUE(provider->UpdateMapLib(true));
-    delete provider;
-    EXPECT_EQ(0, TerrascopeTest::FindScript("Detached.dll")->LiveProviders());
 }
 
 }  // namespace

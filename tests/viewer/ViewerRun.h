@@ -2,8 +2,6 @@
 
 #include <afxwin.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -37,9 +35,8 @@ public:
                 const COLORREF color = TileColor(layer, column, tile / columns);
                 const auto bytes = TerrascopeTest::MakeBitmapFile(kTileSize, kTileSize,
                                                                   [=](int, int) { return color; });
-                std::ostringstream name;
-                name << "tiny\\" << layer << '_' << column << '_' << tile / columns;
-                m_folder.WriteFile(name.str(),
+                m_folder.WriteFile("tiny\\" + std::to_string(layer) + "_" + std::to_string(column) +
+                                       "_" + std::to_string(tile / columns),
                                    {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
             }
         }
@@ -104,12 +101,8 @@ inline RunResult RunViewer(const TinyMap& map, const std::vector<std::string>& a
                                 process.hThread, process.hProcess}) {
         CloseHandle(handle);
     }
-    const auto read = [&](const char* name) {
-        std::ifstream file(folder / name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    result.output = read("output");
-    result.errors = read("errors");
+    result.output = folder.ReadFile("output");
+    result.errors = folder.ReadFile("errors");
     return result;
 }
 

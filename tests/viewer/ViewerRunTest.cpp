@@ -60,7 +60,7 @@ TEST_F(ViewerRun, WritesExactlyThePictureOfTheView) {
 
 TEST_F(ViewerRun, PlaysATourFromStandardInput) {
     const RunResult run = RunOnMap({"--layer", "2", "--tour", "-"},
-                                   "center 0,0\nwait\n"
+                                   "size 300x200\r\n\nsize 128x64\ncenter 0,0\nwait\n"
                                    "drag 100,32 60,22 4   # pan is the first tool\n"
                                    "wait\nsnapshot dragged.png\n"
                                    "drag 100,32 0,32\nwait\nsnapshot edge.png\n"
@@ -72,7 +72,7 @@ TEST_F(ViewerRun, PlaysATourFromStandardInput) {
                                    "click 32,32\nframes 3\nsnapshot middle.png\nwait\n"
                                    "snapshot click.png\nkey 4\ndrag 64,32 54,32\nwait\n"
                                    "snapshot pan.png\n");
-    EXPECT_EQ(39, std::count(run.output.begin(), run.output.end(), '\n')) << run.output;
+    EXPECT_EQ(41, std::count(run.output.begin(), run.output.end(), '\n')) << run.output;
     ExpectLayer(2, "dragged.png", 64 + 40, 32 + 10);
     // The drag went on beyond the map's east edge and stopped there.
     ExpectLayer(2, "edge.png", 128, 32 + 10);
