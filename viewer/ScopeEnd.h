@@ -4,7 +4,8 @@
 
 namespace Viewer {
 
-/// Does something at the end of the scope, however that is left.
+/// Does something at the end of the scope, however that is left. The SDK gives hosts the interface
+/// of the library and no helpers, so this one is the viewer's own.
 template <class TAction>
 class ScopeEnd {
 public:

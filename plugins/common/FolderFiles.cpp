@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "plugins/common/UniqueHandle.h"
+#include "terrascope/support/Handles.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -19,8 +19,8 @@ bool ComesBefore(const FolderFacts& a, const FolderFacts& b) {
 
 std::optional<std::vector<FolderFacts>> ListFolders(const std::wstring& folder) {
     WIN32_FIND_DATAW entry{};
-    const UniqueHandle<&::FindClose> search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
-    if (!search.IsOpen()) {
+    const CFindHandle search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
+    if (!search) {
         return std::nullopt;
     }
     std::vector<FolderFacts> folders;
@@ -51,11 +51,11 @@ std::optional<FileFacts> LookAtFile(const std::wstring& path) {
 
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::wstring& path,
                                                        std::size_t limit) {
-    const UniqueHandle<&::CloseHandle> file(::CreateFileW(
+    const CFileHandle file(::CreateFileW(
         path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     LARGE_INTEGER size{};
-    if (!file.IsOpen() || ::GetFileType(file.Get()) != FILE_TYPE_DISK ||
+    if (!file || ::GetFileType(file.Get()) != FILE_TYPE_DISK ||
         !::GetFileSizeEx(file.Get(), &size) ||
         static_cast<std::uint64_t>(size.QuadPart) > std::min<std::size_t>(limit, MAXDWORD)) {
         return std::nullopt;

@@ -14,27 +14,15 @@ std::unique_ptr<CDibSection> CDibSection::Create(std::int64_t width, std::int64_
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     info.bmiHeader.biCompression = BI_RGB;
-    std::unique_ptr<CDibSection> dib(new CDibSection);
     void* bits = nullptr;
-    dib->m_section = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    dib->m_dc = dib->m_section != nullptr ? ::CreateCompatibleDC(nullptr) : nullptr;
-    if (dib->m_dc == nullptr) {
+    CBitmapHandle section(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    CMemoryDcHandle dc(section ? ::CreateCompatibleDC(nullptr) : nullptr);
+    if (!dc) {
         return nullptr;
     }
-    dib->m_former = ::SelectObject(dib->m_dc, dib->m_section);
-    dib->m_view = {static_cast<std::uint32_t*>(bits), static_cast<int>(width),
-                   static_cast<int>(height), static_cast<int>(width)};
-    return dib;
-}
-
-CDibSection::~CDibSection() {
-    if (m_dc != nullptr) {
-        ::SelectObject(m_dc, m_former);
-        ::DeleteDC(m_dc);
-    }
-    if (m_section != nullptr) {
-        ::DeleteObject(m_section);
-    }
+    const PixelView view{static_cast<std::uint32_t*>(bits), static_cast<int>(width),
+                         static_cast<int>(height), static_cast<int>(width)};
+    return std::unique_ptr<CDibSection>(new CDibSection(std::move(section), std::move(dc), view));
 }
 
 }  // namespace Terrascope

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
+#include "terrascope/support/Handles.h"
 #include "terrascope/tiles/TileCanvas.h"
 
 namespace Terrascope {
@@ -20,23 +22,23 @@ public:
     /// Null when a size is not positive, the pixels exceed 2 GB, or memory is short.
     static std::unique_ptr<CDibSection> Create(std::int64_t width, std::int64_t height);
 
-    CDibSection(const CDibSection&) = delete;
-    CDibSection& operator=(const CDibSection&) = delete;
-    ~CDibSection();
-
     int Width() const { return m_view.width; }
     int Height() const { return m_view.height; }
     const PixelView& Pixels() const { return m_view; }
     std::uint32_t* Row(int y) const { return m_view.Row(y); }
-    HDC Dc() const { return m_dc; }
+    HDC Dc() const { return m_dc.Get(); }
 
 private:
-    CDibSection() = default;
+    CDibSection(CBitmapHandle section, CMemoryDcHandle dc, const PixelView& view)
+        : m_view(view),
+          m_section(std::move(section)),
+          m_dc(std::move(dc)),
+          m_selected(m_dc.Get(), m_section.Get()) {}
 
-    PixelView m_view;
-    HBITMAP m_section = nullptr;
-    HDC m_dc = nullptr;
-    HGDIOBJ m_former = nullptr;
+    const PixelView m_view;
+    const CBitmapHandle m_section;
+    const CMemoryDcHandle m_dc;
+    const CSelectedObject m_selected;
 };
 
 }  // namespace Terrascope
