@@ -34,7 +34,7 @@ for file in "${files[@]}"; do
 done
 
 failed=()
-# check NAME COMMAND...: runs it, shows what it says, remembers a failure and goes on.
+# check NAME COMMAND...: runs it, shows its output, remembers a failure and goes on.
 check() {
     say "$1"
     "${@:2}" || failed+=("$1")

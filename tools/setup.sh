@@ -67,7 +67,7 @@ if [ ${#missing[@]} -gt 0 ]; then
         fail "no apt-get here; install what these Debian packages contain: ${missing[*]}"
     say "install ${missing[*]}"
     apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
-    # A list of one source that cannot be fetched need not matter: the installation tells.
+    # A list of one source that cannot be fetched need not matter: if it does, the installation fails.
     "${apt[@]}" update || printf 'setup.sh: the package lists could not all be fetched\n' >&2
     "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >/dev/null ||
         fail "the packages could not be installed (is the network there?): ${missing[*]}"

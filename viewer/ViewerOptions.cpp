@@ -113,7 +113,7 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
     }
     if (options.map.empty() && (options.layer || options.center || !options.snapshotFile.empty() ||
                                 !options.tourFile.empty())) {
-        error = "say which map with --map NAME; --list prints the names";
+        error = "name a map with --map NAME; --list prints the names";
         return std::nullopt;
     }
     return options;

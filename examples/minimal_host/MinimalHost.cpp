@@ -17,7 +17,7 @@ public:
     BOOL InitInstance() override {
         const CString argument = __argc > 1 ? __argv[1] : "";
         const bool check = argument == "--check";
-        // What Terrascope.ini says wins over this.
+        // Terrascope.ini overrides this.
         Terrascope::CMapAssistant::SetTileMapInfoProvider("LOCAL", "CheckerboardProvider", "");
         auto* window = new CMapWindow;
         m_pMainWnd = window;

@@ -65,6 +65,7 @@ public:
     /// followed by another GetIStream, and after this object's end.
     IStream* GetIStream();
 
+    /// One value each. The library does not call these; they are for its users.
     CMemStream& operator>>(signed char& value);
     CMemStream& operator>>(unsigned char& value);
     CMemStream& operator>>(bool& value);

@@ -47,11 +47,13 @@ public:
 
     /// The texts of a menu and of the menus below it. `parentKey` is the key of the popup that
     /// holds the menu, empty at the top. Grayed entries stay grayed; check marks are lost.
+    /// The library does not call it; it is for its users.
     void TranslateMenu(CMenu* pMenu, UINT menuId, const CString& parentKey = CString());
 
     /// The text in the language file or else the library's string resource (up to 255 bytes),
     /// with \n, \r and \t read in either; empty without both.
     CString GetString(UINT id) const;
+    /// The same; the library does not call it, it is for its users.
     std::string GetStdString(UINT id) const;
 
     CString ReadText(const CString& section, const CString& key) const;
