@@ -121,8 +121,8 @@ std::pair<int, int> CTerrascope2::GetLayerRange() {
 
 BOOL CTerrascope2::OpenMap(const CString& mapName) {
     const std::unique_ptr<tagTILE_MAP_INFO> record(m_provider.GetMapInfo(mapName));
-    if (!record) {
-        LogLine("map '%s': no provider knows it", mapName.GetString());
+    if (record == nullptr) {
+        LogLine("map '%s': no provider has it", mapName.GetString());
         return FALSE;
     }
     ForgetFormerMap();
@@ -205,7 +205,7 @@ Viewport CTerrascope2::View() const {
 bool CTerrascope2::LoadLayer(int layerNumber) {
     const std::unique_ptr<tagTILE_MAP_LAYER_INFO> info(
         m_provider.GetLayerInfo(m_map.strName, layerNumber));
-    if (!info) {
+    if (info == nullptr) {
         LogLine("map '%s' has no layer %d", m_map.strName.GetString(), layerNumber);
         return false;
     }

@@ -91,7 +91,7 @@ void Display::MakeDisplay(CSize pixels) {
 }
 
 void Display::Open(int layer, const ScriptedMap& map) {
-    if (!display) {
+    if (display == nullptr) {
         MakeDisplay();
     }
     script->SetMaps({map});

@@ -87,7 +87,7 @@ CWnd* CWnd::FromHandle(HWND window) {
         return permanent;
     }
     auto& temporary = ThisThread().temporary[window];
-    if (!temporary) {
+    if (temporary == nullptr) {
         temporary = std::make_unique<CWnd>();
         temporary->m_hWnd = window;
     }

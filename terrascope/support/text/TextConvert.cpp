@@ -63,7 +63,7 @@ std::shared_ptr<wchar_t[]> Utf8ToWide(const char* text) {
     const auto bytes = static_cast<int>(std::char_traits<char>::length(text));
     const int size = bytes > 0 ? ::MultiByteToWideChar(CP_UTF8, 0, text, bytes, nullptr, 0) : 0;
     std::shared_ptr<wchar_t[]> result(NewZeroed<wchar_t>(size + 1));
-    if (result && size > 0) {
+    if (result != nullptr && size > 0) {
         ::MultiByteToWideChar(CP_UTF8, 0, text, bytes, result.get(), size);
     }
     return result;
