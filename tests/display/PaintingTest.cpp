@@ -72,35 +72,25 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     }
 }
 
-TEST_F(Painting, ADeviceContextThatReallyScalesGetsThePictureInTheLogicalRectangle) {
+TEST_F(Painting, FollowsScaleAndOriginOfTheDeviceContextAndLeavesThem) {
     Open(4);
     AwaitPicture();
-    const int factor = static_cast<int>(ScreenDeviceFactor());
-    Screen twice(CSize(2 * size.cx, 2 * size.cy));
-    twice.SetFactor(2 * factor);
+    Screen twice(CSize(2 * size.cx + 30, 2 * size.cy + 20));
+    twice.SetFactor(2 * static_cast<int>(ScreenDeviceFactor()));
+    ::SetViewportOrgEx(twice.Dc().GetSafeHdc(), 30, 20, nullptr);
     display->Draw(&twice.Dc());
-    for (const CPoint at : {CPoint(20, 20), CPoint(100, 60), CPoint(180, 100)}) {
+    EXPECT_EQ(Rgb(Screen::kBackground), twice.At(29, 20));
+    for (const CPoint at : {CPoint(1, 1), CPoint(100, 60), CPoint(180, 100)}) {
         const std::uint32_t wanted = LayerPixel(kMiddleOffset.x + at.x, kMiddleOffset.y + at.y);
-        const std::uint32_t painted = twice.At(2 * at.x, 2 * at.y);
+        const std::uint32_t painted = twice.At(30 + 2 * at.x, 20 + 2 * at.y);
         for (const int shift : {0, 8, 16}) {
             EXPECT_NEAR(static_cast<int>(wanted >> shift & 0xFF),
                         static_cast<int>(painted >> shift & 0xFF), 12);
         }
     }
-}
-
-TEST_F(Painting, FollowsTheOriginOfTheDeviceContext) {
-    Open(4);
-    AwaitPicture();
-    Screen screen(CSize(230, 150));
-    screen.SetFactor(static_cast<int>(ScreenDeviceFactor()));
-    ::SetViewportOrgEx(screen.Dc().GetSafeHdc(), 30, 20, nullptr);
-    display->Draw(&screen.Dc());
-    EXPECT_EQ(Rgb(Screen::kBackground), screen.At(29, 20));
-    EXPECT_EQ(LayerPixel(kMiddleOffset.x, kMiddleOffset.y), screen.At(30, 20));
     POINT origin{};
-    ::GetViewportOrgEx(screen.Dc().GetSafeHdc(), &origin);
-    EXPECT_EQ(30, origin.x) << "the device context comes back as it was";
+    ::GetViewportOrgEx(twice.Dc().GetSafeHdc(), &origin);
+    EXPECT_EQ(30, origin.x);
 }
 
 TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {

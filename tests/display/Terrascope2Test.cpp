@@ -16,7 +16,7 @@ using namespace Terrascope;
 
 class Terrascope2 : public Display {};
 
-TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
+TEST_F(Terrascope2, HasNoMapUntilOneIsOpenedAndKeepsItWhenAnotherOrALayerIsRefused) {
     MakeDisplay();
     EXPECT_EQ(std::make_pair(0, -1), display->GetLayerRange());
     EXPECT_EQ(-1, display->GetLayer());
@@ -25,18 +25,11 @@ TEST_F(Terrascope2, HasNoMapUntilOneIsOpened) {
     display->RefreshTiles();
     display->SetCenter({1, 2});
     EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(100, 60));
-}
 
-TEST_F(Terrascope2, KeepsTheOpenMapWhenAnotherOrALayerIsRefused) {
-    ScriptedMap map = WorldMap();
-    map.firstLayer = 3;
-    map.layerCount = 4;
-    map.columns = 8;
-    map.rows = 4;
-    Open(3, map);
+    Open(3);
     EXPECT_EQ(FALSE, display->OpenMap("nowhere"));
-    EXPECT_EQ(FALSE, display->SetLayer(7));
-    EXPECT_EQ(std::make_pair(3, 6), display->GetLayerRange());
+    EXPECT_EQ(FALSE, display->SetLayer(6));
+    EXPECT_EQ(std::make_pair(1, 5), display->GetLayerRange());
     EXPECT_EQ(CString("world"), display->GetMapName());
     EXPECT_EQ(3, display->GetLayer());
 }
