@@ -7,10 +7,23 @@
 
 #include "tests/api/LibraryInUse.h"
 #include "tests/fixtures/Await.h"
-#include "tests/fixtures/HeapUse.h"
 
 namespace TerrascopeTest {
 namespace {
+
+/// The bytes that are in use in all heaps of the process.
+SIZE_T BytesInUse() {
+    HANDLE heaps[64];
+    const DWORD count = ::GetProcessHeaps(64, heaps);
+    SIZE_T bytes = 0;
+    for (DWORD i = 0; i < count; ++i) {
+        PROCESS_HEAP_ENTRY block{};
+        while (::HeapWalk(heaps[i], &block)) {
+            bytes += (block.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? block.cbData : 0;
+        }
+    }
+    return bytes;
+}
 
 /// Wine counts no handles; it numbers them, in fours, from the lowest that is free.
 int HandlesInUse() {

@@ -146,8 +146,8 @@ TEST_F(Terrascope2, IsSilentWhileAButtonIsDownAndPostsWhatItWithheld) {
     }
 }
 
-TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNow) {
-    Open(1);
+TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNowAndWorksWithoutOne) {
+    Open(4);
     AwaitPicture();
     window->DestroyWindow();
     display->RefreshTiles();
@@ -157,6 +157,14 @@ TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNow) {
     display->RefreshTiles();
     Pump();
     EXPECT_EQ(1U, window->repaints.size());
+    window.reset();
+    for (const int layer : {5, 3}) {  // once after the window has gone, once for no window
+        Open(layer);
+        AwaitPicture();
+        EXPECT_EQ(FromColour(TileColour(layer, 1U << (layer - 1), 1U << (layer - 2))),
+                  PaintedAt(100, 60));
+        display.reset();
+    }
 }
 
 TEST_F(Terrascope2, LogsOnceThatARegionHasTooManyTiles) {
@@ -183,18 +191,6 @@ TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {
             script->Release();
         });
         display.reset();
-    }
-}
-
-TEST_F(Terrascope2, OutlivesItsHostWindowAndWorksWithoutOne) {
-    script->SetDelay(5);
-    for (const bool hasWindow : {true, false}) {
-        display.reset();
-        Open(4);
-        window.reset();
-        AwaitPicture();
-        display->RefreshTiles();
-        EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(100, 60)) << hasWindow;
     }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <limits>
 #include <tuple>
 
 #include "terrascope/display/CenterPointAdjuster2.h"
@@ -125,30 +124,6 @@ TEST(ViewGeometry, ALayerBeyondAnIntStopsAtItsEdges) {
         calculator.SetOffset(shift);
         EXPECT_EQ(permitted, calculator.PermittedOffset()) << center.x << "," << center.y;
     }
-}
-
-TEST(ViewGeometry, NumbersThatDivideByNothingGiveNothing) {
-    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-    for (const Resolution odd : {Resolution{0, 1}, {1, 0}, {-1, 1}, {kNan, 1}, {1e-300, 1e-300}}) {
-        Viewport view = World();
-        view.resolution = odd;
-        MapToDevice(view, {1e300, -1e300});
-        PlaceOfLayer(view);
-        const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
-        EXPECT_TRUE(range.IsEmpty() || range.columnCount <= 400000);
-        PaintMoment moment;
-        moment.resolution = odd;
-        moment.center = {1e30F, -1e30F};
-        SourceRectangle(moment, view.size);
-    }
-    PaintMoment moment;
-    moment.resolution = {1, 1};
-    EXPECT_TRUE(SourceRectangle(moment, {0, 10}).IsRectEmpty());
-    moment.targetFactor = 1.0;
-    EXPECT_EQ(CSize(10, 8), SourceRectangle(moment, {10, 8}).Size()) << "no way to go: at rest";
-    moment.targetFactor = 0.0;
-    moment.currentFactor = 0.5;
-    SourceRectangle(moment, {10, 8});
 }
 
 TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {

@@ -1,7 +1,5 @@
-// An extension DLL as the framework's users write it, with a log of its own.
+// An extension DLL as the framework's users write it.
 #include <afxdllx.h>
-
-#include "platform/lumilog/Lumilog.h"
 
 static AFX_EXTENSION_MODULE extension;
 
@@ -11,10 +9,7 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
             return FALSE;
         }
         new CDynLinkLibrary(extension);
-        Lumilog::RegisterByModule({"Extension", "no such folder"});
-        Lumilog::_dout("Extension", "loaded");
     } else if (reason == DLL_PROCESS_DETACH) {
-        Lumilog::UnRegister("Extension");
         AfxTermExtensionModule(extension);
     }
     return TRUE;

@@ -4,8 +4,6 @@
 
 #include <string>
 
-#include "tests/fixtures/HeapUse.h"
-
 namespace {
 
 HMODULE Load(const char* name) {
@@ -37,17 +35,6 @@ TEST(Module, ResourcesAreFoundInTheApplicationThenInTheExtensionLoadedLast) {
     EXPECT_EQ("first", OwnerOf(2));
     ::FreeLibrary(first);
     EXPECT_EQ("", OwnerOf(2));
-}
-
-TEST(Module, AnExtensionThatLogsLeavesNothingBehind) {
-    SIZE_T before = 0;
-    for (int round = 0; round < 20; ++round) {
-        if (round == 10) {
-            before = TerrascopeTest::BytesInUse();  // once what is made at first use is there
-        }
-        ::FreeLibrary(Load("FirstExtension.dll"));
-    }
-    EXPECT_EQ(before, TerrascopeTest::BytesInUse());
 }
 
 }  // namespace
