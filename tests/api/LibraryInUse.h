@@ -57,7 +57,7 @@ public:
         m_folder.WriteFile("Terrascope.ini",
                            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=Near\nREMOTE=Far\n"
                            "[Near]\nDATA_PATH=near-by\n[Far]\nDATA_PATH=far-away\n"
-                           "[TILE_LOAD]\nFAST=1\n");
+                           "[TILE_LOAD]\nFAST=1\nCACHE_MB=16\n");
         Load();
     }
     ~LibraryInUse() { Free(); }

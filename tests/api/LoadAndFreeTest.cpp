@@ -55,6 +55,30 @@ TEST(Library, LeavesNothingBehindWhenItIsLoadedUsedAndFreed200Times) {
     EXPECT_LE(BytesInUse(), bytes + 4000) << "the smallest record has 32";
 }
 
+TEST(Library, TakesTilesFromItsCacheUntilItsMapsAreUpdated) {
+    LibraryInUse library;
+    const auto tilesAfter = [&](LookalikeDisplay& display) {
+        EXPECT_TRUE(display.OpenMap("lookalike") && display.SetLayer(3));
+        int seen = -1;
+        while (Await([&] { return seen != library.Records().tiles; }, 200)) {
+            seen = library.Records().tiles;
+        }
+        return seen;
+    };
+    auto display = library.MakeDisplay();
+    const int first = tilesAfter(*display);
+    EXPECT_LT(0, first);
+    for (const bool updated : {false, true}) {
+        display = library.MakeDisplay();  // the former one goes when the new one holds the cache
+        if (updated) {
+            library.Assistant<bool(bool)>("12UpdateMapLibEb")(true);
+        }
+        EXPECT_EQ(updated ? 2 * first : first, tilesAfter(*display));
+    }
+    display.reset();
+    library.Free();
+}
+
 // A thread that is stuck in the plug-in is abandoned after 10 s: other displays work, the library
 // may be freed, and the thread may come back to its code then.
 TEST(Library, OutlivesAThreadThatIsStuckInAProvider) {

@@ -99,8 +99,7 @@ void Display::Open(int layer, const ScriptedMap& map) {
     ASSERT_TRUE(display->SetLayer(static_cast<UINT>(layer)));
 }
 
-void Display::AwaitPicture() {
-    // Quiet for longer than a thread needs from one tile to the next.
+void Display::AwaitPicture(ULONGLONG quiet) {
     std::size_t seen = 0;
     ULONGLONG since = ::GetTickCount64();
     ASSERT_TRUE(Await(
@@ -109,7 +108,7 @@ void Display::AwaitPicture() {
                 seen = script->Requests().size();
                 since = ::GetTickCount64();
             }
-            return ::GetTickCount64() - since > 350;
+            return ::GetTickCount64() - since > quiet;
         },
         60000));
 }

@@ -74,8 +74,9 @@ protected:
     void MakeDisplay(CSize pixels = {200, 120});
     void Open(int layer, const ScriptedMap& map = WorldMap());
 
-    /// Waits until every tile that the view wants has been delivered and its messages came.
-    void AwaitPicture();
+    /// Waits until every tile that the view wants has been delivered and its messages came: until
+    /// no tile was asked for in longer than a thread needs from one to the next, in milliseconds.
+    void AwaitPicture(ULONGLONG quiet = 350);
 
     /// What the display paints.
     std::vector<std::uint32_t> Paint();

@@ -41,6 +41,14 @@ protected:
     }
 };
 
+/// Opaque pixels without order.
+std::shared_ptr<CTilePicture> Noise(CSize size) {
+    auto picture = CTilePicture::Create(size);
+    std::mt19937 random(11);
+    std::generate_n(picture->Row(0), picture->PixelCount(), [&] { return 0xFF000000 | random(); });
+    return picture;
+}
+
 // Layer 4 is 1024 x 512 pixels; a view of 200 x 120 about its middle begins at (412, 196).
 const CPoint kMiddleOffset(412, 196);
 
@@ -49,9 +57,7 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
     auto bitmap = CMapBitmap::Create({80, 60}, {0, 0});
     ASSERT_TRUE(bitmap);
     const CGdiplusSession session;
-    const auto noise = CTilePicture::Create({80, 60});
-    std::mt19937 random(11);
-    std::generate_n(noise->Row(0), 80 * 60, [&] { return 0xFF000000 | random(); });
+    const auto noise = Noise({80, 60});
     CTileCanvas canvas = bitmap->Canvas();
     canvas.Paint(*noise, {0, 0});
     for (const int dpi : {96, 120, 144}) {
@@ -69,6 +75,24 @@ TEST(ViewPainter, CopiesPixelForPixelAtEveryScreenFactorAndSize) {
             }
             EXPECT_EQ(0, wrong) << dpi << " dpi, " << size.cx << "x" << size.cy;
         }
+    }
+}
+
+// The frames of a layer switch are scaled without GDI+; its drawing of them is what counts.
+TEST(ViewPainter, ScalesAsGdiPlusDrawsAndLeavesTheSameGround) {
+    const CGdiplusSession session;
+    const CSize size(80, 60);
+    auto bitmap = CMapBitmap::Create(size, {7, 5});
+    bitmap->Canvas().Paint(*Noise({80, 40}), {0, 0});
+    bitmap->Canvas().Fill({0, 40, 50, 60}, 0xFF123456);  // right of it nothing is painted
+    for (const CRect& from : {CRect(0, 0, 80, 60), CRect(20, 15, 60, 45), CRect(10, 10, 74, 58),
+                              CRect(-40, -30, 120, 90), CRect(30, 20, 110, 80)}) {
+        Screen ours(size);
+        Screen theirs(size);
+        const auto strip = CDibSection::Create(size.cx, 7);
+        bitmap->ScaleTo(ours.Dc(), CRect(CPoint(0, 0), size), from, *strip);
+        bitmap->DrawTo(theirs.Dc(), {0, 0, size.cx, size.cy}, from);
+        EXPECT_TRUE(theirs.Pixels() == ours.Pixels()) << from.left << " to " << from.right;
     }
 }
 

@@ -75,6 +75,14 @@ protected:
         return {map, info};
     }
 
+    std::vector<std::unique_ptr<CTile2>> Children(const CTile2& tile, int layer) const {
+        std::vector<std::unique_ptr<CTile2>> children;
+        for (CTile2* child : tile.Split(Layer(layer))) {
+            children.emplace_back(child);
+        }
+        return children;
+    }
+
     static tagTILE_IMAGE* Image(const std::vector<std::uint8_t>& bytes, std::uint32_t column = 0,
                                 std::uint32_t row = 0) {
         auto* image = new tagTILE_IMAGE;
@@ -137,21 +145,25 @@ TEST_F(Tile2, HasNoPictureBeyondTheSizeThatImagesMayHave) {
     }
 }
 
-/// A picture in the format of an encoder of GDI+; their class ids differ in the first number only.
-std::vector<std::uint8_t> Encoded(unsigned long encoder) {
-    Gdiplus::Bitmap picture(48, 40, PixelFormat24bppRGB);
-    for (int i = 0; i < 48 * 40; ++i) {
-        const int x = i % 48, y = i / 48;
-        picture.SetPixel(x, y, Gdiplus::Color(BYTE(x * 5), BYTE(y * 6), BYTE(x * y)));
+/// The first numbers of the class ids of GDI+'s encoders; the rest is the same.
+enum Encoder : unsigned long { Bmp = 0x557CF400, Jpeg, Gif, Tiff = 0x557CF405, Png };
+
+std::vector<std::uint8_t> Encoded(Encoder encoder, CSize size = {48, 40},
+                                  Gdiplus::PixelFormat format = PixelFormat24bppRGB) {
+    Gdiplus::Bitmap picture(size.cx, size.cy, format);
+    for (int i = 0; i < size.cx * size.cy; ++i) {
+        const int x = i % size.cx, y = i / size.cx;
+        const BYTE alpha = format == PixelFormat32bppARGB ? BYTE(x * 17 + y * 31) : 255;
+        picture.SetPixel(x, y, Gdiplus::Color(alpha, BYTE(x * 5), BYTE(y * 6), BYTE(x * y)));
     }
     const CLSID codec{encoder, 0x1A04, 0x11D3, {0x9A, 0x73, 0, 0, 0xF8, 0x1E, 0xF3, 0x2E}};
     const CComRef<IStream> stream(::SHCreateMemStream(nullptr, 0));
     EXPECT_EQ(Gdiplus::Ok, picture.Save(stream.Get(), &codec, nullptr));
     std::vector<std::uint8_t> file(1 << 20);
-    ULONG size = 0;
+    ULONG length = 0;
     stream->Seek({}, STREAM_SEEK_SET, nullptr);
-    stream->Read(file.data(), static_cast<ULONG>(file.size()), &size);
-    file.resize(size);
+    stream->Read(file.data(), static_cast<ULONG>(file.size()), &length);
+    file.resize(length);
     return file;
 }
 
@@ -169,8 +181,8 @@ TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
             ASSERT_EQ(std::vector<std::uint32_t>(16 * 8, kGrey), surface.Pixels());
         }
     };
-    for (const unsigned long type : {0x557CF400, 0x557CF401, 0x557CF405, 0x557CF406}) {
-        const auto whole = Encoded(type);  // BMP, JPEG, TIFF, PNG
+    for (const Encoder encoder : {Bmp, Jpeg, Tiff, Png}) {
+        const auto whole = Encoded(encoder);
         ASSERT_LT(100U, whole.size());
         for (std::size_t part = 0; part < 64; ++part) {
             show({whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() * part / 64)});
@@ -185,6 +197,87 @@ TEST_F(Tile2, SurvivesEveryCutAndManyDamagesOfEachFormat) {
         }
     }
     EXPECT_LT(100, refused);
+}
+
+/// What GDI+ itself makes of an image over a colour, in the way in which tiles are stretched.
+std::vector<std::uint32_t> DrawnByGdiplus(const std::vector<std::uint8_t>& file, CSize size,
+                                          std::uint32_t ground) {
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(size.cx * size.cy), ground);
+    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
+    Gdiplus::Bitmap image(stream.Get());
+    Gdiplus::Bitmap surface(size.cx, size.cy, size.cx * 4, PixelFormat32bppARGB,
+                            reinterpret_cast<BYTE*>(pixels.data()));
+    const int width = static_cast<int>(image.GetWidth());
+    const int height = static_cast<int>(image.GetHeight());
+    const Gdiplus::Rect to(0, 0, size.cx + (width != size.cx), size.cy + (height != size.cy));
+    Gdiplus::Graphics(&surface).DrawImage(&image, to, 0, 0, width, height, Gdiplus::UnitPixel);
+    return pixels;
+}
+
+struct DrawnImage {
+    Encoder encoder;
+    CSize size;
+    Gdiplus::PixelFormat format;
+};
+
+const DrawnImage kDrawnImages[] = {
+    {Jpeg, {16, 8}, PixelFormat24bppRGB}, {Jpeg, {48, 40}, PixelFormat24bppRGB},
+    {Bmp, {15, 8}, PixelFormat24bppRGB},  {Png, {16, 8}, PixelFormat32bppARGB},
+    {Png, {7, 11}, PixelFormat32bppARGB}, {Png, {16, 9}, PixelFormat32bppARGB},
+    {Png, {48, 40}, PixelFormat24bppRGB},
+};
+
+// Most images are decoded without drawing them, ahead of the tile that will show them.
+TEST_F(Tile2, ShowsAnImageAsGdiPlusDrawsItOverWhatTheTileShowed) {
+    CTile2 parent(map, Layer(1), "0", nullptr);
+    parent.SetImage(Image(Red(16, 8)));
+    Surface(16, 8, parent);
+    for (const auto& [encoder, size, format] : kDrawnImages) {
+        const auto file = Encoded(encoder, size, format);
+        for (const bool inherits : {false, true}) {
+            const auto drawn = DrawnByGdiplus(file, {16, 8}, inherits ? kRed : kGrey);
+            for (const bool ahead : {false, true}) {
+                const auto children = Children(parent, 2);
+                CTile2 grey(map, Layer(2), "00", nullptr);
+                CTile2& tile = inherits ? *children[0] : grey;
+                if (ahead) {
+                    tile.SetDecodedImage(Image({}), DecodeImage(file, {16, 8}));
+                } else {
+                    tile.SetImage(Image(file));
+                }
+                Surface surface(16, 8, tile, tile.TopLeft());
+                int largest = 0;
+                for (std::size_t i = 0; i < drawn.size(); ++i) {
+                    for (const int shift : {0, 8, 16, 24}) {
+                        const int wanted = static_cast<int>(drawn[i] >> shift & 0xFF);
+                        const int shown = static_cast<int>(surface.Pixels()[i] >> shift & 0xFF);
+                        largest = std::max(largest, std::abs(wanted - shown));
+                    }
+                }
+                // What is blended without GDI+ is rounded in another way.
+                EXPECT_LE(largest, inherits && format == PixelFormat32bppARGB ? 1 : 0)
+                    << size.cx << " x " << size.cy << inherits << ahead;
+            }
+        }
+    }
+}
+
+// A zoom prepares many tiles that nobody ever sees.
+TEST_F(Tile2, MakesNoPictureBeforeItIsPainted) {
+    const auto pictures = [] { return CLiveCount<CTilePicture>::Live(); };
+    CTile2 tile(map, Layer(1), "0", nullptr);
+    Surface(16, 8, tile);
+    EXPECT_EQ(0, pictures()) << "grey is no picture";
+    tile.SetImage(Image(Red(16, 8)));
+    Surface(16, 8, tile);
+    EXPECT_EQ(1, pictures());
+    const auto children = Children(tile, 2);
+    const auto grandchildren = Children(*children[3], 3);
+    const CTile2 merged(*grandchildren[0], *grandchildren[1], *grandchildren[2], *grandchildren[3],
+                        Layer(2));
+    EXPECT_EQ(1, pictures());
+    EXPECT_EQ(kRed, Surface(16, 8, *grandchildren[2], grandchildren[2]->TopLeft()).At(8, 4));
+    EXPECT_EQ(3, pictures()) << "its own, and its parent's, of which it shows a part";
 }
 
 // The children are smaller than the parent's source rectangle: beyond them nothing is drawn.
@@ -210,10 +303,7 @@ TEST_F(Tile2, ASplitAndAMergeInheritThePicture) {
     parent.SetImage(Image(Picture(16, 8, [](int x, int y) { return x >= 8 && y >= 4; }), 2, 1));
     Surface(16, 8, parent);
 
-    std::vector<std::unique_ptr<CTile2>> children;
-    for (CTile2* child : parent.Split(Layer(3))) {
-        children.emplace_back(child);
-    }
+    const auto children = Children(parent, 3);
     ASSERT_EQ(4U, children.size());
     const char* keys[] = {"120", "121", "122", "123"};
     for (std::size_t i = 0; i < 4; ++i) {
