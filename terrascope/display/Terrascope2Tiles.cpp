@@ -28,6 +28,7 @@ void CTerrascope2::RefreshTiles() {
     const TileRange range = TileRangeOf(view, RegionAround(view, kLoadRegionFactor));
     const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
     LogRefusal(range);
+    const CTileLoadQueue2::CHold hold(*m_queue);
     {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
         m_tiles.Refresh(m_map, m_layer, range, m_queue.get());

@@ -58,8 +58,10 @@ CTileLoadQueue2::~CTileLoadQueue2() {
 
 bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
                            CSize tileSize, bool ahead) {
+    bool held = false;
     {
         CSingleLock lock(&m_lock, TRUE);
+        held = m_holds > 0;
         std::string folded = FoldCase(ViewOf(key));
         if (m_byKey.find(folded) == m_byKey.end()) {
             Requests& list = ahead ? m_ahead : m_requests;
@@ -67,7 +69,7 @@ bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, con
             m_byKey.emplace(std::move(folded), std::prev(list.end()));
         }
     }
-    if (m_policy.fast) {
+    if (m_policy.fast && !held) {
         ::WakeConditionVariable(&m_changed);
     }
     return true;
@@ -79,7 +81,7 @@ tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
 }
 
 tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked() {
-    if (m_paused) {
+    if (m_paused || m_holds > 0) {
         return {};
     }
     // What lies ahead waits until the view is complete.
@@ -122,6 +124,26 @@ void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
     }
 }
 
+CTileLoadQueue2::CHold::CHold(CTileLoadQueue2& queue) : m_queue(queue) {
+    m_queue.Hold(1);
+}
+
+CTileLoadQueue2::CHold::~CHold() {
+    m_queue.Hold(-1);
+}
+
+void CTileLoadQueue2::Hold(int change) {
+    if (m_policy.fast) {
+        {
+            CSingleLock lock(&m_lock, TRUE);
+            m_holds += change;
+        }
+        if (change < 0) {
+            ::WakeAllConditionVariable(&m_changed);
+        }
+    }
+}
+
 bool CTileLoadQueue2::MoveToFront(const CString& key) {
     bool wasAhead = false;
     {
@@ -156,23 +178,21 @@ void CTileLoadQueue2::ArrangeLocked(const Ranks& ranks) {
     Requests all;
     all.splice(all.end(), m_requests);
     all.splice(all.end(), m_ahead);
-    const auto rankOf = [&](const tagTILE_LOAD_REQUEST& request) {
-        return ranks.find(request.strKey);
-    };
     for (auto at = all.begin(); at != all.end();) {
-        const auto rank = rankOf(*at);
         const auto request = at++;
+        const auto rank = ranks.find(request->strKey);
         if (rank == ranks.end()) {
             m_byKey.erase(FoldCase(ViewOf(request->strKey)));
             all.erase(request);
         } else {
             request->ahead = !rank->second.visible;
+            request->distance = rank->second.distance;
             Requests& list = ListOf(*request);
             list.splice(list.end(), all, request);
         }
     }
-    const auto nearer = [&](const tagTILE_LOAD_REQUEST& a, const tagTILE_LOAD_REQUEST& b) {
-        return rankOf(a)->second.distance < rankOf(b)->second.distance;
+    const auto nearer = [](const tagTILE_LOAD_REQUEST& a, const tagTILE_LOAD_REQUEST& b) {
+        return a.distance < b.distance;
     };
     m_requests.sort(nearer);
     m_ahead.sort(nearer);

@@ -61,6 +61,19 @@ public:
     tagTILE_LOAD_REQUEST Next();
     void Done(const tagTILE_LOAD_REQUEST& request);
 
+    /// With FAST, no request is taken while one of these lives: the user interface is about to push
+    /// and arrange many, and each would wake a thread that takes its processor and its locks.
+    class CHold {
+    public:
+        explicit CHold(CTileLoadQueue2& queue);
+        CHold(const CHold&) = delete;
+        CHold& operator=(const CHold&) = delete;
+        ~CHold();
+
+    private:
+        CTileLoadQueue2& m_queue;
+    };
+
     /// With FAST, after the view has moved: withdraws what has no rank, and orders the rest, the
     /// visible tiles first, the nearest first.
     using Ranks = std::map<CString, TileRank>;
@@ -86,6 +99,7 @@ private:
     using Requests = std::list<tagTILE_LOAD_REQUEST>;
 
     tagTILE_LOAD_REQUEST PopLocked() TERRASCOPE_REQUIRES(m_lock);
+    void Hold(int change);
     void ClearLocked() TERRASCOPE_REQUIRES(m_lock);
     void ArrangeLocked(const Ranks& ranks) TERRASCOPE_REQUIRES(m_lock);
     Requests& ListOf(const tagTILE_LOAD_REQUEST& request) TERRASCOPE_REQUIRES(m_lock);
@@ -96,6 +110,7 @@ private:
     bool m_paused TERRASCOPE_GUARDED_BY(m_lock) = false;
     Requests m_requests TERRASCOPE_GUARDED_BY(m_lock);  ///< front = next to fetch
     Requests m_ahead TERRASCOPE_GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
+    int m_holds TERRASCOPE_GUARDED_BY(m_lock) = 0;      ///< objects of CHold
     int m_fetching TERRASCOPE_GUARDED_BY(m_lock) =
         0;  ///< taken by Next, not ahead, and not done yet
     /// Each queued key with its case folded, and its request.

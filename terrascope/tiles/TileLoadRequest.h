@@ -16,6 +16,7 @@ struct tagTILE_LOAD_REQUEST {
     bool ahead = false;  ///< its tile is not in view yet
     /// How often the queue had been cleared when this was pushed.
     std::uint32_t serial = 0;
+    double distance = 0.0;  ///< as in TileRank, when the queue was last arranged
 };
 
 }  // namespace Terrascope

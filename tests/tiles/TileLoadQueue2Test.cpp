@@ -209,6 +209,21 @@ TEST_F(FastTileLoadQueue, FetchesAheadWhenTheViewIsCompleteOrTheTileComesIntoIt)
     EXPECT_TRUE(Enter(4));
 }
 
+TEST_F(FastTileLoadQueue, FetchesNothingWhileItIsHeldAndAllOfItThen) {
+    Start(3);
+    provider.Open();
+    {
+        const CTileLoadQueue2::CHold hold(*queue);
+        {
+            const CTileLoadQueue2::CHold inner(*queue);
+            queue->Push("map", 1, "0");
+        }
+        queue->Push("map", 1, "1");
+        EXPECT_FALSE(Enter(2, 100));
+    }
+    EXPECT_TRUE(Await([&] { return receiver.delivered == 3; }));
+}
+
 TEST_F(FastTileLoadQueue, ArrangesTheVisibleFirstTheNearestFirstAndWithdrawsTheRest) {
     Start(1);
     for (const char* key : {"visible, far", "gone", "visible, near"}) {
