@@ -43,18 +43,22 @@ bool CMapBitmap::Scroll(int dx, int dy, CSize newSize) {
     kept.right = within(std::int64_t{m_size.cx} - dx, kept.left, newSize.cx);
     kept.bottom = within(std::int64_t{m_size.cy} - dy, kept.top, newSize.cy);
 
-    const std::size_t rowBytes = static_cast<std::size_t>(kept.Width()) * sizeof(std::uint32_t);
+    // Grey that was never written stays so: a fresh bitmap has no memory yet where it is.
+    CRect pixels = m_painted.BoxOfPixels();
+    pixels.OffsetRect(-dx, -dy);
+    CRect moved;
+    moved.IntersectRect(&kept, &pixels);
     const auto moveRow = [&](int y) {
-        std::uint32_t* to = m_dib->Row(y) + kept.left;
-        const std::uint32_t* from = m_dib->Row(y + dy) + kept.left + dx;
-        std::memmove(to, from, rowBytes);
+        std::uint32_t* to = m_dib->Row(y) + moved.left;
+        const std::uint32_t* from = m_dib->Row(y + dy) + moved.left + dx;
+        std::memmove(to, from, static_cast<std::size_t>(moved.Width()) * sizeof(std::uint32_t));
     };
-    if (rowBytes > 0 && dy >= 0) {
-        for (int y = kept.top; y < kept.bottom; ++y) {
+    if (dy >= 0) {
+        for (int y = moved.top; y < moved.bottom; ++y) {
             moveRow(y);
         }
-    } else if (rowBytes > 0) {
-        for (int y = kept.bottom - 1; y >= kept.top; --y) {
+    } else {
+        for (int y = moved.bottom - 1; y >= moved.top; --y) {
             moveRow(y);
         }
     }
@@ -74,9 +78,11 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
     if (copy == nullptr) {
         return nullptr;
     }
-    for (int y = 0; y < m_size.cy; ++y) {
-        std::memcpy(copy->m_dib->Row(y), m_dib->Row(y),
-                    static_cast<std::size_t>(m_size.cx) * sizeof(std::uint32_t));
+    CRect pixels;
+    pixels.IntersectRect(m_painted.BoxOfPixels(), Bounds());
+    for (int y = pixels.top; y < pixels.bottom; ++y) {
+        std::memcpy(copy->m_dib->Row(y) + pixels.left, m_dib->Row(y) + pixels.left,
+                    static_cast<std::size_t>(pixels.Width()) * sizeof(std::uint32_t));
     }
     copy->m_size = m_size;
     for (const CRect& part : m_painted.Within(Bounds())) {
@@ -92,15 +98,30 @@ CTileCanvas CMapBitmap::Canvas() {
     return {{m_dib->Row(0), m_size.cx, m_size.cy, m_dib->Width()}, m_painted};
 }
 
-void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from) {
+void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from, CDibSection& strip) {
     CRect part;
     if (!part.IntersectRect(&from, Bounds())) {
         return;
     }
-    Canvas().Settle(part);
+    const auto copy = [&](const CRect& rect, HDC source, CPoint at) {
+        ::BitBlt(dc.GetSafeHdc(), to.x + rect.left - from.left, to.y + rect.top - from.top,
+                 rect.Width(), rect.Height(), source, at.x, at.y, SRCCOPY);
+    };
     for (const CRect& opaque : m_painted.Within(part)) {
-        ::BitBlt(dc.GetSafeHdc(), to.x + opaque.left - from.left, to.y + opaque.top - from.top,
-                 opaque.Width(), opaque.Height(), m_dib->Dc(), opaque.left, opaque.top, SRCCOPY);
+        copy(opaque, m_dib->Dc(), opaque.TopLeft());
+    }
+    // What is plain comes from the strip: filling it here would cost fresh memory, and a brush
+    // would leave the target without alpha.
+    std::uint32_t colour = 0;
+    for (const PlainRect& plain : m_painted.PlainWithin(part)) {
+        if (std::exchange(colour, plain.colour) != plain.colour) {
+            ::GdiFlush();
+            std::fill_n(strip.Row(0), strip.Width() * strip.Height(), plain.colour);
+        }
+        for (int top = plain.rect.top; top < plain.rect.bottom; top += strip.Height()) {
+            const int bottom = std::min<int>(top + strip.Height(), plain.rect.bottom);
+            copy(CRect(plain.rect.left, top, plain.rect.right, bottom), strip.Dc(), {0, 0});
+        }
     }
     // Windows collects GDI calls; the bits may be written as soon as the caller's lock is free.
     ::GdiFlush();

@@ -49,8 +49,9 @@ public:
     CTileCanvas Canvas();
 
     /// Copies a rectangle pixel for pixel to a place in device units of `dc`. What lies outside
-    /// the bitmap or is transparent leaves the background as it is.
-    void CopyTo(CDC& dc, CPoint to, const CRect& from);
+    /// the bitmap or is transparent leaves the background as it is. `strip` is scratch, at least as
+    /// wide as the rectangle.
+    void CopyTo(CDC& dc, CPoint to, const CRect& from, CDibSection& strip);
 
     /// Scales a rectangle into another of device units, each pixel from the nearest one, a strip of
     /// rows after the other. `strip` is scratch of the target's width; the smaller, the warmer.

@@ -136,7 +136,7 @@ private:
     CMapPicture m_picture;
     std::optional<Viewport> m_dueView;  ///< of a rendering that waits for the end of a switch
     CLayerSwitch m_switch;
-    std::unique_ptr<CDibSection> m_strip;  ///< scratch of the animation's frames
+    std::unique_ptr<CDibSection> m_strip;  ///< scratch of Draw
     Viewport m_view TERRASCOPE_GUARDED_BY(m_viewLock);
     mutable CCriticalSection m_viewLock TERRASCOPE_ACQUIRED_AFTER(LockOrder::afterSwitch);
 

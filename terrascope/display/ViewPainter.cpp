@@ -54,14 +54,12 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
     // In device units a scaled picture, too, begins at the first pixel: by the logical ones it
     // would begin a rounding error later, and leave a line of background.
     const CDeviceUnits units(dc);
-    if (source.Size() == view) {
-        bitmap.CopyTo(dc, corner, source);
-        return;
-    }
     if (strip == nullptr || strip->Width() != view.cx) {
         strip = CDibSection::Create(view.cx, kStripHeight);
     }
-    if (strip != nullptr) {
+    if (strip != nullptr && source.Size() == view) {
+        bitmap.CopyTo(dc, corner, source, *strip);
+    } else if (strip != nullptr) {
         bitmap.ScaleTo(dc, CRect(corner, view), source, *strip);
     }
 }

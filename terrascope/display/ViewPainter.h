@@ -12,7 +12,7 @@ namespace Terrascope {
 /// rectangle of logical units.
 ///
 /// Units:   `source` and `view` in pixels; `factor` is DeviceFactor, which gives the logical units.
-/// Owns:    nothing; `strip` is scratch that the caller keeps from one scaled painting to the next.
+/// Owns:    nothing; `strip` is scratch that the caller keeps from one painting to the next.
 /// Threads: the one that holds the bitmap's lock.
 void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, float factor,
                std::unique_ptr<CDibSection>& strip);

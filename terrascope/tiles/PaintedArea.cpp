@@ -123,6 +123,14 @@ void CPaintedArea::Move(int dx, int dy, const CRect& bounds) {
     }
 }
 
+CRect CPaintedArea::BoxOfPixels() const {
+    CRect box(0, 0, 0, 0);
+    if (m_region) {
+        ::GetRgnBox(m_region.Get(), &box);
+    }
+    return box;
+}
+
 std::vector<CRect> CPaintedArea::Within(const CRect& rect) const {
     return Common(m_region, rect);
 }

@@ -35,6 +35,9 @@ public:
     /// Moves the area with the surface's content and cuts off what leaves `bounds`.
     void Move(int dx, int dy, const CRect& bounds);
 
+    /// The smallest rectangle about all that has pixels.
+    CRect BoxOfPixels() const;
+
     /// What of `rect` has pixels, what of it is plain, and what of it is neither, in rectangles
     /// that do not overlap.
     std::vector<CRect> Within(const CRect& rect) const;

@@ -85,7 +85,7 @@ TEST(ViewPainter, ScalesAsGdiPlusDrawsAndLeavesTheSameGround) {
     auto bitmap = CMapBitmap::Create(size, {7, 5});
     bitmap->Canvas().Paint(*Noise({80, 40}), {0, 0});
     bitmap->Canvas().Fill({0, 40, 50, 60}, 0xFF123456);  // right of it nothing is painted
-    for (const CRect& from : {CRect(0, 0, 80, 60), CRect(20, 15, 60, 45), CRect(10, 10, 74, 58),
+    for (const CRect& from : {CRect(0, 0, 80, 60), CRect(20, 15, 60, 45), CRect(3, 5, 64, 52),
                               CRect(-40, -30, 120, 90), CRect(30, 20, 110, 80)}) {
         Screen ours(size);
         Screen theirs(size);
