@@ -16,7 +16,8 @@ namespace {
 using namespace Terrascope;
 using namespace Terrascope::Bench;
 
-constexpr int kDisplays = 8;  // a zoom takes half a second: each of them makes its part
+// A zoom takes half a second: each display makes its part, and ends where it began.
+constexpr int kDisplays = 10;
 constexpr int kZooms = 200;
 constexpr int kPans = 2000;
 

@@ -147,6 +147,27 @@ TEST_F(FastLoading, ShowsAtOnceWhatThisOrAnotherDisplayHadShownAndNothingThatIsO
     EXPECT_EQ(former, script->Requests().size());
 }
 
+// Only the visible tiles are painted anew.
+TEST_F(FastLoading, APanMovesWhatWasPaintedBeyondTheView) {
+    script->SetTileAnswer(TileAnswer::Gradient);
+    MakeDisplay({600, 300});
+    for (const CSize way : {CSize(-140, -74), CSize(140, 74)}) {
+        Open(5);
+        AwaitPicture(kQuiet);
+        const auto before = Paint();
+        const CPoint start(300, 150);
+        display->OnLButtonDown(0, start);
+        display->OnMouseMove(0, start + way);
+        display->OnLButtonUp(0, start + way);
+        AwaitPicture(kQuiet);
+        EXPECT_NE(before, Paint());
+        display->OnLButtonDown(0, start + way);
+        display->OnMouseMove(0, start);
+        EXPECT_EQ(before, Paint()) << "while dragging back";
+        display->OnLButtonUp(0, start);
+    }
+}
+
 // Fetching, decoding, delivering, what lies ahead, and at rest.
 TEST_F(FastLoading, EndsCleanlyAtEachStage) {
     Open(5);
