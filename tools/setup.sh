@@ -1,6 +1,6 @@
 #!/bin/bash
 # Installs what building, testing and the demo need on Debian 12 or a system like it.
-#   tools/setup.sh             compiler, Wine, libraries, test data
+#   tools/setup.sh             compiler, Wine, libraries, test data; builds the image libraries
 #   tools/setup.sh --check     the tools of tools/check.sh as well
 #   tools/setup.sh --pictures  what tools/screenshots.sh needs as well
 # Does nothing, and needs no network, when everything is there already.
@@ -13,6 +13,8 @@ needed=(
     /usr/bin/x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
     /usr/bin/x86_64-w64-mingw32-windres binutils-mingw-w64-x86-64
     /usr/x86_64-w64-mingw32/include/windows.h mingw-w64-x86-64-dev
+    /usr/bin/nasm nasm
+    /usr/bin/dpkg-source dpkg-dev
     /usr/lib/wine/wine64 wine64
     /usr/lib/x86_64-linux-gnu/libXcursor.so.1 libxcursor1
     /usr/lib/x86_64-linux-gnu/libXrender.so.1 libxrender1
@@ -54,7 +56,15 @@ done
 locale_missing=false
 locale -a 2>/dev/null | grep -qix 'zh_CN\.utf-\?8' || locale_missing=true
 
-[ ${#missing[@]} -gt 0 ] || $locale_missing || exit 0
+build_codec_libraries() {
+    # An image decoder more or less stops nobody: a failure there is reported and no more.
+    "$root/tools/codec-libraries.sh"
+}
+
+if [ ${#missing[@]} -eq 0 ] && ! $locale_missing; then
+    build_codec_libraries
+    exit 0
+fi
 
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
@@ -76,3 +86,4 @@ if $locale_missing; then
     say "generate the locale zh_CN.UTF-8"
     "${as_root[@]}" localedef -i zh_CN -f UTF-8 zh_CN.UTF-8
 fi
+build_codec_libraries
