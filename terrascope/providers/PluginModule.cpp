@@ -4,21 +4,10 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "terrascope/support/QuietLoading.h"
+
 namespace Terrascope {
 namespace {
-
-/// While it lives, a broken library makes the load fail instead of showing the system's message
-/// box, which would stop the host while the loader lock is held.
-class QuietLoading {
-public:
-    QuietLoading() { ::SetThreadErrorMode(SEM_FAILCRITICALERRORS, &m_previous); }
-    ~QuietLoading() { ::SetThreadErrorMode(m_previous, nullptr); }
-    QuietLoading(const QuietLoading&) = delete;
-    QuietLoading& operator=(const QuietLoading&) = delete;
-
-private:
-    DWORD m_previous = 0;
-};
 
 template <class TEntry>
 TEntry FindEntry(HMODULE module, const char* name) {

@@ -7,6 +7,7 @@
 
 #include "terrascope/support/ComRef.h"
 #include "terrascope/support/GdiPlus.h"
+#include "terrascope/tiles/ImageDecoders.h"
 #include "terrascope/tiles/ImageHeader.h"
 
 namespace Terrascope {
@@ -14,9 +15,14 @@ namespace Terrascope {
 namespace {
 
 bool IsOpaque(const CTilePicture& picture) {
-    const std::uint32_t* pixels = picture.Row(0);
-    return std::all_of(pixels, pixels + picture.PixelCount(),
-                       [](std::uint32_t pixel) { return pixel >= 0xFF000000; });
+    std::uint32_t common = 0xFFFFFFFF;
+    for (int y = 0; y < picture.Height() && common >= 0xFF000000; ++y) {
+        const std::uint32_t* row = picture.Row(y);
+        for (int x = 0; x < picture.Width(); ++x) {
+            common &= row[x];
+        }
+    }
+    return common >= 0xFF000000;
 }
 
 /// Copies the pixels of an image of the picture's size.
@@ -68,36 +74,76 @@ std::uint32_t Over(std::uint32_t top, std::uint32_t ground) {
     return result;
 }
 
-}  // namespace
+DecodedImage NoMemory() {
+    return {.failure = "there is no memory for its image"};
+}
 
-DecodedImage DecodeImage(std::span<const std::uint8_t> file, CSize tileSize) {
-    // The bytes are hostile until their header has been read: the decoder trusts it.
-    if (!IsSafeToDecode(ReadImageHeader(file))) {
-        return {.failure = "its image has no known format or is too large"};
-    }
-    auto picture = CTilePicture::Create(tileSize);
-    // A stream that ends: one over global memory, once sought past its end, reads on beyond its
-    // block, and a damaged image makes decoders seek there.
-    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
-    if (picture == nullptr || !stream) {
-        return {.failure = "there is no memory for its image"};
-    }
-    Gdiplus::Bitmap image(stream.Get());
-    if (image.GetLastStatus() != Gdiplus::Ok || !DrawAlone(image, *picture)) {
-        return {.failure = "its image is broken"};
-    }
-    if (IsOpaque(*picture)) {
-        return {.picture = std::move(picture)};
-    }
-    auto overGrey = CTilePicture::Create(tileSize);
+/// An image with its pixels alone, which it shares or which were drawn from it.
+DecodedImage Composed(Gdiplus::Bitmap& image, std::shared_ptr<CTilePicture> alone) {
+    auto overGrey = CTilePicture::Create(alone->Size());
     if (overGrey == nullptr) {
-        return {.failure = "there is no memory for its image"};
+        return NoMemory();
     }
     overGrey->Fill(kWaitingGrey);
     if (!Draw(image, *overGrey)) {
         return {.failure = "its image is broken"};
     }
-    return {.picture = std::move(overGrey), .translucent = std::move(picture)};
+    return {.picture = std::move(overGrey), .translucent = std::move(alone)};
+}
+
+DecodedImage Drawn(Gdiplus::Bitmap& image, CSize tileSize) {
+    auto picture = CTilePicture::Create(tileSize);
+    if (picture == nullptr) {
+        return NoMemory();
+    }
+    if (!DrawAlone(image, *picture)) {
+        return {.failure = "its image is broken"};
+    }
+    if (IsOpaque(*picture)) {
+        return {.picture = std::move(picture)};
+    }
+    return Composed(image, std::move(picture));
+}
+
+/// What a plug-in has decoded: most often it is the tile's picture as it is.
+DecodedImage FromPixels(std::shared_ptr<CTilePicture> decoded, CSize tileSize) {
+    const bool fits = decoded->Size() == tileSize;
+    if (fits && IsOpaque(*decoded)) {
+        return {.picture = std::move(decoded)};
+    }
+    Gdiplus::Bitmap image(decoded->Width(), decoded->Height(), decoded->Width() * 4,
+                          PixelFormat32bppARGB, reinterpret_cast<BYTE*>(decoded->Row(0)));
+    return fits ? Composed(image, decoded) : Drawn(image, tileSize);
+}
+
+}  // namespace
+
+DecodedImage DecodeImage(std::span<const std::uint8_t> file, CSize tileSize,
+                         const CImageDecoders* decoders) {
+    // The bytes are hostile until their header has been read: the decoders trust it.
+    const ImageHeader header = ReadImageHeader(file);
+    if (file.size() > kMaxImageBytes) {
+        return {.failure = "its image is too large"};
+    }
+    if (decoders != nullptr && IsSafeToPlugIn(header)) {
+        if (auto decoded = decoders->Decode(file, header)) {
+            return FromPixels(std::move(decoded), tileSize);
+        }
+    }
+    if (!IsSafeToDecode(header)) {
+        return {.failure = "its image has no known format or is too large"};
+    }
+    // A stream that ends: one over global memory, once sought past its end, reads on beyond its
+    // block, and a damaged image makes decoders seek there.
+    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
+    if (!stream) {
+        return NoMemory();
+    }
+    Gdiplus::Bitmap image(stream.Get());
+    if (image.GetLastStatus() != Gdiplus::Ok) {
+        return {.failure = "its image is broken"};
+    }
+    return Drawn(image, tileSize);
 }
 
 std::shared_ptr<const CTilePicture> DrawOver(const DecodedImage& image,

@@ -195,6 +195,23 @@ Size TiffSize(const Bytes& file, bool bigEndian) {
     return size;
 }
 
+/// The canvas of the extended form, else the size of the one frame, lossy or lossless. The first
+/// chunk has it.
+Size WebPSize(const Bytes& file) {
+    constexpr std::uint32_t kSideMask = 0x3FFF;  // 14 bits
+    if (file.Matches(12, "VP8X") && file.Has(20, 10)) {
+        return {(file.Little32(24) & 0xFFFFFF) + 1, (file.Little32(26) >> 8) + 1};
+    }
+    if (file.Matches(12, "VP8L") && file.Has(20, 5) && file.At(20) == 0x2F) {
+        const std::uint32_t bits = file.Little32(21);
+        return {(bits & kSideMask) + 1, (bits >> 14 & kSideMask) + 1};
+    }
+    if (file.Matches(12, "VP8 ") && file.Has(20, 10) && file.Matches(23, "\x9D\x01\x2A")) {
+        return {file.Little16(26) & kSideMask, file.Little16(28) & kSideMask};
+    }
+    return {};
+}
+
 bool LooksLikeMarkup(const Bytes& file) {
     std::size_t at = file.Matches(0, "\xEF\xBB\xBF") ? 3 : 0;
     while (file.At(at) == ' ' || file.At(at) == '\t' || file.At(at) == '\r' ||
@@ -245,6 +262,8 @@ Size SizeOf(const Bytes& file, ImageFormat format) {
             return BmpSize(file);
         case ImageFormat::Tiff:
             return TiffSize(file, file.At(0) == 'M');
+        case ImageFormat::WebP:
+            return WebPSize(file);
         default:
             return {};
     }
@@ -274,6 +293,19 @@ bool IsSafeToDecode(const ImageHeader& header) {
             return false;
     }
     return IsSafeSize(header.width, header.height);
+}
+
+bool IsSafeToPlugIn(const ImageHeader& header) {
+    switch (header.format) {
+        case ImageFormat::Gzip:
+        case ImageFormat::Markup:
+            return false;
+        case ImageFormat::Unknown:
+        case ImageFormat::IsoMedia:
+            return true;
+        default:
+            return IsSafeSize(header.width, header.height);
+    }
 }
 
 }  // namespace Terrascope

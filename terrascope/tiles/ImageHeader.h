@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -15,7 +16,7 @@ enum class ImageFormat {
     Tiff,
     // Known by sight, but GDI+ does not decode them:
     WebP,
-    IsoMedia,  ///< AVIF, HEIF
+    IsoMedia,  ///< AVIF, HEIF; its size is not read here
     Gzip,      ///< packed vector tiles
     Markup,    ///< an error page, an SVG
 };
@@ -29,12 +30,15 @@ struct ImageHeader {
     std::uint32_t height = 0;
 };
 
+/// The largest file that is given to a decoder, in bytes: what the largest image takes unpacked.
+inline constexpr std::size_t kMaxImageBytes = 256 << 20;
+
 /// The largest image that is given to a decoder: 64 megapixels (8192 x 8192).
 inline constexpr std::uint64_t kMaxImagePixels = 64ULL * 1024 * 1024;
 
 /// Reads the header of a whole image file in memory. Any bytes are safe, also none.
-/// Sources: the JPEG (ITU-T T.81), PNG (ISO 15948), GIF89a, Windows and OS/2 bitmap and TIFF 6.0
-/// formats.
+/// Sources: the JPEG (ITU-T T.81), PNG (ISO 15948), GIF89a, Windows and OS/2 bitmap, TIFF 6.0 and
+/// WebP (RFC 9649) formats.
 ImageHeader ReadImageHeader(std::span<const std::uint8_t> file);
 
 /// Whether a picture of so many pixels may be made or decoded: not empty, at most kMaxImagePixels.
@@ -43,8 +47,12 @@ constexpr bool IsSafeSize(std::int64_t width, std::int64_t height) {
     return width > 0 && height > 0 && height <= static_cast<std::int64_t>(kMaxImagePixels) / width;
 }
 
-/// Whether a decoder may see the image: a format that GDI+ decodes, a size that is not zero and at
+/// Whether GDI+ may see the image: a format that GDI+ decodes, a size that is not zero and at
 /// most kMaxImagePixels. GDI+ decoders crash on the header of a 27000 x 27000 JPEG.
 bool IsSafeToDecode(const ImageHeader& header);
+
+/// Whether a decoder plug-in may see the image: of a safe size, or of a format whose size is not
+/// read here, so that the plug-in's word for it is checked.
+bool IsSafeToPlugIn(const ImageHeader& header);
 
 }  // namespace Terrascope

@@ -193,7 +193,8 @@ void CTile2::SetCached(CachedTile tile) {
 
 void CTile2::DecodeDelivered() {
     if (m_image != nullptr && m_image->stream.GetLength() != 0) {
-        TakeDecoded(DecodeImage(m_image->stream.Bytes(), PixelSize()));
+        TakeDecoded(DecodeImage(m_image->stream.Bytes(), PixelSize(),
+                                m_queue != nullptr ? m_queue->Decoders().get() : nullptr));
     }
 }
 

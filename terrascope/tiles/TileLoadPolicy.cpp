@@ -44,6 +44,7 @@ TileLoadPolicy ReadTileLoadPolicy(const CString& path) {
     TileLoadPolicy policy;
     policy.fast = ReadNumber(settings, path, "FAST", 0, 1, 0) == 1;
     policy.threads = ReadNumber(settings, path, "THREADS", 1, 16, policy.threads);
+    policy.codecs = ReadNumber(settings, path, "CODECS", 0, 1, 0) == 1;
     policy.cacheBytes = static_cast<std::size_t>(ReadNumber(settings, path, "CACHE_MB", 0, 4096, 0))
                         << 20;
     return policy;

@@ -14,6 +14,7 @@ struct TileLoadPolicy {
     bool fast = false;
     int threads = 2;             ///< THREADS, 1 to 16
     std::size_t cacheBytes = 0;  ///< CACHE_MB, 0 to 4096: pictures of tiles that are out of sight
+    bool codecs = false;         ///< CODECS: decoder plug-ins are asked before GDI+
 };
 
 /// Reads the settings beside the library's own file. What is absent has its default; so has what

@@ -21,7 +21,10 @@ void PinThisModule() {
 
 CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrapper* provider,
                                  const TileLoadPolicy& policy)
-    : m_policy(policy), m_slot(slot), m_provider(provider) {
+    : m_policy(policy),
+      m_decoders(policy.codecs ? CImageDecoders::Installed() : nullptr),
+      m_slot(slot),
+      m_provider(provider) {
     // None may run before all are there: a failure here destroys the queue under it.
     for (int i = 0; i < m_policy.threads; ++i) {
         m_workers.push_back(std::make_unique<CTileLoadThread>(m_slot, m_provider, this));

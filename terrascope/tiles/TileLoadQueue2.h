@@ -12,6 +12,7 @@
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
+#include "terrascope/tiles/ImageDecoders.h"
 #include "terrascope/tiles/TileLoadPolicy.h"
 #include "terrascope/tiles/TileLoadRequest.h"
 
@@ -81,6 +82,10 @@ public:
 
     const TileLoadPolicy& Policy() const { return m_policy; }
 
+    /// The decoder plug-ins of the policy, null without. Who decodes keeps its share meanwhile: the
+    /// queue may end before.
+    const std::shared_ptr<const CImageDecoders>& Decoders() const { return m_decoders; }
+
     /// Makes a queued key (case ignored) the next to be fetched.
     bool MoveToFront(const CString& key);
 
@@ -105,6 +110,7 @@ private:
     Requests& ListOf(const tagTILE_LOAD_REQUEST& request) TERRASCOPE_REQUIRES(m_lock);
 
     const TileLoadPolicy m_policy;
+    const std::shared_ptr<const CImageDecoders> m_decoders;
     CCriticalSection m_lock;
     CONDITION_VARIABLE m_changed = CONDITION_VARIABLE_INIT;  ///< something may be taken, or the end
     bool m_paused TERRASCOPE_GUARDED_BY(m_lock) = false;

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <list>
+#include <memory>
 #include <new>
 
 #include "terrascope/support/LogSink.h"
@@ -15,13 +16,14 @@ constexpr DWORD kPaceSleep = 10;  // ms
 constexpr int kPace = 150;        // ms that a delivered tile takes at least
 
 /// The first image decoded, before any lock is taken: nobody waits for a decoder.
-DecodedImage Decode(const std::list<tagTILE_IMAGE*>& images, CSize tileSize) {
+DecodedImage Decode(const std::list<tagTILE_IMAGE*>& images, CSize tileSize,
+                    const CImageDecoders* decoders) {
     if (images.empty() || images.front() == nullptr || tileSize.cx <= 0 ||
         images.front()->stream.GetLength() == 0) {
         return {};
     }
     try {
-        return DecodeImage(images.front()->stream.Bytes(), tileSize);
+        return DecodeImage(images.front()->stream.Bytes(), tileSize, decoders);
     } catch (const std::bad_alloc&) {
         return {.failure = "there is no memory for its image"};
     }
@@ -63,10 +65,11 @@ bool CTileLoadThread::ServeOne() {
     }
 
     const DWORD start = ::GetTickCount();
+    const std::shared_ptr<const CImageDecoders> decoders = m_queue->Decoders();
     m_state = State::Fetching;
     const std::list<tagTILE_IMAGE*> images =
         m_provider->LoadTiles(request.strMapName, request.nLayerNumber, {request.strKey});
-    const DecodedImage decoded = Decode(images, request.tileSize);
+    const DecodedImage decoded = Decode(images, request.tileSize, decoders.get());
     if (!Advance(State::Fetching, State::Delivering)) {
         for (tagTILE_IMAGE* image : images) {
             delete image;

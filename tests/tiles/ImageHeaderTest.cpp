@@ -1,12 +1,12 @@
 #include "terrascope/tiles/ImageHeader.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <random>
-#include <span>
 #include <string>
+
+#include "tests/fixtures/GuardedBytes.h"
 
 namespace Terrascope {
 namespace {
@@ -53,6 +53,10 @@ std::string ATiff(unsigned directory, unsigned width, unsigned height) {
            "\1\1\4\0\1\0\0\0"s + Little32(height);
 }
 
+std::string AWebP(const char* chunk, const std::string& body) {
+    return "RIFF\x20\0\0\0WEBP"s + chunk + Little32(static_cast<unsigned>(body.size())) + body;
+}
+
 struct Case {
     const char* name;
     std::string file;
@@ -95,7 +99,11 @@ const Case kCases[] = {
      "II*\0\x8\0\0\0\3\0\0\1\3\0\1\0\0\0\x10\0\0\0\1\1\3\0\1\0\0\0\x10\0\0\0"
      "\0\1\x9\0\1\0\0\0\xFF\xFF\xFF\0"s,
      Tiff},
-    {"webp", "RIFF\x10\0\0\0WEBPVP8 "s, WebP},
+    {"webp", AWebP("VP8 ", "\x50\0\0\x9D\x01\x2A\x80\x40\x40\0"s), WebP, 128, 64},
+    {"webp without loss", AWebP("VP8L", "\x2F\x7F\xC0\x0F\0"s), WebP, 128, 64},
+    {"webp extended", AWebP("VP8X", "\0\0\0\0\xFF\xFF\xFF\x3F\0\0"s), WebP, 1 << 24, 64},
+    {"webp with another start code", AWebP("VP8 ", "\x50\0\0\x9D\x01\x2B\x80\0\x40\0"s), WebP},
+    {"webp cut off", "RIFF\x10\0\0\0WEBPVP8 "s, WebP},
     {"avif", "\0\0\0\x1C\x66typavif"s, IsoMedia},
     {"packed vector tile", "\x1F\x8B\x08"s, Gzip},
     {"error page", "\r\n <!DOCTYPE html>"s, Markup},
@@ -113,32 +121,9 @@ TEST(ImageHeader, TellsFormatSizeAndSafety) {
     }
 }
 
-/// Bytes that end where the next page may not be read: one byte too far ends the test program.
-class GuardedBytes {
-public:
-    GuardedBytes() {
-        DWORD before = 0;
-        EXPECT_TRUE(::VirtualProtect(m_pages + kPage, kPage, PAGE_NOACCESS, &before));
-    }
-    ~GuardedBytes() { ::VirtualFree(m_pages, 0, MEM_RELEASE); }
-    GuardedBytes(const GuardedBytes&) = delete;
-    GuardedBytes& operator=(const GuardedBytes&) = delete;
-
-    std::span<const std::uint8_t> Put(const std::string& bytes) {
-        std::uint8_t* start = m_pages + kPage - bytes.size();
-        std::copy(bytes.begin(), bytes.end(), start);
-        return {start, bytes.size()};
-    }
-
-private:
-    static constexpr std::size_t kPage = 4096;
-    std::uint8_t* const m_pages = static_cast<std::uint8_t*>(
-        ::VirtualAlloc(nullptr, 2 * kPage, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
-};
-
 TEST(ImageHeader, ReadsNothingBeyondACutOrDamagedFile) {
     std::mt19937 random(7);
-    GuardedBytes memory;
+    TerrascopeTest::GuardedBytes memory(200);
     for (const Case& c : kCases) {
         const std::size_t shown = std::min<std::size_t>(c.file.size(), 200);
         for (std::size_t length = 0; length < shown; ++length) {
