@@ -11,6 +11,7 @@ set(CMAKE_SHARED_MODULE_PREFIX "")
 
 set(TERRASCOPE_BIN_DIR ${PROJECT_BINARY_DIR}/bin)
 set(TERRASCOPE_PLUGIN_SUBDIR Plugins/Quillmont/TileMapInfoProvider)
+set(TERRASCOPE_DECODER_SUBDIR Plugins/Quillmont/ImageDecoder)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${TERRASCOPE_BIN_DIR})
 
 # DWARF 4 is the newest that Wine's debugger reads.
