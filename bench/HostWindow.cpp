@@ -1,11 +1,22 @@
 #include "bench/HostWindow.h"
 
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
 #include "terrascope/display/DeviceUnits.h"
 
 namespace Terrascope::Bench {
+
+namespace {
+
+/// Decoders may round differently by 1.
+bool IsNear(COLORREF a, COLORREF b) {
+    return std::abs(GetRValue(a) - GetRValue(b)) <= 1 &&
+           std::abs(GetGValue(a) - GetGValue(b)) <= 1 && std::abs(GetBValue(a) - GetBValue(b)) <= 1;
+}
+
+}  // namespace
 
 HostWindow::HostWindow() {
     CreateEx(0, "STATIC", "", WS_POPUP | WS_VISIBLE, CRect(CPoint(0, 0), kFullHd), nullptr, 0);
@@ -91,7 +102,7 @@ bool HostWindow::Shows(const VisibleTile& tile, const TileFiles& files) {
     for (int x = -1; x <= 1; ++x) {
         for (int y = -1; y <= 1; ++y) {
             const std::uint32_t pixel = files.PixelOf(tile.tile, tile.inTile + CSize(x, y));
-            if (shown == RGB(pixel >> 16 & 0xFF, pixel >> 8 & 0xFF, pixel & 0xFF)) {
+            if (IsNear(shown, RGB(pixel >> 16 & 0xFF, pixel >> 8 & 0xFF, pixel & 0xFF))) {
                 return true;
             }
         }

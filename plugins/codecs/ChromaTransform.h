@@ -12,6 +12,7 @@ namespace Terrascope::Codecs {
 ///
 /// `coefficients` and `quantisation` are in rows, not zigzag; the samples go to the 16 rows from
 /// `column` on.
+/// Requires: a processor with AVX2.
 void TransformTo16(const std::int16_t* coefficients, const std::uint16_t* quantisation,
                    std::uint8_t* const* rows, std::size_t column);
 

@@ -12,6 +12,8 @@
 extern "C" {
 
 void __real_jinit_upsampler(j_decompress_ptr info);
+void __real_jpeg_idct_16x16(j_decompress_ptr info, jpeg_component_info* part, JCOEFPTR coefficients,
+                            JSAMPARRAY rows, JDIMENSION column);
 
 /// Called once an image, when sizes are computed and nothing that depends on them has been made.
 void __wrap_jinit_upsampler(j_decompress_ptr info) {
@@ -28,8 +30,13 @@ void __wrap_jinit_upsampler(j_decompress_ptr info) {
 }
 
 /// Called for each block of such a component; the library's own does one number at a time.
-void __wrap_jpeg_idct_16x16(j_decompress_ptr, jpeg_component_info* part, JCOEFPTR coefficients,
+void __wrap_jpeg_idct_16x16(j_decompress_ptr info, jpeg_component_info* part, JCOEFPTR coefficients,
                             JSAMPARRAY rows, JDIMENSION column) {
-    Terrascope::Codecs::TransformTo16(coefficients, part->quant_table->quantval, rows, column);
+    static const bool isFast = __builtin_cpu_supports("avx2") != 0;
+    if (isFast) {
+        Terrascope::Codecs::TransformTo16(coefficients, part->quant_table->quantval, rows, column);
+    } else {
+        __real_jpeg_idct_16x16(info, part, coefficients, rows, column);
+    }
 }
 }

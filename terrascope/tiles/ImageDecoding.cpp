@@ -1,5 +1,6 @@
 #include "terrascope/tiles/ImageDecoding.h"
 
+#include <emmintrin.h>
 #include <shlwapi.h>
 
 #include <algorithm>
@@ -15,14 +16,18 @@ namespace Terrascope {
 namespace {
 
 bool IsOpaque(const CTilePicture& picture) {
-    std::uint32_t common = 0xFFFFFFFF;
-    for (int y = 0; y < picture.Height() && common >= 0xFF000000; ++y) {
-        const std::uint32_t* row = picture.Row(y);
-        for (int x = 0; x < picture.Width(); ++x) {
-            common &= row[x];
-        }
+    // Four pixels at a time: with a fast decoder this is felt.
+    constexpr std::size_t kStep = 4;
+    const std::uint32_t* pixel = picture.Row(0);
+    const std::uint32_t* end = pixel + picture.PixelCount();
+    __m128i common = _mm_set1_epi8(-1);
+    for (; static_cast<std::size_t>(end - pixel) >= kStep; pixel += kStep) {
+        common = _mm_and_si128(common, _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixel)));
     }
-    return common >= 0xFF000000;
+    const __m128i colours = _mm_set1_epi32(0x00FFFFFF);
+    const __m128i opaque = _mm_cmpeq_epi8(_mm_or_si128(common, colours), _mm_set1_epi8(-1));
+    return _mm_movemask_epi8(opaque) == 0xFFFF &&
+           std::all_of(pixel, end, [](std::uint32_t each) { return each >= 0xFF000000; });
 }
 
 /// Copies the pixels of an image of the picture's size.

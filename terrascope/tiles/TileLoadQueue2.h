@@ -13,6 +13,7 @@
 #include "terrascope/support/ThreadAnnotations.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/ImageDecoders.h"
+#include "terrascope/tiles/PixelStore.h"
 #include "terrascope/tiles/TileLoadPolicy.h"
 #include "terrascope/tiles/TileLoadRequest.h"
 
@@ -111,6 +112,8 @@ private:
 
     const TileLoadPolicy m_policy;
     const std::shared_ptr<const CImageDecoders> m_decoders;
+    /// Lives on from picture to picture.
+    const std::shared_ptr<CPixelStore> m_pixels = CPixelStore::Shared();
     CCriticalSection m_lock;
     CONDITION_VARIABLE m_changed = CONDITION_VARIABLE_INIT;  ///< something may be taken, or the end
     bool m_paused TERRASCOPE_GUARDED_BY(m_lock) = false;

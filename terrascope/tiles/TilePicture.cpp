@@ -1,7 +1,6 @@
 #include "terrascope/tiles/TilePicture.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "terrascope/tiles/ImageHeader.h"
@@ -14,15 +13,22 @@ std::shared_ptr<CTilePicture> CTilePicture::Create(CSize size) {
         return nullptr;
     }
     const std::size_t count = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
-    std::unique_ptr<std::uint32_t[]> pixels(new (std::nothrow) std::uint32_t[count]);
+    auto store = CPixelStore::Shared();
+    auto pixels = store->Take(count);
     if (pixels == nullptr) {
         return nullptr;
     }
-    return std::shared_ptr<CTilePicture>(new CTilePicture(size, std::move(pixels)));
+    return std::shared_ptr<CTilePicture>(
+        new CTilePicture(size, std::move(store), std::move(pixels)));
 }
 
-CTilePicture::CTilePicture(CSize size, std::unique_ptr<std::uint32_t[]> pixels)
-    : m_size(size), m_pixels(std::move(pixels)) {}
+CTilePicture::CTilePicture(CSize size, std::shared_ptr<CPixelStore> store,
+                           CPixelStore::Pixels pixels)
+    : m_size(size), m_store(std::move(store)), m_pixels(std::move(pixels)) {}
+
+CTilePicture::~CTilePicture() {
+    m_store->Put(std::move(m_pixels), PixelCount());
+}
 
 void CTilePicture::Fill(std::uint32_t colour) {
     std::fill_n(m_pixels.get(), PixelCount(), colour);

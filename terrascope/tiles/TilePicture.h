@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "terrascope/support/LiveCount.h"
+#include "terrascope/tiles/PixelStore.h"
 
 namespace Terrascope {
 
@@ -25,6 +26,7 @@ public:
 
     CTilePicture(const CTilePicture&) = delete;
     CTilePicture& operator=(const CTilePicture&) = delete;
+    ~CTilePicture();
 
     int Width() const { return m_size.cx; }
     int Height() const { return m_size.cy; }
@@ -40,14 +42,15 @@ public:
     void Fill(std::uint32_t colour);
 
 private:
-    CTilePicture(CSize size, std::unique_ptr<std::uint32_t[]> pixels);
+    CTilePicture(CSize size, std::shared_ptr<CPixelStore> store, CPixelStore::Pixels pixels);
     std::size_t Offset(int y) const {
         ASSERT(y >= 0 && y < m_size.cy);
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.cx);
     }
 
     const CSize m_size;
-    const std::unique_ptr<std::uint32_t[]> m_pixels;
+    const std::shared_ptr<CPixelStore> m_store;
+    CPixelStore::Pixels m_pixels;  ///< not null until the end
 };
 
 /// A picture that is made when it is first painted: grey, or grey with parts of other pictures on
