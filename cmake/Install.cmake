@@ -1,7 +1,9 @@
 # The SDK: what a host or a provider plug-in is built and run with, and nothing else. The target
 # "sdk" builds what it needs; tools/sdk-check.sh installs it and uses it.
 get_property(plugins GLOBAL PROPERTY TERRASCOPE_PLUGINS)
-add_custom_target(sdk DEPENDS Terrascope framework terrascope_support TerrascopeViewer ${plugins})
+get_property(decoders GLOBAL PROPERTY TERRASCOPE_DECODERS)
+add_custom_target(sdk
+    DEPENDS Terrascope framework terrascope_support TerrascopeViewer ${plugins} ${decoders})
 
 install(TARGETS Terrascope framework
     RUNTIME DESTINATION bin
@@ -9,6 +11,9 @@ install(TARGETS Terrascope framework
 install(TARGETS terrascope_support ARCHIVE DESTINATION lib)
 install(TARGETS TerrascopeViewer RUNTIME DESTINATION bin)
 install(TARGETS ${plugins} LIBRARY DESTINATION bin/${TERRASCOPE_PLUGIN_SUBDIR})
+if(decoders)
+    install(TARGETS ${decoders} LIBRARY DESTINATION bin/${TERRASCOPE_DECODER_SUBDIR})
+endif()
 foreach(dll ${TERRASCOPE_RUNTIME_DLLS})
     install(FILES ${TERRASCOPE_BIN_DIR}/${dll} DESTINATION bin)
 endforeach()
@@ -18,6 +23,9 @@ set(with_symbols bin/$<TARGET_FILE_NAME:Terrascope> bin/$<TARGET_FILE_NAME:frame
     bin/$<TARGET_FILE_NAME:TerrascopeViewer>)
 foreach(plugin ${plugins})
     list(APPEND with_symbols bin/${TERRASCOPE_PLUGIN_SUBDIR}/$<TARGET_FILE_NAME:${plugin}>)
+endforeach()
+foreach(decoder ${decoders})
+    list(APPEND with_symbols bin/${TERRASCOPE_DECODER_SUBDIR}/$<TARGET_FILE_NAME:${decoder}>)
 endforeach()
 install(CODE "
     set(objcopy \"${CMAKE_OBJCOPY}\")
@@ -44,7 +52,8 @@ foreach(line ${lines})
 endforeach()
 
 # The folders' names keep the links between documents and examples whole.
-install(FILES docs/hosting.md docs/writing-a-provider.md DESTINATION docs)
+install(FILES docs/hosting.md docs/writing-a-decoder.md docs/writing-a-provider.md
+    DESTINATION docs)
 install(DIRECTORY examples DESTINATION .)
 # A sample: in bin/language it would replace the texts of the resources.
 install(DIRECTORY packaging/language DESTINATION docs)
