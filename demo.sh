@@ -15,13 +15,13 @@ esac
 [ -n "${DISPLAY:-}" ] || pictures=true
 
 # write_map FOLDER NAME TILE_SIZE PATH_TEMPLATE REMARK: two tiles over the whole world in layer 1,
-# four layers.
+# four layers. The template's extension is the format.
 write_map() {
     cat >"$demo/maps/$1/map.ini" <<END
 [MAP]
 NAME=$2
 UPDATE_TIME=2023-02-25 00:00:00
-TILE_FORMAT=jpg
+TILE_FORMAT=${4##*.}
 FIRST_LAYER=1
 LAYER_COUNT=4
 LONGITUDE_START=-180
@@ -38,28 +38,38 @@ TILE_COUNT_Y=1
 END
 }
 
+# cut NAME SUFFIX: one large picture, cut into tiles here; the suffix is vips' for the format.
+cut() {
+    local map="$demo/maps/$1"
+    [ ! -f "$map/.complete" ] || return 0
+    say "cut $1 into tiles"
+    rm -rf "$map"
+    mkdir -p "$map"
+    # 4096 x 2048 halves exactly down to 512 x 256, that is two tiles.
+    vips thumbnail "$earth/$1/$1.jpg" "$demo/$1.v" 4096 --height 2048 --size force
+    vips dzsave "$demo/$1.v" "$map/tiles" --layout google --tile-size 256 --overlap 0 \
+        --suffix "$2"
+    rm -f "$demo/$1.v"
+    touch "$map/.complete"
+}
+
 make_maps() {
-    mkdir -p "$demo/maps/relief" "$demo/maps/bluemarble"
+    mkdir -p "$demo/maps/relief"
     # A pyramid that exists as files: it is only described.
     ln -sfn "$earth/srtm" "$demo/maps/relief/tiles"
     write_map relief Relief 675 \
         'tiles/{layer-1}/{row:6}/{row:6}_{column:6}.jpg' 'Height of the land, grey by height'
 
-    # One large picture, cut into tiles here.
-    if [ ! -f "$demo/maps/bluemarble/.complete" ]; then
-        say "cut the Blue Marble into tiles"
-        rm -rf "$demo/maps/bluemarble"
-        mkdir -p "$demo/maps/bluemarble"
-        # 4096 x 2048 halves exactly down to 512 x 256, that is two tiles.
-        vips thumbnail "$earth/bluemarble/bluemarble.jpg" "$demo/bluemarble.v" \
-            4096 --height 2048 --size force
-        vips dzsave "$demo/bluemarble.v" "$demo/maps/bluemarble/tiles" --layout google \
-            --tile-size 256 --overlap 0 --suffix '.jpg[Q=90]'
-        rm -f "$demo/bluemarble.v"
-        touch "$demo/maps/bluemarble/.complete"
-    fi
+    cut bluemarble '.jpg[Q=90]'
     write_map bluemarble 'Blue Marble' 256 'tiles/{layer}/{row}/{column}.jpg' \
         'The Earth from space, without clouds'
+}
+
+make_codec_maps() {
+    # WebP, which GDI+ does not know: for the decoder plug-in, if there is one.
+    cut citylights '.webp[Q=85]'
+    write_map citylights 'City Lights' 256 'tiles/{layer}/{row}/{column}.webp' \
+        'The Earth at night, WebP tiles'
 }
 
 make_app() {
@@ -75,6 +85,7 @@ DATA_PATH=..\maps
 FAST=1
 THREADS=4
 CACHE_MB=256
+CODECS=1
 END
 }
 
@@ -101,6 +112,10 @@ make_pictures() {
     picture bluemarble-2-america 'Blue Marble' 2 -100,30
     picture bluemarble-4-africa 'Blue Marble' 4 30,25
     picture bluemarble-4-america 'Blue Marble' 4 -90,30
+    if $has_codecs; then
+        picture citylights-2-europe 'City Lights' 2 20,5
+        picture citylights-4-europe 'City Lights' 4 12,46
+    fi
     say "tour"
     viewer --map Relief --size 1024x640 --tour - <"$root/tools/demo.tour"
     printf '%s\n' "$demo"/tour-*.png
@@ -111,6 +126,11 @@ build_targets TerrascopeViewer
 say "prepare the demo"
 mkdir -p "$demo"
 make_maps
+has_codecs=false
+if [ -f "$build/bin/Plugins/Quillmont/ImageDecoder/TerrascopeCodecs.dll" ]; then
+    has_codecs=true
+    make_codec_maps
+fi
 make_app
 
 if [ "${1:-}" = --prepare ]; then
