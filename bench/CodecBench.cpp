@@ -3,9 +3,8 @@
 #include <afxwin.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -43,8 +42,8 @@ void DecodeJpeg(const Bytes& file, Pixels& pixels) {
     info.out_color_space = JCS_EXT_BGRA;
     jpeg_start_decompress(&info);
     while (info.output_scanline < info.output_height) {
-        auto* row =
-            reinterpret_cast<JSAMPROW>(pixels.data() + info.output_scanline * info.output_width);
+        auto* row = reinterpret_cast<JSAMPROW>(pixels.data() + std::size_t{info.output_scanline} *
+                                                                   info.output_width);
         jpeg_read_scanlines(&info, &row, 1);
     }
     jpeg_finish_decompress(&info);
@@ -63,19 +62,17 @@ void DecodeWebP(const Bytes& file, Pixels& pixels, int width) {
                        pixels.size() * 4, width * 4);
 }
 
-std::string OwnFolder() {
-    return ModuleFolder(nullptr).GetString();
-}
-
 void BenchDecoding(const CImageDecoders& decoders) {
     constexpr int kRuns = 41;
     const auto store = CPixelStore::Shared();  // as a display holds it
+    char name[MAX_PATH] = "";
     for (const int size : {256, 675}) {
-        const std::string number = std::to_string(size);
         Pixels pixels(static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
         const int calls = size == 256 ? 16 : 3;
         for (const std::string format : {"jpg", "png", "webp"}) {
-            const Bytes file = ReadWholeFile(OwnFolder() + "\\pictures\\" + number + "." + format);
+            std::snprintf(name, sizeof(name), "%s\\pictures\\%d.%s",
+                          ModuleFolder(nullptr).GetString(), size, format.c_str());
+            const Bytes file = ReadWholeFile(name);
             if (DecodeImage(file, CSize(size, size), &decoders).picture == nullptr) {
                 throw std::runtime_error("a picture is not decoded");
             }
@@ -92,12 +89,14 @@ void BenchDecoding(const CImageDecoders& decoders) {
                 };
             };
             const auto ours = [&] { Use(DecodeImage(file, CSize(size, size), &decoders)); };
-            const std::string name = "decode " + format + " " + number + ", against the library";
-            Compare(name.c_str(), 1.1, kRuns, calls, repeated(ours), repeated(raw));
+            std::snprintf(name, sizeof(name), "decode %s %d, against the library", format.c_str(),
+                          size);
+            Compare(name, 1.1, kRuns, calls, repeated(ours), repeated(raw));
             if (format != "webp") {
                 const auto gdiplus = [&] { Use(DecodeImage(file, CSize(size, size))); };
-                const std::string row = "decode " + format + " " + number + ", against GDI+";
-                Compare(row.c_str(), 1.0, kRuns / 4, calls, repeated(ours), repeated(gdiplus));
+                std::snprintf(name, sizeof(name), "decode %s %d, against GDI+", format.c_str(),
+                              size);
+                Compare(name, 1.0, kRuns / 4, calls, repeated(ours), repeated(gdiplus));
             }
         }
     }

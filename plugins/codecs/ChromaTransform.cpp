@@ -175,7 +175,7 @@ void TransformTo16(const std::int16_t* coefficients, const std::uint16_t* quanti
         return _mm_loadu_si128(static_cast<const __m128i*>(from));
     };
     __m128i in[8];
-    for (int y = 0; y < 8; ++y) {
+    for (std::size_t y = 0; y < 8; ++y) {
         in[y] = _mm_mullo_epi16(load(coefficients + y * 8), load(quantisation + y * 8));
     }
     const __m128i lower = _mm_or_si128(_mm_or_si128(in[4], in[5]), _mm_or_si128(in[6], in[7]));

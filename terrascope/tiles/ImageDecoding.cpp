@@ -4,7 +4,6 @@
 #include <shlwapi.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "terrascope/support/ComRef.h"
 #include "terrascope/support/GdiPlus.h"
@@ -84,8 +83,8 @@ DecodedImage NoMemory() {
 }
 
 /// An image with its pixels alone, which it shares or which were drawn from it.
-DecodedImage Composed(Gdiplus::Bitmap& image, std::shared_ptr<CTilePicture> alone) {
-    auto overGrey = CTilePicture::Create(alone->Size());
+DecodedImage Composed(Gdiplus::Bitmap& image, const std::shared_ptr<CTilePicture>& alone) {
+    const auto overGrey = CTilePicture::Create(alone->Size());
     if (overGrey == nullptr) {
         return NoMemory();
     }
@@ -93,11 +92,11 @@ DecodedImage Composed(Gdiplus::Bitmap& image, std::shared_ptr<CTilePicture> alon
     if (!Draw(image, *overGrey)) {
         return {.failure = "its image is broken"};
     }
-    return {.picture = std::move(overGrey), .translucent = std::move(alone)};
+    return {.picture = overGrey, .translucent = alone};
 }
 
 DecodedImage Drawn(Gdiplus::Bitmap& image, CSize tileSize) {
-    auto picture = CTilePicture::Create(tileSize);
+    const auto picture = CTilePicture::Create(tileSize);
     if (picture == nullptr) {
         return NoMemory();
     }
@@ -105,16 +104,16 @@ DecodedImage Drawn(Gdiplus::Bitmap& image, CSize tileSize) {
         return {.failure = "its image is broken"};
     }
     if (IsOpaque(*picture)) {
-        return {.picture = std::move(picture)};
+        return {.picture = picture};
     }
-    return Composed(image, std::move(picture));
+    return Composed(image, picture);
 }
 
 /// What a plug-in has decoded: most often it is the tile's picture as it is.
-DecodedImage FromPixels(std::shared_ptr<CTilePicture> decoded, CSize tileSize) {
+DecodedImage FromPixels(const std::shared_ptr<CTilePicture>& decoded, CSize tileSize) {
     const bool fits = decoded->Size() == tileSize;
     if (fits && IsOpaque(*decoded)) {
-        return {.picture = std::move(decoded)};
+        return {.picture = decoded};
     }
     Gdiplus::Bitmap image(decoded->Width(), decoded->Height(), decoded->Width() * 4,
                           PixelFormat32bppARGB, reinterpret_cast<BYTE*>(decoded->Row(0)));
@@ -131,8 +130,8 @@ DecodedImage DecodeImage(std::span<const std::uint8_t> file, CSize tileSize,
         return {.failure = "its image is too large"};
     }
     if (decoders != nullptr && IsSafeToPlugIn(header)) {
-        if (auto decoded = decoders->Decode(file, header)) {
-            return FromPixels(std::move(decoded), tileSize);
+        if (const auto decoded = decoders->Decode(file, header)) {
+            return FromPixels(decoded, tileSize);
         }
     }
     if (!IsSafeToDecode(header)) {
