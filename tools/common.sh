@@ -59,14 +59,15 @@ wine_prefix() {
         </dev/null >"$prefix.log" 2>&1 || fail "the Wine prefix could not be made, see $prefix.log"
 }
 
-# virtual_screen FOLDER: a screen for this run alone, after wine_prefix; a pipe is made in the folder.
+# virtual_screen FOLDER [SIZE]: a screen for this run alone, after wine_prefix; a pipe is made in the
+# folder.
 virtual_screen() {
     local pipe="$1/display.$$" number
     say "start a virtual screen"
     mkfifo "$pipe"
     at_end rm -f "$pipe"
     # Xvfb chooses a free number and writes it into the pipe.
-    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${2:-1280x1024x24}" -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
     # Wine's own processes go before the screen that they are on.
     at_end env WINEPREFIX="$prefix" /usr/lib/wine/wineserver64 -k
     at_end kill $!
