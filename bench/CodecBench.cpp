@@ -138,23 +138,13 @@ void BenchFilling(const TerrascopeTest::LibraryFolder& library, const char* line
         std::string(lines));
     const TileFiles files(library.Folder(), "jpeg256", kJpeg256, 5, 32, 8);
     HostWindow window;
-    const auto fill = [&] {
-        // What the window still shows of the former run must not count.
-        ::PatBlt(window.Dc(), 0, 0, kFullHd.cx, kFullHd.cy, WHITENESS);
-        ::GdiFlush();
-        const Clock::time_point start = Clock::now();
-        CTerrascope2& display = window.ShowNew();
-        display.OpenMap(files.Name());
-        display.SetLayer(static_cast<UINT>(files.Layer()));
-        return Microseconds(window.RunUntilComplete(files) - start);
-    };
-    fill();
+    window.Fill(files);
     const auto tiles = VisibleTilesOf(window.Shown().View());
     window.Close();
     std::vector<double> oursTimes;
     std::vector<double> rawTimes;
     for (int run = 0; run < kRuns; ++run) {
-        oursTimes.push_back(fill());
+        oursTimes.push_back(window.Fill(files));
         window.Close();
         rawTimes.push_back(MicrosecondsOf([&] { FillRaw(files, tiles, window.Dc()); }));
     }

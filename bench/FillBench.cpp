@@ -52,25 +52,16 @@ void FillRaw(const TileFiles& files, const std::vector<VisibleTile>& tiles, HDC 
     ::GdiFlush();
 }
 
-/// From the first call to the last pixel, in microseconds.
-double Fill(HostWindow& window, const TileFiles& files) {
-    const Clock::time_point start = Clock::now();
-    CTerrascope2& display = window.ShowNew();
-    display.OpenMap(files.Name());
-    display.SetLayer(static_cast<UINT>(files.Layer()));
-    return Microseconds(window.RunUntilComplete(files) - start);
-}
-
 void BenchFastFilling(HostWindow& window, const TileFiles& files, const char* name) {
     std::vector<VisibleTile> tiles;
     const auto raw = [&] { FillRaw(files, tiles, window.Dc()); };
-    Fill(window, files);
+    window.Fill(files);
     tiles = VisibleTilesOf(window.Shown().View());
     window.Close();
     std::vector<double> oursTimes;
     std::vector<double> rawTimes;
     for (int run = 0; run < kRuns; ++run) {
-        oursTimes.push_back(Fill(window, files));
+        oursTimes.push_back(window.Fill(files));
         window.Close();  // with what is still being fetched beyond the view
         CPictureCache::ForgetAll();
         rawTimes.push_back(MicrosecondsOf(raw));
@@ -94,7 +85,7 @@ std::vector<std::vector<std::uint32_t>> PixelsOf(const TileFiles& files,
 }
 
 void BenchReturning(HostWindow& window, const TileFiles& files) {
-    Fill(window, files);
+    window.Fill(files);
     CTerrascope2& display = window.Shown();
     const CPointF here = display.Center();
     const CPointF there = here + CPointF(12, 0);  // so far that the load regions do not meet
@@ -128,7 +119,7 @@ void BenchReturning(HostWindow& window, const TileFiles& files) {
 
 // Once: a view takes seconds.
 void BenchPacedFilling(HostWindow& window, const TileFiles& files) {
-    const double filled = Fill(window, files);
+    const double filled = window.Fill(files);
     const std::size_t tiles = VisibleTilesOf(window.Shown().View()).size();
     window.Close();
     // A loading thread sleeps 16 times for each tile; what 16 sleeps take is measured.

@@ -79,6 +79,16 @@ Clock::time_point HostWindow::RunUntilComplete(const TileFiles& files) {
     return m_lastDrawn;
 }
 
+double HostWindow::Fill(const TileFiles& files) {
+    ::PatBlt(Dc(), 0, 0, kFullHd.cx, kFullHd.cy, WHITENESS);
+    ::GdiFlush();
+    const Clock::time_point start = Clock::now();
+    CTerrascope2& display = ShowNew();
+    display.OpenMap(files.Name());
+    display.SetLayer(static_cast<UINT>(files.Layer()));
+    return Microseconds(RunUntilComplete(files) - start);
+}
+
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message != kRepaintMessage) {
         return CWnd::WindowProc(message, wParam, lParam);

@@ -59,6 +59,10 @@ public:
     /// drawn: looking for it takes its time, too.
     Clock::time_point RunUntilComplete(const TileFiles& files);
 
+    /// Shows a map by a new display; what it takes from the first call to the last pixel, in
+    /// microseconds. What the window showed before does not count.
+    double Fill(const TileFiles& files);
+
     HDC Dc() const { return m_dc->GetSafeHdc(); }
     int Repaints() const { return m_repaints; }
 

@@ -23,17 +23,6 @@ using namespace Terrascope::Bench;
 constexpr unsigned kFirst =
     10;  // column and row of the copies: some place that is no edge of the world
 
-double Fill(HostWindow& window, const TileFiles& files) {
-    // What the window still shows of the former run must not count.
-    ::PatBlt(window.Dc(), 0, 0, kFullHd.cx, kFullHd.cy, WHITENESS);
-    ::GdiFlush();
-    const Clock::time_point start = Clock::now();
-    CTerrascope2& display = window.ShowNew();
-    display.OpenMap(files.Name());
-    display.SetLayer(static_cast<UINT>(files.Layer()));
-    return Microseconds(window.RunUntilComplete(files) - start);
-}
-
 /// Every tile of the block that holds the visible ones; returns the view's corner among the copies.
 CPoint CopyTiles(const TileFiles& files, const std::vector<VisibleTile>& tiles,
                  const std::string& folder) {
@@ -73,13 +62,13 @@ int main(int count, char** arguments) {  // NOLINT(bugprone-exception-escape)
     const TileFiles files(library.Folder(), "jpeg256", kJpeg256, 5, 32, 8);
     HostWindow window;
     window.RunFor(500);  // on a real screen it is painted when it appears
-    Fill(window, files);
+    window.Fill(files);
     const CPoint corner = CopyTiles(files, VisibleTilesOf(window.Shown().View()), arguments[1]);
     std::vector<double> times(static_cast<std::size_t>(std::max(1, std::atoi(arguments[2]))));
     for (double& time : times) {
         window.Close();
         window.RunFor(50);
-        time = Fill(window, files);
+        time = window.Fill(files);
     }
     std::printf("%.0f %ld %ld\n", Median(times), corner.x, corner.y);
     return 0;
