@@ -11,6 +11,20 @@ FileTime Joined(const FILETIME& time) {
     return FileTime{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
+/// False when the folder cannot be read.
+template <class TVisit>
+bool ForEachEntry(const std::wstring& folder, TVisit visit) {
+    WIN32_FIND_DATAW entry{};
+    const CFindHandle search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
+    if (!search) {
+        return false;
+    }
+    do {
+        visit(entry);
+    } while (::FindNextFileW(search.Get(), &entry) != 0);
+    return true;
+}
+
 }  // namespace
 
 bool ComesBefore(const FolderFacts& a, const FolderFacts& b) {
@@ -18,25 +32,34 @@ bool ComesBefore(const FolderFacts& a, const FolderFacts& b) {
 }
 
 std::optional<std::vector<FolderFacts>> ListFolders(const std::wstring& folder) {
-    WIN32_FIND_DATAW entry{};
-    const CFindHandle search(::FindFirstFileW((folder + L"\\*").c_str(), &entry));
-    if (!search) {
+    std::vector<FolderFacts> folders;
+    if (!ForEachEntry(folder, [&folders](const WIN32_FIND_DATAW& entry) {
+            const std::wstring_view name = entry.cFileName;
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && name != L"." &&
+                name != L"..") {
+                folders.push_back({std::wstring(name), Joined(entry.ftCreationTime),
+                                   Joined(entry.ftLastWriteTime)});
+            }
+        })) {
         return std::nullopt;
     }
-    std::vector<FolderFacts> folders;
-    do {
-        const std::wstring_view name = entry.cFileName;
-        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && name != L"." &&
-            name != L"..") {
-            folders.push_back(
-                {std::wstring(name), Joined(entry.ftCreationTime), Joined(entry.ftLastWriteTime)});
-        }
-    } while (::FindNextFileW(search.Get(), &entry) != 0);
     // Most file systems list them in this order.
     if (!std::is_sorted(folders.begin(), folders.end(), ComesBefore)) {
         std::sort(folders.begin(), folders.end(), ComesBefore);
     }
     return folders;
+}
+
+std::optional<std::vector<std::wstring>> ListFiles(const std::wstring& folder) {
+    std::vector<std::wstring> files;
+    if (!ForEachEntry(folder, [&files](const WIN32_FIND_DATAW& entry) {
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                files.emplace_back(entry.cFileName);
+            }
+        })) {
+        return std::nullopt;
+    }
+    return files;
 }
 
 std::optional<FileFacts> LookAtFile(const std::wstring& path) {

@@ -28,6 +28,9 @@ bool ComesBefore(const FolderFacts& a, const FolderFacts& b);
 /// The folders directly in `folder`, ordered. Nothing when the folder cannot be read.
 std::optional<std::vector<FolderFacts>> ListFolders(const std::wstring& folder);
 
+/// The names of the files directly in `folder`. Nothing when the folder cannot be read.
+std::optional<std::vector<std::wstring>> ListFiles(const std::wstring& folder);
+
 /// A file as its folder lists it.
 struct FileFacts {
     std::uint64_t size = 0;  ///< bytes

@@ -33,15 +33,19 @@ Span TilesOf(double from, double to, double length, std::uint32_t count) {
 
 std::optional<TileGrid> TileGrid::Crop(const TilePyramid& pyramid, const MapExtent& extent,
                                        int layerCount) {
+    const int last = pyramid.firstLayer + layerCount - 1;
+    if (pyramid.firstLayer < 1 || layerCount < 1 || last > kDeepestAddressableLayer ||
+        std::uint64_t{std::max(pyramid.columns, pyramid.rows)} << (layerCount - 1) >
+            std::uint64_t{1} << 31) {
+        return std::nullopt;
+    }
     const MapExtent& all = pyramid.extent;
     const Span columns = TilesOf(extent.west - all.west, extent.east - all.west,
                                  all.east - all.west, pyramid.columns);
     const Span rows = TilesOf(all.north - extent.north, all.north - extent.south,
                               all.north - all.south, pyramid.rows);
-    const int last = pyramid.firstLayer + layerCount - 1;
-    if (pyramid.firstLayer < 1 || layerCount < 1 || last > kDeepestAddressableLayer ||
-        columns.count == 0 || rows.count == 0 || columns.count > 1U << pyramid.firstLayer ||
-        rows.count > 1U << pyramid.firstLayer) {
+    const std::uint32_t most = 1U << pyramid.firstLayer;
+    if (columns.count == 0 || rows.count == 0 || columns.count > most || rows.count > most) {
         return std::nullopt;
     }
     TileGrid grid;

@@ -40,7 +40,8 @@ class TileGrid {
 public:
     /// The least part that holds `extent`. Edges that miss a tile's by less than a millionth of the
     /// tile count as on it. Nothing when the two have no tile in common, or when the part has more
-    /// columns or rows than keys of the first layer can name.
+    /// columns or rows than keys of the first layer can name, or when the last layer is too deep
+    /// for 32-bit numbers.
     static std::optional<TileGrid> Crop(const TilePyramid& pyramid, const MapExtent& extent,
                                         int layerCount);
 

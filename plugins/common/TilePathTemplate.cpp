@@ -39,7 +39,9 @@ std::optional<TilePathTemplate::Piece> TilePathTemplate::ParseField(std::string_
         piece.width = static_cast<std::size_t>(*width);
         field = field.substr(0, colon);
     }
-    const std::size_t sign = field.find_first_of("+-");
+    constexpr std::string_view kRowFromBottom = "row-from-bottom";
+    const std::size_t sign =
+        field.find_first_of("+-", field.starts_with(kRowFromBottom) ? kRowFromBottom.size() : 0);
     if (sign != std::string_view::npos) {
         const auto offset = ParseCount(field.substr(sign + 1), kLargestOffset);
         if (!offset) {
@@ -54,6 +56,8 @@ std::optional<TilePathTemplate::Piece> TilePathTemplate::ParseField(std::string_
         piece.kind = Kind::Column;
     } else if (field == "row") {
         piece.kind = Kind::Row;
+    } else if (field == kRowFromBottom) {
+        piece.kind = Kind::RowFromBottom;
     } else {
         return std::nullopt;
     }
@@ -102,7 +106,7 @@ std::optional<TilePathTemplate> TilePathTemplate::Parse(std::string_view pattern
     return result;
 }
 
-std::optional<std::string> TilePathTemplate::Expand(const TileAddress& address,
+std::optional<std::string> TilePathTemplate::Expand(int layer, const PyramidTile& tile,
                                                     std::string_view key,
                                                     std::string_view format) const {
     std::string text;
@@ -119,13 +123,16 @@ std::optional<std::string> TilePathTemplate::Expand(const TileAddress& address,
                 text += format;
                 continue;
             case Kind::Layer:
-                number += address.layer;
+                number += layer;
                 break;
             case Kind::Column:
-                number += address.column;
+                number += tile.column;
                 break;
             case Kind::Row:
-                number += address.row;
+                number += tile.row;
+                break;
+            case Kind::RowFromBottom:
+                number += tile.rowFromBottom;
                 break;
         }
         if (number < 0) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "plugins/common/MapRemark.h"
 #include "plugins/split_file/IniValues.h"
 #include "terrascope/support/text/MultibyteText.h"
 
@@ -15,7 +16,6 @@ constexpr double kFarthest = 1e9;       // map units: far beyond metres around t
 constexpr double kSmallestSpan = 1e-9;  // map units
 constexpr double kSmallestZoom = 1.0 / 256.0;
 constexpr double kLargestZoom = 256.0;
-constexpr int kLongestName = 255;
 
 // What a layer makes of a tile is held to the largest image that the library decodes: 64 megapixels
 // (8192 x 8192), 256 MB in memory.
@@ -81,9 +81,9 @@ CString ReadName(IniValues& values, const CString& folderName) {
     if (name.IsEmpty()) {
         name = folderName;
     }
-    if (name.GetLength() > kLongestName) {
+    if (name.GetLength() > kLongestMapName) {
         CString reason;
-        reason.Format("is longer than %d bytes", kLongestName);
+        reason.Format("is longer than %d bytes", kLongestMapName);
         values.Refuse(kMap, "NAME", reason);
     }
     return name;
@@ -96,6 +96,21 @@ const tagTILE_MAP_LAYER_INFO* MapDescription::FindLayer(int layerNumber) const {
         return nullptr;
     }
     return &layers[static_cast<std::size_t>(layerNumber - info.nFirstLayer)];
+}
+
+std::optional<std::string> MapDescription::TileFile(const TileAddress& address,
+                                                    std::string_view key) const {
+    const tagTILE_MAP_LAYER_INFO* layer = FindLayer(address.layer);
+    if (layer == nullptr || address.column >= static_cast<std::uint32_t>(layer->nTileCountX) ||
+        address.row >= static_cast<std::uint32_t>(layer->nTileCountY)) {
+        return std::nullopt;
+    }
+    const auto rows = static_cast<std::uint32_t>(layer->nTileCountY);
+    const std::optional<PyramidTile> tile =
+        grid ? grid->Locate(address)
+             : PyramidTile{address.column, address.row, rows - 1 - address.row};
+    return tile ? tilePath.Expand(address.layer, *tile, key, ViewOf(info.strTileFormat))
+                : std::nullopt;
 }
 
 MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
@@ -126,7 +141,8 @@ MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
     info.dLatitude = values.Real(kMap, "LATITUDE", kSmallestSpan, kFarthest);
     info.nTileWidth = values.Whole(kMap, "TILE_WIDTH", 1, kLargestTile, kDefaultTile);
     info.nTileHeight = values.Whole(kMap, "TILE_HEIGHT", 1, kLargestTile, kDefaultTile);
-    info.strRemark = values.Text(kMap, "REMARK");
+    info.strRemark =
+        MapRemark(values.Text(kMap, "REMARK"), false, values.Text(kMap, "ATTRIBUTION"));
 
     CString pattern = values.Text(kMap, "TILE_PATH");
     if (pattern.IsEmpty()) {
@@ -151,7 +167,7 @@ MapReading ReadMapDescription(CCustomIniFile& file, const CString& folderName,
     }
     info.nLayerCount = static_cast<int>(layers.size());
     reading.map = std::make_unique<MapDescription>(
-        MapDescription{{}, info, std::move(layers), *std::move(tilePath)});
+        MapDescription{{}, info, std::move(layers), *std::move(tilePath), std::nullopt});
     return reading;
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "plugins/common/TilePathTemplate.h"
@@ -16,16 +17,23 @@ class CCustomIniFile;
 
 namespace Plugins {
 
-/// One map of the library, as its map.ini describes it; constant once it is made, so that any
-/// number of threads may read it.
+constexpr int kLongestMapName = 255;  // bytes
+
+/// One map of the library, as a file in its folder describes it; constant once it is made, so that
+/// any number of threads may read it.
 struct MapDescription {
     std::wstring folder;  ///< absolute; nothing outside it is opened for this map
     tagTILE_MAP_INFO info;
     std::vector<tagTILE_MAP_LAYER_INFO> layers;  ///< numbered consecutively from info.nFirstLayer
     TilePathTemplate tilePath;
+    std::optional<TileGrid> grid;  ///< tilePath counts in its pyramid; none: in the map itself
 
     /// The layer of an absolute number, or null.
     const tagTILE_MAP_LAYER_INFO* FindLayer(int layerNumber) const;
+
+    /// The name of a tile's file below `folder`, as text of any content; nothing when the map has
+    /// no such tile.
+    std::optional<std::string> TileFile(const TileAddress& address, std::string_view key) const;
 };
 
 /// What is wrong with a description.

@@ -1,15 +1,19 @@
 #include "plugins/split_file/MapLibrary.h"
 
+#include <algorithm>
 #include <set>
 
 #include "plugins/common/SafePath.h"
+#include "plugins/split_file/NumberedTiles.h"
+#include "plugins/split_file/TileResource.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/ini/MemIniFile.h"
 
 namespace Terrascope::Plugins {
 namespace {
 
-constexpr wchar_t kDescriptionFile[] = L"map.ini";
+constexpr wchar_t kIniDescription[] = L"map.ini";
+constexpr wchar_t kTileResource[] = L"tilemapresource.xml";
 constexpr std::uint64_t kLargestDescription = 1024 * std::uint64_t{1024};  // bytes
 
 void LeaveOut(const CString& file, const char* reason) {
@@ -35,38 +39,74 @@ SYSTEMTIME LocalTime(FileTime time) {
     return local;
 }
 
-/// The map that the file in one sub-folder describes; null when it cannot be used.
-std::unique_ptr<MapDescription> ReadMap(const std::wstring& mapFolder, const std::wstring& name,
-                                        const FileFacts& facts) {
-    const std::wstring widePath = mapFolder + L'\\' + kDescriptionFile;
+/// Logs what is wrong with a map or its description.
+void LogProblems(const CString& file, const MapReading& reading) {
+    for (const MapProblem& problem : reading.problems) {
+        LogLine("%s: '%s': [%s] %s: %s", reading.map != nullptr ? "passed over" : "map left out",
+                file.GetString(), problem.section.GetString(), problem.key.GetString(),
+                problem.reason.GetString());
+    }
+}
+
+/// The map that a file in its folder describes; null when it cannot be used.
+std::unique_ptr<MapDescription> ReadDescribedMap(const MapFolder& facts,
+                                                 const std::wstring& mapFolder,
+                                                 const CString& folderName) {
+    const std::wstring widePath = mapFolder + L'\\' + facts.description;
     const std::optional<CString> path = ToNarrow(widePath);
-    const std::optional<CString> folderName = ToNarrow(name);
-    if (!path || !folderName) {
+    if (!path) {
         LeaveOut(CString(widePath.c_str()), "the active code page lacks a letter of its name");
         return nullptr;
     }
-    if (facts.size > kLargestDescription) {
+    if (facts.file->size > kLargestDescription) {
         LeaveOut(*path, "larger than 1 MiB");
         return nullptr;
     }
-    CMemIniFile file(*path, false);
-    MapReading reading = ReadMapDescription(file, *folderName, LocalTime(facts.lastWrite));
-    for (const MapProblem& problem : reading.problems) {
-        LogLine("%s: '%s': [%s] %s: %s", reading.map != nullptr ? "passed over" : "map left out",
-                path->GetString(), problem.section.GetString(), problem.key.GetString(),
-                problem.reason.GetString());
+    const SYSTEMTIME time = LocalTime(facts.file->lastWrite);
+    MapReading reading;
+    if (facts.description == kIniDescription) {
+        CMemIniFile file(*path, false);
+        reading = ReadMapDescription(file, folderName, time);
+    } else if (const auto bytes = ReadWholeFile(widePath, kLargestDescription)) {
+        reading = ReadTileResource(*bytes, folderName, time);
+    } else {
+        LeaveOut(*path, "cannot be read");
     }
+    LogProblems(*path, reading);
     if (reading.map != nullptr) {
         reading.map->folder = mapFolder;
     }
     return std::move(reading.map);
 }
 
+/// The map in a folder, described or not; null when there is none that can be used.
+std::unique_ptr<MapDescription> ReadMap(const MapFolder& facts, const std::wstring& mapFolder) {
+    const std::optional<CString> name =
+        ToNarrow(mapFolder.substr(mapFolder.find_last_of(L'\\') + 1));
+    if (facts.file) {
+        return ReadDescribedMap(facts, mapFolder, name.value_or("?"));
+    }
+    return name ? ReadNumberedTiles(mapFolder, *name, LocalTime(facts.folder.lastWrite)) : nullptr;
+}
+
+/// Finds the description of the folder's map.
+void LookAtDescription(const std::wstring& mapFolder, FileTime now, MapFolder& facts,
+                       std::initializer_list<const wchar_t*> names) {
+    for (const wchar_t* name : names) {
+        facts.description = name;
+        facts.file = LookAtFile(mapFolder + L'\\' + name);
+        if (facts.file) {
+            facts.settled = facts.file->lastWrite + kCoarsestStep < now;
+            return;
+        }
+    }
+}
+
 /// Whether the map that was read still is what reading again would give. An unusable description
 /// never is: the file may have been locked.
 bool IsCurrent(const MapFolder& former, const MapFolder& now) {
     return former.map != nullptr && former.settled && former.folder == now.folder &&
-           former.file == now.file;
+           former.file == now.file && former.description == now.description;
 }
 
 std::vector<std::shared_ptr<const MapDescription>> UsableMaps(
@@ -90,7 +130,7 @@ std::shared_ptr<const MapLibrary> MakeLibrary(
     std::erase_if(maps, [&](const std::shared_ptr<const MapDescription>& map) {
         const auto [name, isFirst] = names.insert(map->info.strName);
         if (!isFirst) {
-            LogLine("map left out: '%s\\map.ini': [MAP] NAME: another map is called '%s'",
+            LogLine("map left out: the folder '%s': another map is called '%s'",
                     CString(map->folder.c_str()).GetString(), map->info.strName.GetString());
         }
         return !isFirst;
@@ -107,10 +147,24 @@ std::shared_ptr<const LibraryReading> ReadMapLibrary(const std::wstring& folder,
     if (!listed) {
         return nullptr;
     }
+    auto reading = std::make_shared<LibraryReading>();
+    MapFolder whole;
+    LookAtDescription(folder, start, whole, {kTileResource});
+    for (const FolderFacts& facts : *listed) {
+        whole.folder.lastWrite = std::max(whole.folder.lastWrite, facts.lastWrite);
+    }
+    // Numbered tiles have a folder for each zoom level and no other.
+    if (whole.file || listed->size() <= kDeepestAddressableLayer + 1) {
+        whole.map = ReadMap(whole, folder);
+    }
+    if (whole.map != nullptr) {
+        reading->library = MakeLibrary({whole.map});
+        reading->folders.push_back(std::move(whole));
+        return reading;
+    }
     static const LibraryReading nothing;
     const LibraryReading& before = former != nullptr ? *former : nothing;
     auto known = before.folders.begin();  // both are in the same order
-    auto reading = std::make_shared<LibraryReading>();
     reading->folders.reserve(listed->size());
     for (FolderFacts& facts : *listed) {
         while (known != before.folders.end() && ComesBefore(known->folder, facts)) {
@@ -119,15 +173,11 @@ std::shared_ptr<const LibraryReading> ReadMapLibrary(const std::wstring& folder,
         const std::wstring mapFolder = folder + L'\\' + facts.name;
         MapFolder& now = reading->folders.emplace_back();
         now.folder = std::move(facts);
-        now.file = LookAtFile(mapFolder + L'\\' + kDescriptionFile);
-        if (!now.file) {
-            continue;
-        }
-        now.settled = now.file->lastWrite + kCoarsestStep < start;
+        LookAtDescription(mapFolder, start, now, {kIniDescription, kTileResource});
         if (known != before.folders.end() && IsCurrent(*known, now)) {
             now.map = known->map;
         } else {
-            now.map = ReadMap(mapFolder, now.folder.name, *now.file);
+            now.map = ReadMap(now, mapFolder);
         }
     }
     auto maps = UsableMaps(reading->folders);

@@ -17,8 +17,9 @@ using MapLibrary = std::vector<std::shared_ptr<const MapDescription>>;
 /// A sub-folder of a library when its description was read.
 struct MapFolder {
     FolderFacts folder;
-    std::optional<FileFacts> file;              ///< map.ini, before it was read; none: no map
-    bool settled = false;                       ///< any later change of map.ini shows in `file`
+    std::wstring description;                   ///< the name of the file that describes the map
+    std::optional<FileFacts> file;              ///< of it, before it was read; none: not described
+    bool settled = false;                       ///< any later change of it shows in `file`
     std::shared_ptr<const MapDescription> map;  ///< null when there is none that can be used
 };
 
@@ -28,9 +29,10 @@ struct LibraryReading {
     std::shared_ptr<const MapLibrary> library;
 };
 
-/// Reads the map.ini of every sub-folder of `folder` (absolute). A sub-folder without one is no
-/// map; a map whose description is unusable, or whose name another one has, is left out with a
-/// line in the log. Null when the folder cannot be read.
+/// Reads the map of every sub-folder of `folder` (absolute): the one that its map.ini or
+/// tilemapresource.xml describes, or numbered tiles. Where the folder itself is one of the latter
+/// two, it is the only map. A map whose description is unusable, or whose name another one has, is
+/// left out with a line in the log. Null when the folder cannot be read.
 ///
 /// What has not changed since `former` (null: none) is taken from there and not opened. A change
 /// of a map.ini shows in its size, its times, or those of its folder; descriptions that were

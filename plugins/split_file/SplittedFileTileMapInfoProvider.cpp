@@ -27,19 +27,6 @@ TResult WithoutThrowing(TWork work) {
     return TResult{};
 }
 
-/// The file of one tile, if the tile belongs to the map's layer.
-std::optional<std::wstring> TileFile(const MapDescription& map, const tagTILE_MAP_LAYER_INFO& layer,
-                                     const TileAddress& address, const CString& key) {
-    if (address.layer != layer.nLayerNumber ||
-        address.column >= static_cast<std::uint32_t>(layer.nTileCountX) ||
-        address.row >= static_cast<std::uint32_t>(layer.nTileCountY)) {
-        return std::nullopt;
-    }
-    const std::optional<std::string> name =
-        map.tilePath.Expand(address, ViewOf(key), ViewOf(map.info.strTileFormat));
-    return name ? JoinUnder(map.folder, *name) : std::nullopt;
-}
-
 std::unique_ptr<tagTILE_IMAGE> ReadTile(const std::wstring& file, const TileAddress& address,
                                         const CString& key) {
     const auto bytes = ReadWholeFile(file, kLargestTileFile);
@@ -150,7 +137,11 @@ tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CSt
 std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
     const MapDescription& map, const tagTILE_MAP_LAYER_INFO& layer, const CString& key) {
     const std::optional<TileAddress> address = ParseTileKey(ViewOf(key));
-    const auto file = address ? TileFile(map, layer, *address, key) : std::nullopt;
+    if (!address || address->layer != layer.nLayerNumber) {
+        return {};
+    }
+    const std::optional<std::string> name = map.TileFile(*address, ViewOf(key));
+    const auto file = name ? JoinUnder(map.folder, *name) : std::nullopt;
     if (!file) {
         return {};
     }

@@ -12,7 +12,8 @@
 namespace Terrascope::Plugins {
 
 /// Serves maps whose tiles are image files in folders. The data path is a folder; each sub-folder
-/// with a map.ini is a map. See the README for the format.
+/// with a map.ini, with what GDAL's tiler writes, or with folders of numbered tiles is a map; so is
+/// the data path itself if it is one of the latter two. See the README for the formats.
 ///
 /// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
 /// Threads: every operation may run beside every other. No file is read under the lock.

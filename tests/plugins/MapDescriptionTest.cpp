@@ -43,7 +43,7 @@ TEST(MapDescription, FillsInWhatIsNotSaid) {
     EXPECT_EQ(1, layers[1].nTileCountY);
     EXPECT_EQ(4, layers[2].nTileCountY) << "counted from the first layer";
     EXPECT_EQ(32, layers[2].dZoomFactor);
-    EXPECT_EQ("2\\1\\1.jpg", reading.map->tilePath.Expand(*ParseTileKey("03"), "03", "jpg"));
+    EXPECT_EQ("2\\1\\1.jpg", reading.map->tilePath.Expand(2, {1, 1, 0}, "03", "jpg"));
     EXPECT_EQ(12, Read("MAP UPDATE_TIME=2024-12-31").map->info.stUpdateTime.wMonth);
     EXPECT_EQ(8, Read("MAP UPDATE_TIME=2024-5-6 7:08:9").map->info.stUpdateTime.wMinute);
 }

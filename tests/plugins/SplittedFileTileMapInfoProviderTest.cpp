@@ -109,8 +109,8 @@ TEST_F(SplitFile, ListsUsableMapsByFolderAndNamesTheOthersInTheLog) {
     EXPECT_THAT(MapNames(), ElementsAre("A", "b", "g"));
     EXPECT_EQ(4U, m_log.Lines().size()) << m_log.Text();
     for (const char* line :
-         {"c\\map.ini': [MAP] NAME: another map is called 'B'",
-          "d\\map.ini': [MAP] LAYER_COUNT: '2000000000' is not", "e\\map.ini': larger than 1 MiB",
+         {"c': another map is called 'B'", "d\\map.ini': [MAP] LAYER_COUNT: '2000000000' is not",
+          "e\\map.ini': larger than 1 MiB",
           "g\\map.ini': [LAYER_3] ZOOM_FACTOR: 128 makes tiles of 32768 x 86400 pixels, expected 1 "
           "to 67108864 pixels in all; the map ends with layer 2"}) {
         EXPECT_EQ(1, m_log.Count(line)) << m_log.Text();

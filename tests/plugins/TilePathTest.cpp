@@ -15,14 +15,14 @@ using namespace Terrascope::Plugins;
 std::string Expand(const std::string& pattern) {
     std::string reason;
     const auto parsed = TilePathTemplate::Parse(pattern, reason);
-    return parsed ? parsed->Expand(*ParseTileKey("0123"), "0123", "png").value_or("no such tile")
+    return parsed ? parsed->Expand(4, {5, 3, 12}, "0123", "png").value_or("no such tile")
                   : "refused: it " + reason;
 }
 
 TEST(TilePathTemplate, ExpandsFieldsAndRefusesWhatItCannotRead) {
-    // Key 0123: column 0101, row 0011 in binary.
     EXPECT_EQ("3\\5\\3.png", Expand("{layer-1}\\{column}\\{row:1}.{format}"));
     EXPECT_EQ("q0123/000003_13.jpg0x", Expand("q{key}/{row:6}_{row+10:2}.jpg{layer-4}x"));
+    EXPECT_EQ("12 011", Expand("{row-from-bottom} {row-from-bottom-1:3}"));
     EXPECT_EQ("no such tile", Expand("{row-4}"));
     EXPECT_EQ("refused: it has the unknown field '{zoom}'", Expand("{zoom}"));
     std::istringstream patterns(

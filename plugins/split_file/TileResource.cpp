@@ -1,0 +1,304 @@
+#include "plugins/split_file/TileResource.h"
+
+#include <shlwapi.h>
+#include <xmllite.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <string_view>
+
+#include "plugins/common/MapRemark.h"
+#include "plugins/common/SafePath.h"
+#include "terrascope/support/ComRef.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr double kMercatorHalf = 20037508.342789244;  // metres from the middle to the edge: pi x R
+constexpr double kRightAngle = 90;
+constexpr int kLargestTile = 8192;  // pixels
+constexpr std::size_t kMostLevels = 64;
+
+/// What the file has of use: each element's attributes as "Element.attribute", the texts of the
+/// elements as "Element", and of the tile sets the units of a pixel by level.
+struct Contents {
+    std::map<std::wstring, std::wstring> values;
+    std::map<int, double> unitsPerPixel;
+};
+
+std::optional<double> ParseReal(const std::wstring& text) {
+    std::string plain;
+    for (const wchar_t letter : text) {
+        plain += letter < 0x80 ? static_cast<char>(letter) : '?';
+    }
+    double value = 0;
+    const auto [end, error] = std::from_chars(plain.data(), plain.data() + plain.size(), value);
+    const bool isWhole = error == std::errc() && end == plain.data() + plain.size();
+    return isWhole && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+/// xmllite.dll has no import library for every compiler.
+HRESULT CreateReader(IXmlReader** reader) {
+    static const HMODULE library =
+        ::LoadLibraryExW(L"xmllite.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const auto create = reinterpret_cast<decltype(&::CreateXmlReader)>(reinterpret_cast<void*>(
+        library != nullptr ? ::GetProcAddress(library, "CreateXmlReader") : nullptr));
+    return create != nullptr
+               ? create(__uuidof(IXmlReader), reinterpret_cast<void**>(reader), nullptr)
+               : E_NOTIMPL;
+}
+
+/// The attributes of the element that the reader is at.
+std::map<std::wstring, std::wstring> AttributesAt(IXmlReader& reader) {
+    std::map<std::wstring, std::wstring> attributes;
+    for (HRESULT more = reader.MoveToFirstAttribute(); more == S_OK;
+         more = reader.MoveToNextAttribute()) {
+        const WCHAR* name = nullptr;
+        const WCHAR* value = nullptr;
+        if (SUCCEEDED(reader.GetLocalName(&name, nullptr)) &&
+            SUCCEEDED(reader.GetValue(&value, nullptr))) {
+            attributes[name] = value;
+        }
+    }
+    return attributes;
+}
+
+void Keep(Contents& contents, const std::wstring& element,
+          const std::map<std::wstring, std::wstring>& attributes) {
+    if (element == L"TileSet" && contents.unitsPerPixel.size() < kMostLevels) {
+        const auto order = attributes.find(L"order");
+        const auto units = attributes.find(L"units-per-pixel");
+        const auto level = order != attributes.end() ? ParseReal(order->second) : std::nullopt;
+        if (level && *level >= 0 && *level <= kDeepestAddressableLayer) {
+            contents.unitsPerPixel[static_cast<int>(*level)] =
+                units != attributes.end() ? ParseReal(units->second).value_or(0) : 0;
+        }
+        return;
+    }
+    for (const auto& [name, value] : attributes) {
+        contents.values[element + L'.' + name] = value;
+    }
+}
+
+/// Nothing when it is no well-formed XML. A document type is refused, so that no entity grows.
+std::optional<Contents> ReadContents(std::span<const std::uint8_t> file) {
+    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
+    IXmlReader* made = nullptr;
+    if (!stream || FAILED(CreateReader(&made))) {
+        return std::nullopt;
+    }
+    const CComRef<IXmlReader> reader(made);
+    if (FAILED(reader->SetInput(stream.Get()))) {
+        return std::nullopt;
+    }
+    Contents contents;
+    std::wstring element;
+    XmlNodeType type = XmlNodeType_None;
+    HRESULT result = S_OK;
+    while ((result = reader->Read(&type)) == S_OK) {
+        const WCHAR* text = nullptr;
+        if (type == XmlNodeType_Element && SUCCEEDED(reader->GetLocalName(&text, nullptr))) {
+            element = text;
+            Keep(contents, element, AttributesAt(*reader.Get()));
+        } else if (type == XmlNodeType_EndElement) {
+            element.clear();
+        } else if (type == XmlNodeType_Text && !element.empty() &&
+                   SUCCEEDED(reader->GetValue(&text, nullptr))) {
+            contents.values[element] += text;
+        }
+    }
+    return result == S_FALSE ? std::optional(std::move(contents)) : std::nullopt;
+}
+
+/// Reads values and remembers the first problem.
+class Values {
+public:
+    explicit Values(const Contents& contents) : m_contents(contents) {}
+
+    std::wstring Text(const wchar_t* name) const {
+        const auto found = m_contents.values.find(name);
+        return found != m_contents.values.end() ? found->second : std::wstring();
+    }
+    double Real(const wchar_t* name, double least, double most, double fallback) {
+        const std::wstring text = Text(name);
+        if (text.empty()) {
+            return fallback;
+        }
+        const auto value = ParseReal(text);
+        if (!value || *value < least || *value > most) {
+            Refuse(name, "is not a number that can be used");
+            return fallback;
+        }
+        return *value;
+    }
+    void Refuse(const wchar_t* key, const CString& reason) {
+        if (!m_problem) {
+            m_problem = MapProblem{"TileMap", CString(key), reason};
+        }
+    }
+    const std::optional<MapProblem>& Problem() const { return m_problem; }
+
+private:
+    const Contents& m_contents;
+    std::optional<MapProblem> m_problem;
+};
+
+/// The bounding box: of the pyramid's world where there is none.
+MapExtent ReadBox(Values& values, const MapExtent& world) {
+    constexpr double kFarthest = 1e9;
+    MapExtent box{values.Real(L"BoundingBox.minx", -kFarthest, kFarthest, world.west),
+                  values.Real(L"BoundingBox.miny", -kFarthest, kFarthest, world.south),
+                  values.Real(L"BoundingBox.maxx", -kFarthest, kFarthest, world.east),
+                  values.Real(L"BoundingBox.maxy", -kFarthest, kFarthest, world.north)};
+    if (!(box.west < box.east) || !(box.south < box.north)) {
+        values.Refuse(L"BoundingBox", "is empty");
+    }
+    return box;
+}
+
+/// Older tilers wrote latitudes where longitudes belong. It shows where one is beyond the pole.
+void SetDegreesRight(MapExtent& box) {
+    if (std::max(std::abs(box.south), std::abs(box.north)) > kRightAngle &&
+        std::max(std::abs(box.west), std::abs(box.east)) <= kRightAngle) {
+        std::swap(box.west, box.south);
+        std::swap(box.east, box.north);
+    }
+}
+
+/// The box of a mercator map in the units of MercatorWorld: the tiler writes degrees whatever the
+/// reference system is, others metres.
+MapExtent MercatorBox(MapExtent box) {
+    constexpr double kFullCircle = 360;
+    if (std::max({std::abs(box.west), std::abs(box.east), std::abs(box.south),
+                  std::abs(box.north)}) > kFullCircle) {
+        constexpr double kScale = 180 / kMercatorHalf;
+        return {box.west * kScale, box.south * kScale, box.east * kScale, box.north * kScale};
+    }
+    SetDegreesRight(box);
+    return {box.west, MercatorOrdinate(box.south), box.east, MercatorOrdinate(box.north)};
+}
+
+/// A pyramid of the map's own: its rows count from the south edge, and the tiles of the north and
+/// east edges reach beyond the picture.
+TilePyramid OwnPyramid(Values& values, const MapExtent& box, double unitsPerPixel,
+                       const tagTILE_MAP_INFO& info, int firstLayer) {
+    const double width = unitsPerPixel * info.nTileWidth;
+    const double height = unitsPerPixel * info.nTileHeight;
+    const double columns = std::ceil((box.east - box.west) / width - 1e-6);
+    const double rows = std::ceil((box.north - box.south) / height - 1e-6);
+    const double most = static_cast<double>(1U << firstLayer);
+    // Also what is no number.
+    if (!(unitsPerPixel > 0 && columns >= 1 && columns <= most && rows >= 1 && rows <= most)) {
+        values.Refuse(L"TileSet.units-per-pixel", "does not fit the bounding box");
+        return {};
+    }
+    return {{box.west, box.south, box.west + columns * width, box.south + rows * height},
+            static_cast<std::uint32_t>(columns),
+            static_cast<std::uint32_t>(rows),
+            firstLayer};
+}
+
+/// The levels from the first usable one that follow each other: first and count.
+std::pair<int, int> Levels(const Contents& contents, int least) {
+    const auto first = contents.unitsPerPixel.lower_bound(least);
+    int count = 0;
+    for (auto level = first; level != contents.unitsPerPixel.end(); ++level) {
+        if (level->first != first->first + count) {
+            break;
+        }
+        ++count;
+    }
+    return {count > 0 ? first->first : 0, count};
+}
+
+/// The plainest form of the names of tile files: letters and digits.
+bool IsExtension(const std::wstring& text) {
+    return !text.empty() && text.size() <= 5 &&
+           std::all_of(text.begin(), text.end(), [](wchar_t c) {
+               return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') ||
+                      (c >= L'0' && c <= L'9');
+           });
+}
+
+struct Profile {
+    bool isMercator = false;
+    bool isGeodetic = false;
+};
+
+Profile ReadProfile(Values& values) {
+    const std::wstring name = values.Text(L"TileSets.profile");
+    const Profile profile{name == L"mercator" || name == L"global-mercator",
+                          name == L"geodetic" || name == L"global-geodetic"};
+    if (!profile.isMercator && !profile.isGeodetic && name != L"raster" && name != L"local") {
+        values.Refuse(L"TileSets.profile", "is not mercator, geodetic or raster");
+    }
+    return profile;
+}
+
+}  // namespace
+
+MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& folderName,
+                            const SYSTEMTIME& updateTime) {
+    const std::optional<Contents> contents = ReadContents(file);
+    if (!contents) {
+        return {nullptr, {{"TileMap", "", "the file is no well-formed XML"}}};
+    }
+    Values values(*contents);
+    tagTILE_MAP_INFO info;
+    info.stUpdateTime = updateTime;
+    info.strName = ToNarrow(values.Text(L"Title")).value_or("").Trim();
+    if (info.strName.IsEmpty() || info.strName.GetLength() > kLongestMapName) {
+        info.strName = folderName;
+    }
+    info.nTileWidth = static_cast<int>(values.Real(L"TileFormat.width", 1, kLargestTile, 256));
+    info.nTileHeight = static_cast<int>(values.Real(L"TileFormat.height", 1, kLargestTile, 256));
+    const std::wstring extension = values.Text(L"TileFormat.extension");
+    if (!IsExtension(extension)) {
+        values.Refuse(L"TileFormat.extension", "is not the ending of a file name");
+    }
+    info.strTileFormat = CString(extension.c_str());
+    const Profile profile = ReadProfile(values);
+    const auto [level, count] = Levels(*contents, profile.isGeodetic ? 0 : 1);
+    if (count == 0) {
+        values.Refuse(L"TileSet.order", "there is no level that can be used");
+    }
+    const int firstLayer = profile.isGeodetic ? level + 1 : std::max(level, 1);
+    MapExtent box =
+        ReadBox(values, profile.isMercator ? MercatorWorld(1).extent : GeodeticWorld(1).extent);
+    TilePyramid pyramid;
+    if (profile.isMercator) {
+        pyramid = MercatorWorld(firstLayer);
+        box = MercatorBox(box);
+    } else if (profile.isGeodetic) {
+        pyramid = GeodeticWorld(firstLayer);
+        SetDegreesRight(box);
+    } else {
+        const auto units = contents->unitsPerPixel.find(level);
+        pyramid =
+            OwnPyramid(values, box, units != contents->unitsPerPixel.end() ? units->second : 0,
+                       info, firstLayer);
+    }
+    const int layers = std::min(count, kDeepestAddressableLayer + 1 - firstLayer);
+    const std::optional<TileGrid> grid = TileGrid::Crop(pyramid, box, layers);
+    if (!grid) {
+        values.Refuse(L"BoundingBox", "holds no tile of the first level");
+    }
+    if (values.Problem()) {
+        return {nullptr, {*values.Problem()}};
+    }
+    std::string reason;
+    auto tilePath = TilePathTemplate::Parse(profile.isGeodetic
+                                                ? "{layer-1}\\{column}\\{row-from-bottom}.{format}"
+                                                : "{layer}\\{column}\\{row-from-bottom}.{format}",
+                                            reason);
+    info.strRemark =
+        MapRemark(ToNarrow(values.Text(L"Abstract")).value_or(""), profile.isMercator, "");
+    grid->Describe(info);
+    return {std::make_unique<MapDescription>(
+                MapDescription{{}, info, grid->Layers(info), *std::move(tilePath), *grid}),
+            {}};
+}
+
+}  // namespace Terrascope::Plugins
