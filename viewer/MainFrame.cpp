@@ -1,12 +1,16 @@
 #include "viewer/MainFrame.h"
 
 #include <commctrl.h>
+#include <commdlg.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <iterator>
 
 #include "terrascope/api/MapAssistant.h"
 #include "viewer/AboutDlg.h"
+#include "viewer/LibraryFolder.h"
+#include "viewer/MapRecords.h"
 #include "viewer/Settings.h"
 #include "viewer/resource.h"
 
@@ -39,9 +43,11 @@ ON_WM_SETFOCUS()
 ON_WM_GETMINMAXINFO()
 ON_COMMAND_RANGE(ID_TOOL_ARROW, ID_TOOL_PAN, &CMainFrame::OnTool)
 ON_COMMAND_RANGE(ID_LAYER_FINER, ID_LAYER_WHOLE, &CMainFrame::OnLayer)
-ON_COMMAND(ID_MAP_OPEN, &CMainFrame::OnMapOpen)
+ON_COMMAND(ID_FILE_OPEN_MAPS, &CMainFrame::OnFileOpen)
+ON_COMMAND(ID_MAP_CHOOSE, &CMainFrame::OnMapChoose)
 ON_COMMAND(ID_MAP_EXIT, &CMainFrame::OnMapExit)
 ON_COMMAND(ID_APP_INFO, &CMainFrame::OnAppInfo)
+ON_MESSAGE(WM_DROPFILES, &CMainFrame::OnDropFiles)
 END_MESSAGE_MAP()
 
 bool CMainFrame::MakeWindow(PixelSize viewSize) {
@@ -51,6 +57,7 @@ bool CMainFrame::MakeWindow(PixelSize viewSize) {
         return false;
     }
     m_view.SetStatusListener([this] { ShowStatus(); });
+    ::DragAcceptFiles(m_hWnd, TRUE);
     LayOut();
     ResizeView(viewSize);
     ShowStatus();
@@ -80,6 +87,73 @@ bool CMainFrame::CreateBars() {
     return true;
 }
 
+bool CMainFrame::UseData(const DataSource& source, std::string& error) {
+    std::string settings;
+    const std::string named = ProviderOfSettings(source.role, settings);
+    Terrascope::CMapAssistant::SetTileMapInfoProvider(source.role.c_str(), source.name.c_str(),
+                                                      source.path.c_str());
+    if (_stricmp(source.role.c_str(), "LOCAL") == 0) {
+        m_local = source;
+    }
+    if (!named.empty()) {
+        error = "\"" + settings + "\" names " + named;
+    }
+    return named.empty();
+}
+
+bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std::string& error) {
+    const auto source = FindMapSource(path, error);
+    if (!source) {
+        return false;
+    }
+    const DataSource former = m_local;
+    MapChoice choice = wanted;
+    if (choice.map.empty()) {
+        choice.map = source->map;
+    }
+    std::string reason;
+    if (!UseData(source->data, reason)) {
+        reason += ", which wins over it";
+    } else if (ShowMapOfSource(choice, reason)) {
+        return true;
+    }
+    if (!reason.empty()) {
+        error = "\"" + path + "\" is not opened: " + reason;
+    }
+    UseData(former, reason);
+    return false;
+}
+
+bool CMainFrame::ShowMapOfSource(const MapChoice& wanted, std::string& error) {
+    const std::vector<MapRecord> maps = ReadMaps();
+    if (maps.empty()) {
+        error = "it has no map that can be shown; see the logs in \"";
+        error += BesideLibrary("log").GetString();
+        error += '"';
+        return false;
+    }
+    MapChoice choice = wanted;
+    if (choice.map.empty() && (m_isScripted || maps.size() == 1)) {
+        choice.map = maps.front().name;
+    }
+    return choice.map.empty() ? ChooseMap() : Open(choice, error);
+}
+
+void CMainFrame::OpenFileOfUser(const std::string& path, const MapChoice& wanted) {
+    std::string error;
+    if (!OpenFile(path, wanted, error) && !error.empty()) {
+        ShowProblem(error);
+    }
+}
+
+void CMainFrame::ShowProblem(const std::string& text) {
+    if (m_isScripted) {
+        m_problem = text;
+    } else {
+        MessageBox(text.c_str(), "Terrascope Viewer", MB_OK | MB_ICONWARNING);
+    }
+}
+
 bool CMainFrame::Open(const MapChoice& choice, std::string& error) {
     m_view.ResetStatistics();
     if (!m_view.OpenMap(choice.map.c_str(), choice.firstLayerScale)) {
@@ -95,6 +169,13 @@ bool CMainFrame::Open(const MapChoice& choice, std::string& error) {
     if (choice.center) {
         m_view.ShowCenter(*choice.center);
     }
+    const CString opened = m_view.Display()->GetMapName();
+    m_view.SetAttribution("");
+    for (const MapRecord& record : ReadMaps()) {
+        if (opened.CompareNoCase(record.name.c_str()) == 0) {
+            m_view.SetAttribution(AttributionOf(record.remark));
+        }
+    }
     SetWindowText((choice.map + " - Terrascope Viewer").c_str());
     return true;
 }
@@ -104,19 +185,20 @@ std::string CMainFrame::LayerRangeText() {
     return "layers " + std::to_string(first) + " to " + std::to_string(last);
 }
 
-void CMainFrame::ChooseMap() {
+bool CMainFrame::ChooseMap() {
     CString name = LoadLastMap();
     int layer = 0;
     double scale = 1.0;
     if (Terrascope::CMapAssistant::SelectMap(name, layer, scale) == 0) {
-        return;
+        return false;
     }
     std::string error;
-    if (Open({name.GetString(), layer, std::nullopt, scale}, error)) {
-        SaveLastMap(name);
-    } else {
-        MessageBox(error.c_str(), "Terrascope Viewer", MB_OK | MB_ICONWARNING);
+    if (!Open({name.GetString(), layer, std::nullopt, scale}, error)) {
+        ShowProblem(error);
+        return false;
     }
+    SaveLastMap(name);
+    return true;
 }
 
 void CMainFrame::ResizeView(PixelSize size) {
@@ -191,9 +273,15 @@ void CMainFrame::SetStatusText(int part, const CString& text) {
 }
 
 BOOL CMainFrame::PreTranslateMessage(MSG* message) {
-    if (message->message == WM_KEYDOWN && message->wParam == 'O' && GetKeyState(VK_CONTROL) < 0) {
-        PostMessage(WM_COMMAND, ID_MAP_OPEN);
-        return TRUE;
+    static constexpr std::pair<WPARAM, WPARAM> kShortcuts[] = {{'O', ID_FILE_OPEN_MAPS},
+                                                               {'M', ID_MAP_CHOOSE}};
+    if (message->message == WM_KEYDOWN && GetKeyState(VK_CONTROL) < 0) {
+        for (const auto& [key, command] : kShortcuts) {
+            if (message->wParam == key) {
+                PostMessage(WM_COMMAND, command);
+                return TRUE;
+            }
+        }
     }
     return CFrameWnd::PreTranslateMessage(message);
 }
@@ -216,8 +304,33 @@ void CMainFrame::OnLayer(UINT command) {
     m_view.StepLayer(command == ID_LAYER_FINER ? 1 : -1, client.CenterPoint());
 }
 
-void CMainFrame::OnMapOpen() {
+void CMainFrame::OnFileOpen() {
+    char path[1024] = "";
+    OPENFILENAMEA dialog = {};
+    dialog.lStructSize = sizeof(dialog);
+    dialog.hwndOwner = m_hWnd;
+    dialog.lpstrFilter =
+        "Maps\0*.mbtiles;*.gpkg;*.pmtiles;map.ini;tilemapresource.xml\0All files\0*.*\0";
+    dialog.lpstrFile = path;
+    dialog.nMaxFile = sizeof(path);
+    dialog.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    if (::GetOpenFileNameA(&dialog)) {
+        OpenFileOfUser(path);
+    }
+}
+
+void CMainFrame::OnMapChoose() {
     ChooseMap();
+}
+
+LRESULT CMainFrame::OnDropFiles(WPARAM drop, LPARAM) {
+    const auto files = reinterpret_cast<HDROP>(drop);
+    const UINT length = ::DragQueryFileA(files, 0, nullptr, 0);
+    std::string path(length + 1, '\0');
+    path.resize(::DragQueryFileA(files, 0, path.data(), length + 1));
+    ::DragFinish(files);
+    OpenFileOfUser(path);
+    return 0;
 }
 
 void CMainFrame::OnMapExit() {

@@ -4,13 +4,16 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "viewer/MapSource.h"
 #include "viewer/MapView.h"
 #include "viewer/TextValues.h"
 
 namespace Viewer {
 
-/// What to show; the layer's default is the map's first, the centre's the middle of the map.
+/// What to show; no name is any map, the layer's default is the map's first, the centre's the
+/// middle of the map.
 struct MapChoice {
     std::string map;
     std::optional<int> layer;
@@ -29,6 +32,23 @@ public:
 
     CMapView& View() { return m_view; }
 
+    /// Chooses a provider for the library. False when Terrascope.ini names another one, which wins;
+    /// `error` is then one line that names the file.
+    bool UseData(const DataSource& source, std::string& error);
+
+    /// Opens a map of a file or folder: the wanted one; without a name the only one, or the one
+    /// that the user chooses. Else `error` is one line about what is wrong (empty when the user
+    /// chose none), and what was shown stays.
+    bool OpenFile(const std::string& path, const MapChoice& wanted, std::string& error);
+
+    /// The same, and shows what is wrong.
+    void OpenFileOfUser(const std::string& path, const MapChoice& wanted = {});
+
+    /// No user is there: nothing asks and no message is shown. Of several maps the first is opened.
+    void SetScripted() { m_isScripted = true; }
+    /// What a message would have said since the last call.
+    std::string TakeProblem() { return std::exchange(m_problem, {}); }
+
     /// Opens a map; else `error` is one line about what is wrong, and what was shown stays.
     bool Open(const MapChoice& choice, std::string& error);
 
@@ -38,8 +58,8 @@ public:
     /// "layers 1 to 4" of the open map.
     std::string LayerRangeText();
 
-    /// Lets the user choose a map in the library's dialog and shows it.
-    void ChooseMap();
+    /// Lets the user choose a map in the library's dialog and shows it; false when none is shown.
+    bool ChooseMap();
 
 protected:
     afx_msg void OnSize(UINT type, int cx, int cy);
@@ -47,7 +67,9 @@ protected:
     afx_msg void OnGetMinMaxInfo(MINMAXINFO* info);
     afx_msg void OnTool(UINT command);
     afx_msg void OnLayer(UINT command);
-    afx_msg void OnMapOpen();
+    afx_msg void OnFileOpen();
+    afx_msg void OnMapChoose();
+    afx_msg LRESULT OnDropFiles(WPARAM drop, LPARAM);
     afx_msg void OnMapExit();
     afx_msg void OnAppInfo();
     BOOL PreTranslateMessage(MSG* message) override;
@@ -59,7 +81,13 @@ private:
     void ShowStatus();
     void SetStatusText(int part, const CString& text);
 
+    bool ShowMapOfSource(const MapChoice& wanted, std::string& error);
+    void ShowProblem(const std::string& text);
+
     CMapView m_view;
+    DataSource m_local{"LOCAL", "", ""};  ///< the provider that was chosen last
+    bool m_isScripted = false;
+    std::string m_problem;
     CWnd m_toolbar;
     CWnd m_status;
     CString m_statusTexts[4];

@@ -15,6 +15,8 @@ using Terrascope::CPointF;
 using Terrascope::MapToolKind;
 
 constexpr COLORREF kBackground = RGB(0xD8, 0xDE, 0xE4);
+constexpr COLORREF kAttributionPlate = RGB(0xF4, 0xF4, 0xF4);
+constexpr COLORREF kAttributionText = RGB(0x30, 0x30, 0x30);
 constexpr double kQuietMs = 700;
 
 LONGLONG Now() {
@@ -251,14 +253,45 @@ void CMapView::Paint(const CRect& area) {
     dc.IntersectClipRect(&area);
     // The map is transparent where it has no tiles.
     dc.FillSolidRect(&area, kBackground);
-    if (m_display != nullptr) {
+    if (m_display == nullptr) {
+        return;
+    }
+    {
         // The display draws in its logical units: 1000 of them are this many pixels.
+        const int unscaled = dc.SaveDC();
+        const ScopeEnd drawn([&dc, unscaled] { dc.RestoreDC(unscaled); });
         const int pixels = static_cast<int>(std::lround(CMapAssistant::LPToDP(1000.0F)));
         dc.SetMapMode(MM_ANISOTROPIC);
         dc.SetWindowExt(1000, 1000);
         dc.SetViewportExt(pixels, pixels);
         m_display->Draw(&dc);
     }
+    PaintAttribution(dc);
+}
+
+void CMapView::SetAttribution(const std::string& text) {
+    m_attribution = text;
+    Invalidate(FALSE);
+}
+
+void CMapView::PaintAttribution(CDC& dc) {
+    if (m_attribution.empty()) {
+        return;
+    }
+    constexpr int kMargin = 4;  // pixels
+    constexpr UINT kFormat = DT_SINGLELINE | DT_NOPREFIX;
+    ::SelectObject(dc.GetSafeHdc(), ::GetStockObject(DEFAULT_GUI_FONT));
+    const auto length = static_cast<int>(m_attribution.size());
+    const CSize view = m_frame.Size();
+    CRect text(0, 0, 0, 0);
+    ::DrawTextA(dc.GetSafeHdc(), m_attribution.c_str(), length, &text, kFormat | DT_CALCRECT);
+    const int width = std::min(static_cast<int>(view.cx), text.Width() + 2 * kMargin);
+    const CRect plate(view.cx - width, view.cy - text.Height() - kMargin, view.cx, view.cy);
+    dc.FillSolidRect(&plate, kAttributionPlate);
+    dc.SetTextColor(kAttributionText);
+    text =
+        CRect(plate.left + kMargin, plate.top + kMargin / 2, plate.right - kMargin, plate.bottom);
+    ::DrawTextA(dc.GetSafeHdc(), m_attribution.c_str(), length, &text, kFormat | DT_END_ELLIPSIS);
 }
 
 bool CMapView::SavePicture(const CString& file) {

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "terrascope/api/ITerrascope.h"
 #include "viewer/FrameBuffer.h"
@@ -56,6 +57,9 @@ public:
     /// Moves the view by tenths of its size, x to the east, y to the north.
     void MoveByTenths(int x, int y);
 
+    /// A line that is shown over the map, in the lower right corner; empty: none.
+    void SetAttribution(const std::string& text);
+
     /// Null before the first OpenMap.
     Terrascope::ITerrascope* Display() { return m_display.get(); }
 
@@ -93,6 +97,7 @@ protected:
 
 private:
     void Paint(const CRect& area);
+    void PaintAttribution(CDC& dc);
     bool IsCovered();
     void EndPress();
     MapPoint Center();
@@ -102,6 +107,7 @@ private:
     CFrameBuffer m_frame;
     Terrascope::MapToolKind m_tool = Terrascope::MapToolKind::Pan;
     std::function<void()> m_listener;
+    std::string m_attribution;
     bool m_pressed = false;  ///< the button went down in the view and has not come up
     CPoint m_lastPoint{0, 0};
     int m_wheel = 0;  ///< wheel movement that is not yet a whole notch

@@ -2,9 +2,7 @@
 
 #include <cstdlib>
 
-#include "terrascope/api/MapAssistant.h"
 #include "viewer/Console.h"
-#include "viewer/LibraryFolder.h"
 #include "viewer/MainFrame.h"
 #include "viewer/script/ScriptedRun.h"
 
@@ -15,20 +13,6 @@ CViewerApp g_app;
 
 constexpr int kExitWrong = 2;
 constexpr PixelSize kDefaultSize = {1024, 640};
-
-/// Chooses the provider of --data; prints a line when the library's settings win over it.
-void Choose(const DataSource& source) {
-    const CString settings = BesideLibrary("Terrascope.ini");
-    char named[256] = "";
-    GetPrivateProfileStringA("TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE", source.role.c_str(), "", named,
-                             sizeof(named), settings);
-    if (named[0] != '\0') {
-        PrintError("--data " + source.role + " is not used: \"" + settings.GetString() +
-                   "\" names " + named);
-    }
-    Terrascope::CMapAssistant::SetTileMapInfoProvider(source.role.c_str(), source.name.c_str(),
-                                                      source.path.c_str());
-}
 
 }  // namespace
 
@@ -64,13 +48,22 @@ bool CViewerApp::Start(std::string& error) {
         Print(m_options.help ? OptionsHelp() : "TerrascopeViewer " VIEWER_VERSION "\n");
         return false;
     }
-    for (const DataSource& source : m_options.data) {
-        Choose(source);
-    }
     auto* frame = new CMainFrame;  // deletes itself with its window
     m_pMainWnd = frame;
     if (!frame->MakeWindow(m_options.size.value_or(kDefaultSize))) {
         error = "the window could not be made";
+        return false;
+    }
+    for (const DataSource& source : m_options.data) {
+        std::string reason;
+        if (!frame->UseData(source, reason)) {
+            PrintError("--data " + source.role + " is not used: " + reason);
+        }
+    }
+    if (m_options.IsScripted()) {
+        frame->SetScripted();
+    }
+    if (m_options.list && !m_options.file.empty() && !frame->OpenFile(m_options.file, {}, error)) {
         return false;
     }
     return m_options.list ? PrintMaps(*frame, error) && false : ShowMap(*frame, error);
@@ -78,15 +71,20 @@ bool CViewerApp::Start(std::string& error) {
 
 bool CViewerApp::ShowMap(CMainFrame& frame, std::string& error) {
     const MapChoice choice = {m_options.map, m_options.layer, m_options.center};
-    if (!choice.map.empty() && !frame.Open(choice, error)) {
+    const bool isFile = !m_options.file.empty();
+    const bool asksUser = !m_options.IsScripted() && (isFile || choice.map.empty());
+    if (!asksUser &&
+        !(isFile ? frame.OpenFile(m_options.file, choice, error) : frame.Open(choice, error))) {
         return false;
     }
     frame.ShowWindow(m_options.IsScripted() ? SW_SHOWNOACTIVATE : m_nCmdShow);
     frame.UpdateWindow();
+    if (asksUser && isFile) {
+        frame.OpenFileOfUser(m_options.file, choice);
+    } else if (asksUser) {
+        frame.ChooseMap();
+    }
     if (!m_options.IsScripted()) {
-        if (choice.map.empty()) {
-            frame.ChooseMap();
-        }
         return true;
     }
     if (!m_options.tourFile.empty() && !PlayTour(frame, m_options, error)) {

@@ -90,6 +90,10 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
     ViewerOptions options;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string& name = arguments[i];
+        if (!name.starts_with('-') && options.file.empty()) {
+            options.file = name;
+            continue;
+        }
         const auto option =
             std::find_if(AllOptions().begin(), AllOptions().end(),
                          [&name](const Option& candidate) { return candidate.name == name; });
@@ -111,8 +115,9 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
             return std::nullopt;
         }
     }
-    if (options.map.empty() && (options.layer || options.center || !options.snapshotFile.empty() ||
-                                !options.tourFile.empty())) {
+    if (options.map.empty() && options.file.empty() &&
+        (options.layer || options.center || !options.snapshotFile.empty() ||
+         !options.tourFile.empty())) {
         error = "name a map with --map NAME; --list prints the names";
         return std::nullopt;
     }
@@ -120,8 +125,9 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
 }
 
 std::string_view OptionsHelp() {
-    return R"(TerrascopeViewer [options]: shows tiled raster maps.
-  --map NAME          opens this map; without it a dialog lets you choose
+    return R"(TerrascopeViewer [options] [FILE]: shows tiled raster maps.
+  FILE                an MBTiles, GeoPackage or PMTiles file, a folder of them, or a folder of maps
+  --map NAME          opens this map; without it that of FILE, or a dialog lets you choose
   --layer N           shows this layer of the map, else the first
   --center X,Y        puts this map point in the middle
   --size WxH          makes the map view this many pixels
@@ -137,7 +143,7 @@ std::string_view OptionsHelp() {
 Tour steps, one a line, # begins a comment:
   tool arrow|zoomin|zoomout|pan    drag X1,Y1 X2,Y2 [moves]    click X,Y    wheel STEPS X,Y
   key left|right|up|down|home|+|-|1|2|3|4    layer N    center X,Y    size WxH
-  wait    frames N    snapshot FILE
+  wait    frames N    snapshot FILE    drop FILE
 Exit code 0, or 2 after one line on standard error that says what is wrong.
 )";
 }

@@ -5,22 +5,17 @@
 #include <string_view>
 #include <vector>
 
+#include "viewer/MapSource.h"
 #include "viewer/TextValues.h"
 
 namespace Viewer {
-
-/// A provider for a role, as CMapAssistant::SetTileMapInfoProvider takes it.
-struct DataSource {
-    std::string role;
-    std::string name;
-    std::string path;
-};
 
 /// What the command line asks for. Texts are in the program's code page.
 struct ViewerOptions {
     bool help = false;
     bool version = false;
     bool list = false;
+    std::string file;  ///< the file or folder to open
     std::string map;
     std::optional<int> layer;
     std::optional<MapPoint> center;

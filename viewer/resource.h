@@ -11,9 +11,10 @@
 #define ID_STATUS 2002
 #define ID_TOOLS 2003
 
-#define ID_MAP_OPEN 3001
-#define ID_MAP_EXIT 3002
-#define ID_APP_INFO 3003
+#define ID_FILE_OPEN_MAPS 3001
+#define ID_MAP_CHOOSE 3002
+#define ID_MAP_EXIT 3003
+#define ID_APP_INFO 3004
 
 // In the order of the tool kinds.
 #define ID_TOOL_ARROW 3010

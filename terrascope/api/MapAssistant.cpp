@@ -45,6 +45,13 @@ void CMapAssistant::SetTileMapInfoProvider(const CString& type, const CString& n
     CTileMapInfoProviderPluginKernel::GetInstance().SetProvider(type, name, dataPath);
 }
 
+std::list<tagTILE_MAP_INFO*> CMapAssistant::GetMapList() {
+    SetUpModuleLog();
+    CTileMapInfoProviderWrapper wrapper;
+    wrapper.SelectProvider();
+    return wrapper.GetMapList();
+}
+
 bool CMapAssistant::UpdateMapLib(bool flag) {
     SetUpModuleLog();
     CTileMapInfoProviderWrapper wrapper;

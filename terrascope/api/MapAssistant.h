@@ -2,8 +2,11 @@
 
 #include <afxwin.h>
 
+#include <list>
+
 #include "terrascope/api/ITerrascope.h"
 #include "terrascope/display/Export.h"
+#include "terrascope/providers/TileMapRecords.h"
 #include "terrascope/support/PointF.h"
 
 namespace Terrascope {
@@ -37,6 +40,10 @@ public:
     /// ignored.
     static void SetTileMapInfoProvider(const CString& type, const CString& name,
                                        const CString& dataPath);
+
+    /// The maps that the configured provider offers, in its order: what the dialog of SelectMap
+    /// lists. The caller deletes the records.
+    static std::list<tagTILE_MAP_INFO*> GetMapList();
 
     /// Has the configured provider refresh its library of maps; the provider's answer, false
     /// without a provider.

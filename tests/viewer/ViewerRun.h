@@ -78,9 +78,13 @@ inline RunResult RunViewer(const TinyMap& map, const std::vector<std::string>& a
                         static_cast<int>(wide.size()));
 
     SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
-    const auto open = [&](const char* name, const std::string& content) {
-        return CreateFileA(folder.WriteFile(name, content).c_str(), GENERIC_READ | GENERIC_WRITE,
-                           FILE_SHARE_READ, &inherit, OPEN_EXISTING, 0, nullptr);
+    // The first run may start Wine's desktop, which holds on to standard error.
+    static int runs = 0;
+    const std::string run = std::to_string(++runs);
+    const auto open = [&](const std::string& name, const std::string& content) {
+        return CreateFileA(folder.WriteFile(name + run, content).c_str(),
+                           GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, &inherit, OPEN_EXISTING,
+                           0, nullptr);
     };
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
@@ -101,8 +105,8 @@ inline RunResult RunViewer(const TinyMap& map, const std::vector<std::string>& a
                                 process.hThread, process.hProcess}) {
         CloseHandle(handle);
     }
-    result.output = folder.ReadFile("output");
-    result.errors = folder.ReadFile("errors");
+    result.output = folder.ReadFile("output" + run);
+    result.errors = folder.ReadFile("errors" + run);
     return result;
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "terrascope/support/GdiPlus.h"
 #include "terrascope/support/GdiplusSession.h"
@@ -87,6 +88,34 @@ TEST_F(ViewerRun, PlaysATourFromStandardInput) {
         << "still the former layer, scaled";
 }
 
+TEST_F(ViewerRun, OpensFilesAndFolders) {
+    const std::string folder = m_map.Folder().Path();
+    std::ofstream(folder + "\\tiny\\map.ini", std::ios::app) << "[MAP]\nATTRIBUTION=(c) All\n";
+    for (const std::string& file : {folder, folder + "\\tiny", std::string("tiny\\map.ini")}) {
+        const RunResult run = RunViewer(m_map, {"--size", "128x64", "--layer", "2", "--center",
+                                                "0,0", "--snapshot", "picture.png", file});
+        EXPECT_EQ(0U, run.exitCode) << run.errors;
+        const std::vector<COLORREF> pixels = Pixels("picture.png");
+        ASSERT_EQ(128U * 64, pixels.size());
+        EXPECT_EQ(TinyMap::TileColor(2, 1, 0), pixels[0]);
+        EXPECT_EQ(TinyMap::TileColor(2, 1, 1), pixels[63 * 128]) << "left of the attribution";
+        EXPECT_EQ(RGB(0xF4, 0xF4, 0xF4), pixels.back()) << "the attribution's plate";
+    }
+    // What cannot be opened leaves the map as it was.
+    m_map.Folder().WriteFile("empty.mbtiles", std::string("SQLite format 3\0", 16));
+    const struct {
+        const char *file, *reason;
+    } refused[] = {{"tiny\\1_0_0", "\"tiny\\1_0_0\" is no map: expected an MBTiles"},
+                   {"nowhere", "there is no file or folder \"nowhere\""},
+                   {"empty.mbtiles", "it has no map that can be shown; see the logs in"}};
+    for (const auto& [file, reason] : refused) {
+        const RunResult run = RunViewer(m_map, {"--map", TinyMap::kName, "--tour", "-"},
+                                        std::string("drop tiny\ndrop ") + file + "\n");
+        EXPECT_THAT(run.errors, HasSubstr(std::string("tour line 2: "))) << file;
+        EXPECT_THAT(run.errors, HasSubstr(reason));
+    }
+}
+
 TEST_F(ViewerRun, EndsWithOneLineThatSaysWhatToDo) {
     const std::string tiny = TinyMap::kName;
     const struct {
@@ -129,6 +158,9 @@ TEST_F(ViewerRun, ListsTheMapsAndSaysWhichFileOverridesTheDataOption) {
                 testing::StartsWith("TerrascopeViewer: --data LOCAL is not used: \"" + app +
                                     "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider\n"
                                     "TerrascopeViewer: no maps"));
+    EXPECT_THAT(RunViewer(m_map, {"--list", "tiny"}, "", app).errors,
+                HasSubstr("\"tiny\" is not opened: \"" + app +
+                          "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider, which wins"));
 }
 
 }  // namespace

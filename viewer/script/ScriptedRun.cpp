@@ -6,9 +6,9 @@
 
 #include "viewer/Console.h"
 #include "viewer/MainFrame.h"
+#include "viewer/MapRecords.h"
 #include "viewer/ScopeEnd.h"
 #include "viewer/script/JsonLine.h"
-#include "viewer/script/MapList.h"
 #include "viewer/script/PictureWait.h"
 #include "viewer/script/TourPlayer.h"
 
@@ -43,12 +43,12 @@ std::optional<std::string> ReadScript(const std::string& name) {
 }  // namespace
 
 bool PrintMaps(CMainFrame& frame, std::string& error) {
-    const std::vector<std::string> names = ReadMapNames();
-    if (names.empty()) {
+    const std::vector<MapRecord> maps = ReadMaps();
+    if (maps.empty()) {
         error = "no maps: name a provider and its data path in Terrascope.ini or with --data";
         return false;
     }
-    for (const std::string& name : names) {
+    for (const auto& [name, remark] : maps) {
         if (!frame.View().OpenMap(name.c_str(), 1.0)) {
             continue;
         }

@@ -1,6 +1,9 @@
 #include "viewer/script/TourPlayer.h"
 
+#include <shlobj.h>
+
 #include <chrono>
+#include <cstring>
 
 #include "viewer/Console.h"
 #include "viewer/MainFrame.h"
@@ -125,6 +128,21 @@ std::string CTourPlayer::Act(const SnapshotStep& step) {
     return m_frame.View().SavePicture(step.file.c_str())
                ? ""
                : "cannot write \"" + step.file + "\"; choose a file in an existing folder";
+}
+
+std::string CTourPlayer::Act(const DropStep& step) {
+    // The window receives what the shell would send it, and frees it.
+    const DROPFILES header = {sizeof(DROPFILES), {0, 0}, FALSE, FALSE};
+    const HGLOBAL block = ::GlobalAlloc(GHND, sizeof(header) + step.file.size() + 2);
+    void* bytes = block != nullptr ? ::GlobalLock(block) : nullptr;
+    if (bytes == nullptr) {
+        return "no memory";
+    }
+    std::memcpy(bytes, &header, sizeof(header));
+    std::memcpy(static_cast<char*>(bytes) + sizeof(header), step.file.data(), step.file.size());
+    ::GlobalUnlock(block);
+    m_frame.SendMessage(WM_DROPFILES, reinterpret_cast<WPARAM>(block));
+    return m_frame.TakeProblem();
 }
 
 void CTourPlayer::SendMouse(UINT message, WPARAM keys, PixelPoint at) {

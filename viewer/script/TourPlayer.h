@@ -38,6 +38,7 @@ private:
     std::string Act(const WaitStep& step);
     std::string Act(const FramesStep& step);
     std::string Act(const SnapshotStep& step);
+    std::string Act(const DropStep& step);
 
     void SendMouse(UINT message, WPARAM keys, PixelPoint at);
 

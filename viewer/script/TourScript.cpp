@@ -110,7 +110,7 @@ struct Verb {
 using Text = std::string_view;
 using Action = std::optional<TourAction>;
 
-constexpr std::array<Verb, 11> kVerbs = {{
+constexpr std::array<Verb, 12> kVerbs = {{
     {"tool", "tool arrow|zoomin|zoomout|pan", ParseTool},
     {"drag", "drag X1,Y1 X2,Y2 [moves]", ParseDrag},
     {"click", "click X,Y", [](Text rest) { return StepOf<ClickStep>(ParsePixelPoint(rest)); }},
@@ -123,6 +123,8 @@ constexpr std::array<Verb, 11> kVerbs = {{
     {"frames", "frames N", [](Text rest) { return StepOf<FramesStep>(ParseInt(rest, 1, 100000)); }},
     {"snapshot", "snapshot FILE",
      [](Text rest) { return rest.empty() ? Action() : Action(SnapshotStep{std::string(rest)}); }},
+    {"drop", "drop FILE",
+     [](Text rest) { return rest.empty() ? Action() : Action(DropStep{std::string(rest)}); }},
 }};
 
 std::optional<TourAction> ParseStep(std::string_view text, std::string& expected) {

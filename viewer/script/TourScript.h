@@ -52,8 +52,13 @@ struct SnapshotStep {
     std::string file;
 };
 
+/// A file or folder that is dropped on the window.
+struct DropStep {
+    std::string file;
+};
+
 using TourAction = std::variant<ToolStep, DragStep, ClickStep, WheelStep, KeyStep, LayerStep,
-                                CenterStep, SizeStep, WaitStep, FramesStep, SnapshotStep>;
+                                CenterStep, SizeStep, WaitStep, FramesStep, SnapshotStep, DropStep>;
 
 struct TourStep {
     int line;          ///< counted from 1
