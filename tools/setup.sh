@@ -23,6 +23,7 @@ needed=(
     /usr/include/spdlog/spdlog.h libspdlog-dev
     /usr/include/fmt/core.h libfmt-dev
     /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+    /usr/x86_64-w64-mingw32/lib/libz.a libz-mingw-w64-dev
     /usr/src/googletest/CMakeLists.txt googletest
     /usr/share/i18n/locales/zh_CN locales
     /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf fonts-dejavu-core
@@ -48,6 +49,9 @@ case "${1:-}" in
     *) fail "unknown option $1; there are --check and --pictures" ;;
 esac
 
+# npm brings SQLite, once.
+[ -e "$root/build/third-party/sqlite/fetched" ] || needed+=(/usr/bin/npm npm)
+
 missing=()
 for ((i = 0; i < ${#needed[@]}; i += 2)); do
     [ -e "${needed[i]}" ] || missing+=("${needed[i + 1]}")
@@ -62,6 +66,7 @@ build_codec_libraries() {
 }
 
 if [ ${#missing[@]} -eq 0 ] && ! $locale_missing; then
+    "$root/tools/fetch-sqlite.sh"
     build_codec_libraries
     exit 0
 fi
@@ -86,4 +91,5 @@ if $locale_missing; then
     say "generate the locale zh_CN.UTF-8"
     "${as_root[@]}" localedef -i zh_CN -f UTF-8 zh_CN.UTF-8
 fi
+"$root/tools/fetch-sqlite.sh"
 build_codec_libraries

@@ -1,0 +1,148 @@
+#include "plugins/db/ArchiveLibrary.h"
+
+#include <array>
+#include <string_view>
+
+#include "plugins/common/FileSource.h"
+#include "plugins/common/PlainText.h"
+#include "plugins/db/SqliteArchive.h"
+#include "terrascope/support/LogSink.h"
+#include "terrascope/support/text/MultibyteText.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::size_t kLongestName = 255;  // bytes
+constexpr std::size_t kLongestFormat = 20;
+constexpr std::size_t kLongestRemark = 4000;
+
+CString Shown(const std::wstring& path) {
+    return NarrowFromUtf8(Utf8FromWide(path), 500);
+}
+
+std::wstring StemOf(const std::wstring& fileName) {
+    const std::size_t dot = fileName.rfind(L'.');
+    return dot == std::wstring::npos || dot == 0 ? fileName : fileName.substr(0, dot);
+}
+
+/// What another database of SQLite keeps beside it while it is written.
+bool IsCompanion(std::wstring_view fileName) {
+    return fileName.ends_with(L"-wal") || fileName.ends_with(L"-shm") ||
+           fileName.ends_with(L"-journal");
+}
+
+/// Null, with the reason, when the file is no archive that can be used.
+std::unique_ptr<ITileArchive> OpenArchive(const std::wstring& path, std::string& reason) {
+    std::array<std::uint8_t, 16> start{};
+    const std::unique_ptr<CFileSource> file = CFileSource::Open(path);
+    if (file == nullptr || !file->Read(0, start)) {
+        reason = file == nullptr ? "it cannot be opened" : "it is shorter than any archive";
+        return nullptr;
+    }
+    const std::string_view bytes(reinterpret_cast<const char*>(start.data()), start.size());
+    if (bytes == "SQLite format 3\0"sv) {
+        return CSqliteArchive::Open(path, reason);
+    }
+    reason = "it is neither MBTiles nor GeoPackage nor PMTiles";
+    return nullptr;
+}
+
+SYSTEMTIME LocalTime(FileTime time) {
+    const FILETIME parts{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    SYSTEMTIME utc{};
+    SYSTEMTIME local{};
+    ::FileTimeToSystemTime(&parts, &utc);
+    ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
+    return local;
+}
+
+/// Description, attribution and map units, each on a line of its own.
+std::string RemarkOf(const ArchiveMap& map) {
+    std::string remark;
+    for (const std::string* line : {&map.description, &map.attribution, &map.units}) {
+        if (!line->empty()) {
+            remark.append(remark.empty() ? "" : "\n").append(*line);
+        }
+    }
+    return remark;
+}
+
+tagTILE_MAP_INFO RecordOf(const ArchiveMap& map, const CString& name) {
+    tagTILE_MAP_INFO info;
+    info.strName = name;
+    info.stUpdateTime = LocalTime(map.lastWrite);
+    info.strTileFormat = NarrowFromUtf8(map.format, kLongestFormat);
+    info.nFirstLayer = map.grid.firstLayer;
+    info.nLayerCount = map.grid.lastLayer - map.grid.firstLayer + 1;
+    info.dLongitudeStart = map.grid.extent.west;
+    info.dLatitudeStart = map.grid.extent.south;
+    info.dLongitude = map.grid.extent.east - map.grid.extent.west;
+    info.dLatitude = map.grid.extent.north - map.grid.extent.south;
+    info.nTileWidth = map.tileWidth;
+    info.nTileHeight = map.tileHeight;
+    info.strRemark = NarrowFromUtf8(RemarkOf(map), kLongestRemark);
+    return info;
+}
+
+}  // namespace
+
+tagTILE_MAP_LAYER_INFO LibraryMap::Layer(int layer) const {
+    tagTILE_MAP_LAYER_INFO record;
+    record.nLayerNumber = layer;
+    record.nTileCountX = static_cast<std::int32_t>(grid.Columns(layer));
+    record.nTileCountY = static_cast<std::int32_t>(grid.Rows(layer));
+    record.nTileWidth = info.nTileWidth;
+    record.nTileHeight = info.nTileHeight;
+    return record;
+}
+
+void CArchiveLibrary::Add(const std::wstring& path, const std::wstring& fileName) {
+    std::string reason;
+    const std::shared_ptr<ITileArchive> archive = OpenArchive(path, reason);
+    if (archive == nullptr) {
+        LogLine("left out: '%s': %s", Shown(path).GetString(), reason.c_str());
+        return;
+    }
+    const std::string stem = Utf8FromWide(StemOf(fileName));
+    for (std::size_t i = 0; i < archive->Maps().size(); ++i) {
+        const ArchiveMap& map = archive->Maps()[i];
+        CString name = NarrowFromUtf8(map.name.empty() ? stem : map.name, kLongestName);
+        if (Find(name) != nullptr) {
+            name = NarrowFromUtf8(map.name + " (" + stem + ")", kLongestName);
+        }
+        if (name.IsEmpty() || Find(name) != nullptr) {
+            LogLine("map left out: '%s': another map is called '%s'", Shown(path).GetString(),
+                    name.GetString());
+            continue;
+        }
+        m_places.emplace(FoldCase(ViewOf(name)), m_maps.size());
+        m_maps.push_back({archive, i, RecordOf(map, name), map.grid});
+    }
+}
+
+std::shared_ptr<const CArchiveLibrary> CArchiveLibrary::Open(const std::wstring& path) {
+    auto library = std::make_shared<CArchiveLibrary>();
+    if (LookAtFile(path)) {
+        library->Add(path, path.substr(path.find_last_of(L"\\/") + 1));
+        return library;
+    }
+    const auto files = ListFiles(path);
+    if (!files) {
+        return nullptr;
+    }
+    for (const std::wstring& file : *files) {
+        if (!IsCompanion(file)) {
+            library->Add(path + L'\\' + file, file);
+        }
+    }
+    return library;
+}
+
+const LibraryMap* CArchiveLibrary::Find(const CString& name) const {
+    const auto place = m_places.find(FoldCase(ViewOf(name)));
+    return place != m_places.end() ? &m_maps[place->second] : nullptr;
+}
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <afx.h>
+#include <afxmt.h>
+
+#include <memory>
+
+#include "plugins/db/ArchiveLibrary.h"
+#include "terrascope/providers/ITileMapInfoProvider.h"
+#include "terrascope/support/ThreadAnnotations.h"
+
+namespace Terrascope::Plugins {
+
+/// Serves maps whose tiles are in archives: MBTiles, GeoPackage, PMTiles. The data path is one of
+/// them or a folder of them. See the README for what is read of each.
+///
+/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
+/// Threads: every operation may run beside every other, and no reading of tiles waits for another.
+/// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
+///          maintainer of the maps looks for it.
+class CDBTileMapInfoProvider : public ITileMapInfoProvider {
+public:
+    static constexpr char kName[] = "DBTileMapInfoProvider";
+
+    ~CDBTileMapInfoProvider() override;
+
+    /// Opens the archives anew; the flag makes no difference. False, and the maps stay, when the
+    /// data path is neither a file nor a folder.
+    bool UpdateMapLib(bool flag) override;
+    void SetDataPath(const CString& path) override;
+    std::list<tagTILE_MAP_INFO*> GetMapList() override;
+    tagTILE_MAP_INFO* GetMapInfo(const CString& mapName) override;
+    std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& mapName) override;
+    tagTILE_MAP_LAYER_INFO* GetLayerInfo(const CString& mapName, int layerNumber) override;
+    std::list<tagTILE_IMAGE*> LoadTiles(const CString& mapName, int layerNumber,
+                                        const std::list<CString>& tileKeys) override;
+
+private:
+    std::shared_ptr<const CArchiveLibrary> Library();
+    bool Reopen();
+    std::list<tagTILE_IMAGE*> LoadTile(const LibraryMap& map, int layerNumber, const CString& key);
+
+    CCriticalSection m_lock;
+    CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
+    std::shared_ptr<const CArchiveLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =
+        std::make_shared<CArchiveLibrary>();
+};
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "plugins/common/FolderFiles.h"
+#include "plugins/db/TileGrid.h"
+
+namespace Terrascope::Plugins {
+
+/// The largest tile that is read, in bytes.
+inline constexpr std::size_t kLargestTile = std::size_t{64} * 1024 * 1024;
+
+/// A map as its archive describes it. All texts are UTF-8, of any length and content.
+struct ArchiveMap {
+    std::string name;         ///< empty: the file's name is to be used
+    std::string description;  ///< plain text
+    std::string attribution;  ///< plain text
+    std::string units;        ///< what there is to be said of the map units; empty for degrees
+    std::string format;       ///< "png", ...
+    FileTime lastWrite = 0;
+    int tileWidth = 0;  ///< pixels
+    int tileHeight = 0;
+    TileGrid grid;
+};
+
+/// What `ArchiveMap::units` is for maps in the grid of web maps.
+inline constexpr char kMercatorUnits[] =
+    "Web Mercator: x is degrees of longitude, y the Mercator ordinate on the same scale (the "
+    "square "
+    "world is -180 to 180).";
+
+/// A file with the tiles of one map or more.
+///
+/// Threads: any; none waits for another.
+/// Errors:  nothing throws but for want of memory. Once the file has been replaced, cut short or
+///          deleted, there are no tiles any more.
+class ITileArchive {
+public:
+    virtual ~ITileArchive() = default;
+
+    /// Constant, and at least one.
+    virtual const std::vector<ArchiveMap>& Maps() const = 0;
+
+    /// The encoded image of one tile of the map with that index. False, and `tile` holds anything,
+    /// when there is none, it is empty, or it could not be read.
+    virtual bool ReadTile(std::size_t map, const GridTile& place,
+                          std::vector<std::uint8_t>& tile) = 0;
+};
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "plugins/db/SqliteArchive.h"
+
+namespace Terrascope::Plugins {
+
+/// Reads what an MBTiles file of raster tiles is about. All of its metadata may be missing: zoom
+/// levels and the area are then looked for by way of the index of its tiles, and the tiles' size in
+/// one of their headers. Nothing, with the reason, when it is no such file.
+/// Source: the MBTiles specification, version 1.3.
+std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& reason);
+
+/// The queries by which it does that, each to be answered from the index.
+std::vector<std::string> MbtilesQueries();
+
+}  // namespace Terrascope::Plugins

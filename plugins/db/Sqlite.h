@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace Terrascope::Plugins {
+
+/// One prepared query. Columns count from 0, parameters from 1.
+///
+/// Borrows: its connection's database, which it keeps open.
+/// Threads: one at a time, and no other in the same connection.
+class CSqliteStatement {
+public:
+    CSqliteStatement() = default;  ///< of no query; has no rows
+    explicit CSqliteStatement(sqlite3_stmt* statement) : m_statement(statement) {}
+
+    /// False when the text was no query that this database can answer.
+    bool IsValid() const { return m_statement != nullptr; }
+
+    CSqliteStatement& Bind(int parameter, std::int64_t value);
+    CSqliteStatement& Bind(int parameter, std::string_view text);  ///< copied
+
+    /// Goes to the next row, from before the first one. False at the end and after a failure.
+    bool Next();
+    bool HasFailed() const { return m_failed; }
+    /// Back before the first row; ends the reading, and with it the database's lock.
+    void Rewind();
+
+    bool IsNull(int column) const;
+    std::int64_t Whole(int column) const;
+    double Real(int column) const;
+    /// Valid until the next call of Next or Rewind.
+    std::string_view Text(int column) const;
+    std::span<const std::uint8_t> Bytes(int column) const;
+
+private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    std::unique_ptr<sqlite3_stmt, Finalize> m_statement;
+    bool m_failed = false;
+};
+
+/// A connection to a database that is only read. What stands in it is trusted in nothing: a query
+/// ends after a time, and no value is longer than the largest tile.
+///
+/// Threads: one at a time.
+class CSqliteConnection {
+public:
+    /// Null, with the reason, when there is no such database.
+    static std::unique_ptr<CSqliteConnection> Open(const std::wstring& path, std::string& reason);
+
+    /// A query of one statement; see CSqliteStatement::IsValid.
+    CSqliteStatement Prepare(std::string_view sql);
+
+    /// Lets what is asked from now on take so many milliseconds in all; a query that takes longer
+    /// fails. A writer's lock is waited for for a quarter of a second each time.
+    void AllowTime(std::uint64_t milliseconds);
+
+    /// The reason why the last call failed.
+    std::string LastError() const;
+
+private:
+    struct Close {
+        void operator()(sqlite3* database) const;
+    };
+    explicit CSqliteConnection(sqlite3* database) : m_database(database) {}
+    static int IsTimeUp(void* connection);
+
+    std::unique_ptr<sqlite3, Close> m_database;
+    std::uint64_t m_deadline = 0;  ///< GetTickCount64's milliseconds
+};
+
+/// A name as an identifier in a query, whatever it contains.
+std::string QuotedName(std::string_view name);
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,135 @@
+#include "plugins/db/SqliteArchive.h"
+
+#include "plugins/common/PlainText.h"
+#include "plugins/db/MbtilesFormat.h"
+#include "terrascope/support/LogSink.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr std::uint64_t kTimeToOpen = 3000;  // milliseconds
+constexpr std::uint64_t kTimeForTile = 1000;
+
+/// All values of all rows, told apart by lengths. Nothing when a query fails.
+std::optional<std::string> AnswersOf(CSqliteConnection& connection,
+                                     const std::vector<std::string>& queries) {
+    std::string answers;
+    for (const std::string& query : queries) {
+        CSqliteStatement rows = connection.Prepare(query);
+        while (rows.Next()) {
+            for (const int column : {0, 1}) {
+                const std::string_view value = rows.Text(column);
+                answers.append(std::to_string(value.size())).append(" ").append(value);
+            }
+        }
+        if (rows.HasFailed()) {
+            return std::nullopt;
+        }
+    }
+    return answers;
+}
+
+}  // namespace
+
+std::unique_ptr<ITileArchive> CSqliteArchive::Open(const std::wstring& path, std::string& reason) {
+    std::unique_ptr<CWatchedFile> file = CWatchedFile::Open(path);
+    if (file == nullptr) {
+        reason = "it cannot be opened";
+        return nullptr;
+    }
+    std::unique_ptr<CSqliteArchive> archive(new CSqliteArchive(std::move(file)));
+    const FileTime lastWrite = archive->m_file->LastWrite();
+    const std::unique_ptr<CSqliteConnection> connection = CSqliteConnection::Open(path, reason);
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    connection->AllowTime(kTimeToOpen);
+    std::optional<SqliteMaps> maps = ReadMbtiles(*connection, reason);
+    if (!maps) {
+        return nullptr;
+    }
+    std::optional<std::string> description = AnswersOf(*connection, maps->descriptionQueries);
+    if (!description) {
+        reason = connection->LastError();
+        return nullptr;
+    }
+    for (ArchiveMap& map : maps->maps) {
+        map.lastWrite = lastWrite;
+    }
+    archive->m_maps = std::move(*maps);
+    archive->m_description = std::move(*description);
+    return archive;
+}
+
+std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
+    auto session = std::make_unique<Session>();
+    session->lastWrite = m_file->LastWrite();
+    std::string ignored;
+    session->connection = CSqliteConnection::Open(m_file->Path(), ignored);
+    // The path may lead to another file by now, and the file may have got another content.
+    if (session->connection == nullptr || !m_file->IsInPlaceNow()) {
+        return nullptr;
+    }
+    session->connection->AllowTime(kTimeForTile);
+    const std::optional<std::string> description =
+        AnswersOf(*session->connection, m_maps.descriptionQueries);
+    if (!description) {
+        return nullptr;
+    }
+    if (*description != m_description) {
+        if (!m_isAnother.exchange(true)) {
+            LogLine("'%s' has got another content: no tiles until the maps are updated",
+                    NarrowFromUtf8(Utf8FromWide(m_file->Path()), MAX_PATH).GetString());
+        }
+        return nullptr;
+    }
+    for (const std::string& query : m_maps.tileQueries) {
+        session->tiles.push_back(session->connection->Prepare(query));
+    }
+    return session;
+}
+
+std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::TakeSession() {
+    const FileTime lastWrite = m_file->LastWrite();
+    while (std::unique_ptr<Session> session = m_sessions.Take()) {
+        // SQLite itself sees what a writer changes, but not that other bytes were put in place.
+        if (session->lastWrite == lastWrite) {
+            return session;
+        }
+    }
+    return MakeSession();
+}
+
+bool CSqliteArchive::ReadTile(std::size_t map, const GridTile& place,
+                              std::vector<std::uint8_t>& tile) {
+    constexpr int kAttempts = 2;  // the second one after a writer's
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (m_isAnother || !m_file->IsInPlace()) {
+            m_sessions.Clear();  // so that a file that was deleted can go
+            return false;
+        }
+        std::unique_ptr<Session> session = TakeSession();
+        if (session == nullptr) {
+            return false;
+        }
+        session->connection->AllowTime(kTimeForTile);
+        CSqliteStatement& query = session->tiles[map];
+        const std::int64_t row =
+            m_maps.rowsFromBottom ? (std::int64_t{1} << place.zoom) - 1 - place.row : place.row;
+        bool isThere =
+            query.Bind(1, std::int64_t{place.zoom}).Bind(2, place.column).Bind(3, row).Next();
+        if (isThere) {
+            const std::span<const std::uint8_t> bytes = query.Bytes(0);
+            tile.assign(bytes.begin(), bytes.end());
+            isThere = !bytes.empty();
+        }
+        query.Rewind();
+        if (m_file->LastWrite() == session->lastWrite) {
+            m_sessions.PutBack(std::move(session));
+            return isThere;
+        }
+    }
+    return false;
+}
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,83 @@
+#include "plugins/db/TileGrid.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr double kHalfWorld = 180.0;           // degrees, and the Mercator ordinate on their scale
+constexpr double kRounding = 1e-4;             // tiles
+constexpr double kMercatorLimit = 85.0511287;  // degrees of latitude: the square world ends there
+
+/// The Mercator ordinate, 0 at the north edge of the square world to 1 at its south edge.
+double FractionFromNorth(double latitude) {
+    const double phi =
+        std::clamp(latitude, -kMercatorLimit, kMercatorLimit) * std::numbers::pi / 180.0;
+    return (1.0 - std::asinh(std::tan(phi)) / std::numbers::pi) / 2.0;
+}
+
+/// The tiles that a stretch from `begin` to `end`, in tiles, touches.
+void Cover(double begin, double end, std::int64_t count, std::int64_t& first, std::int64_t& last) {
+    first = std::clamp(static_cast<std::int64_t>(std::floor(begin + kRounding)), std::int64_t{0},
+                       count - 1);
+    last = std::clamp(static_cast<std::int64_t>(std::ceil(end - kRounding)) - 1, first, count - 1);
+}
+
+}  // namespace
+
+std::optional<GridTile> TileGrid::Find(const TileAddress& address) const {
+    if (address.layer < firstLayer || address.layer > lastLayer ||
+        address.column >= Columns(address.layer) || address.row >= Rows(address.layer)) {
+        return std::nullopt;
+    }
+    const int below = address.layer - firstLayer;
+    return GridTile{address.layer + zoomOfLayer, (first.firstColumn << below) + address.column,
+                    (first.firstRow << below) + address.row};
+}
+
+TileGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first) {
+    TileGrid grid;
+    grid.firstLayer = firstZoom;
+    grid.lastLayer = lastZoom;
+    grid.first = first;
+    const double tile = std::ldexp(2 * kHalfWorld, -firstZoom);
+    grid.extent.west = -kHalfWorld + tile * static_cast<double>(first.firstColumn);
+    grid.extent.east = -kHalfWorld + tile * static_cast<double>(first.lastColumn + 1);
+    grid.extent.north = kHalfWorld - tile * static_cast<double>(first.firstRow);
+    grid.extent.south = kHalfWorld - tile * static_cast<double>(first.lastRow + 1);
+    return grid;
+}
+
+TileRange MercatorWorld(int zoom) {
+    const std::int64_t last = (std::int64_t{1} << zoom) - 1;
+    return {0, 0, last, last};
+}
+
+std::optional<TileRange> MercatorTiles(const GridExtent& degrees, int zoom) {
+    GridExtent area = degrees;
+    if (area.west > area.east) {
+        area.west = -kHalfWorld;
+        area.east = kHalfWorld;
+    }
+    const bool isArea = area.west < area.east && area.south < area.north &&
+                        area.west < kHalfWorld && area.east > -kHalfWorld &&
+                        area.south < kMercatorLimit && area.north > -kMercatorLimit;
+    if (!isArea) {
+        return std::nullopt;  // also where a number is none
+    }
+    const std::int64_t count = std::int64_t{1} << zoom;
+    const auto tiles = static_cast<double>(count);
+    const auto columnAt = [&](double longitude) {
+        return (std::clamp(longitude, -kHalfWorld, kHalfWorld) + kHalfWorld) / (2 * kHalfWorld) *
+               tiles;
+    };
+    TileRange range;
+    Cover(columnAt(area.west), columnAt(area.east), count, range.firstColumn, range.lastColumn);
+    Cover(FractionFromNorth(area.north) * tiles, FractionFromNorth(area.south) * tiles, count,
+          range.firstRow, range.lastRow);
+    return range;
+}
+
+}  // namespace Terrascope::Plugins
