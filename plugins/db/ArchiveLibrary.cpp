@@ -5,6 +5,7 @@
 
 #include "plugins/common/FileSource.h"
 #include "plugins/common/PlainText.h"
+#include "plugins/db/PmtilesArchive.h"
 #include "plugins/db/SqliteArchive.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/text/MultibyteText.h"
@@ -36,7 +37,7 @@ bool IsCompanion(std::wstring_view fileName) {
 /// Null, with the reason, when the file is no archive that can be used.
 std::unique_ptr<ITileArchive> OpenArchive(const std::wstring& path, std::string& reason) {
     std::array<std::uint8_t, 16> start{};
-    const std::unique_ptr<CFileSource> file = CFileSource::Open(path);
+    std::unique_ptr<CFileSource> file = CFileSource::Open(path);
     if (file == nullptr || !file->Read(0, start)) {
         reason = file == nullptr ? "it cannot be opened" : "it is shorter than any archive";
         return nullptr;
@@ -44,6 +45,10 @@ std::unique_ptr<ITileArchive> OpenArchive(const std::wstring& path, std::string&
     const std::string_view bytes(reinterpret_cast<const char*>(start.data()), start.size());
     if (bytes == "SQLite format 3\0"sv) {
         return CSqliteArchive::Open(path, reason);
+    }
+    if (bytes.starts_with("PMTiles"sv)) {
+        const FileTime lastWrite = file->LastWrite();
+        return CPmtilesArchive::Open(std::move(file), lastWrite, reason);
     }
     reason = "it is neither MBTiles nor GeoPackage nor PMTiles";
     return nullptr;

@@ -4,8 +4,7 @@
 #include <map>
 
 #include "plugins/common/PlainText.h"
-#include "plugins/common/TileImageHeader.h"
-#include "terrascope/support/LogSink.h"
+#include "plugins/db/TileTable.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -32,79 +31,12 @@ Metadata ReadMetadata(CSqliteConnection& database) {
     return metadata;
 }
 
-/// The first column of the first row; nothing when there is no row or it is no number.
-std::optional<std::int64_t> First(CSqliteStatement& query) {
-    const bool isThere = query.Next() && !query.IsNull(0);
-    const auto value = isThere ? std::optional(query.Whole(0)) : std::nullopt;
-    query.Rewind();
-    return value;
-}
-
-// Each of these goes by the index that the specification recommends; min() and max() would not in
-// all cases, and not through views.
-constexpr char kLowestZoom[] = "SELECT zoom_level FROM tiles ORDER BY zoom_level LIMIT 1";
-constexpr char kHighestZoom[] = "SELECT zoom_level FROM tiles ORDER BY zoom_level DESC LIMIT 1";
-constexpr char kFirstColumn[] =
-    "SELECT tile_column FROM tiles WHERE zoom_level = ?1 AND tile_column > ?2 ORDER BY tile_column "
-    "LIMIT 1";
-constexpr char kLastColumn[] =
-    "SELECT tile_column FROM tiles WHERE zoom_level = ?1 ORDER BY tile_column DESC LIMIT 1";
-constexpr char kLowestRow[] =
-    "SELECT tile_row FROM tiles WHERE zoom_level = ?1 AND tile_column = ?2 ORDER BY tile_row "
-    "LIMIT 1";
-constexpr char kHighestRow[] =
-    "SELECT tile_row FROM tiles WHERE zoom_level = ?1 AND tile_column = ?2 ORDER BY tile_row DESC "
-    "LIMIT 1";
-constexpr char kSomeTiles[] = "SELECT tile_data FROM tiles WHERE zoom_level = ?1 LIMIT 4";
-constexpr char kOneTile[] =
-    "SELECT tile_data FROM tiles WHERE zoom_level = ?1 AND tile_column = ?2 AND tile_row = ?3";
-
-/// A zoom level of the metadata, or else that of the first tile; nothing when there are no tiles.
-std::optional<int> ZoomOf(const std::string& text, CSqliteStatement tiles) {
-    std::optional<std::int64_t> zoom = ParseWhole(text);
-    if (!zoom || *zoom < 0 || *zoom > kDeepestAddressableLayer) {
-        zoom = First(tiles);
-    }
-    return zoom ? std::optional(static_cast<int>(
-                      std::clamp<std::int64_t>(*zoom, -1, kDeepestAddressableLayer + 1)))
-                : std::nullopt;
-}
-
-/// The area of a zoom level's tiles. The index finds rows by their column; where there are more
-/// columns than are worth it, all rows are taken.
-std::optional<TileRange> RangeOfTiles(CSqliteConnection& database, int zoom) {
-    constexpr int kMostColumns = 4096;
-    const std::int64_t last = (std::int64_t{1} << zoom) - 1;
-    CSqliteStatement east = database.Prepare(kLastColumn);
-    CSqliteStatement next = database.Prepare(kFirstColumn);
-    const auto firstColumn = First(next.Bind(1, std::int64_t{zoom}).Bind(2, std::int64_t{-1}));
-    const auto lastColumn = First(east.Bind(1, std::int64_t{zoom}));
-    if (!firstColumn || !lastColumn || *firstColumn > last) {
-        return std::nullopt;
-    }
-    TileRange range{*firstColumn, 0, std::min(*lastColumn, last), last};
-    CSqliteStatement south = database.Prepare(kLowestRow);
-    CSqliteStatement north = database.Prepare(kHighestRow);
-    std::optional<std::int64_t> lowest;
-    std::optional<std::int64_t> highest;
-    std::optional<std::int64_t> column = firstColumn;
-    for (int columns = 0; column; ++columns) {
-        if (columns == kMostColumns) {
-            return range;
-        }
-        const auto low = First(south.Bind(1, std::int64_t{zoom}).Bind(2, *column));
-        const auto high = First(north.Bind(1, std::int64_t{zoom}).Bind(2, *column));
-        if (low && high) {
-            lowest = std::min(lowest.value_or(*low), *low);
-            highest = std::max(highest.value_or(*high), *high);
-        }
-        column = First(next.Bind(1, std::int64_t{zoom}).Bind(2, *column));
-    }
-    if (lowest && *lowest <= last && *highest >= 0) {
-        range.firstRow = last - std::min(*highest, last);
-        range.lastRow = last - std::max<std::int64_t>(*lowest, 0);
-    }
-    return range;
+/// A zoom level of the metadata; nothing for any other text.
+std::optional<int> ZoomOf(const std::string& text) {
+    const std::optional<std::int64_t> zoom = ParseWhole(text);
+    return zoom && *zoom >= 0 && *zoom <= kDeepestAddressableLayer
+               ? std::optional(static_cast<int>(*zoom))
+               : std::nullopt;
 }
 
 std::optional<TileRange> RangeOfBounds(const std::string& text, int zoom) {
@@ -114,41 +46,26 @@ std::optional<TileRange> RangeOfBounds(const std::string& text, int zoom) {
                : std::nullopt;
 }
 
-/// The header of the first tiles of a zoom level: of the first one that has a size.
-TileImageHeader HeaderOfTiles(CSqliteConnection& database, int zoom) {
-    CSqliteStatement tiles = database.Prepare(kSomeTiles);
-    tiles.Bind(1, std::int64_t{zoom});
-    TileImageHeader header;
-    while (header.width == 0 && tiles.Next()) {
-        header = ReadTileImageHeader(tiles.Bytes(0));
-    }
-    return header;
-}
-
 bool NamesVectors(std::string_view format) {
     return format == "pbf" || format == "mvt" || format == "application/vnd.mapbox-vector-tile";
 }
 
 }  // namespace
 
-std::vector<std::string> MbtilesQueries() {
-    return {kLowestZoom, kHighestZoom, kFirstColumn, kLastColumn,
-            kLowestRow,  kHighestRow,  kSomeTiles,   kOneTile};
-}
-
 std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& reason) {
     SqliteMaps result;
     result.rowsFromBottom = true;
-    result.tileQueries = {kOneTile};
+    CTileTable tiles(database, "tiles");
+    result.tileQueries = {tiles.TileQuery()};
     if (!database.Prepare(result.tileQueries.front()).IsValid()) {
         reason = database.LastError();
         return std::nullopt;
     }
     const Metadata metadata = ReadMetadata(database);
-    const std::optional<int> lowest =
-        ZoomOf(ValueOf(metadata, "minzoom"), database.Prepare(kLowestZoom));
-    const std::optional<int> highest =
-        ZoomOf(ValueOf(metadata, "maxzoom"), database.Prepare(kHighestZoom));
+    std::optional<int> lowest = ZoomOf(ValueOf(metadata, "minzoom"));
+    std::optional<int> highest = ZoomOf(ValueOf(metadata, "maxzoom"));
+    lowest = lowest ? lowest : tiles.LowestZoom();
+    highest = highest ? highest : tiles.HighestZoom();
     if (!lowest || !highest) {
         reason = "it has no tiles (" + database.LastError() + ")";
         return std::nullopt;
@@ -161,7 +78,7 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     }
     ArchiveMap map;
     map.format = ValueOf(metadata, "format");
-    const TileImageHeader header = HeaderOfTiles(database, firstZoom);
+    const TileImageHeader header = tiles.SomeHeader(firstZoom);
     if (NamesVectors(map.format) || NamesVectors(header.format)) {
         reason = "it has vector tiles";
         return std::nullopt;
@@ -173,16 +90,20 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     map.tileHeight = header.height > 0 ? header.height : kUsualTile;
     std::optional<TileRange> range = RangeOfBounds(ValueOf(metadata, "bounds"), firstZoom);
     if (!range) {
-        range = RangeOfTiles(database, firstZoom);
+        const std::int64_t last = MercatorWorld(firstZoom).lastRow;
+        range = tiles.UsedTiles(firstZoom, last + 1, last + 1);
+        const std::int64_t bottom = range->firstRow;
+        range->firstRow = last - range->lastRow;
+        range->lastRow = last - bottom;
     }
-    map.grid = MercatorGrid(firstZoom, lastZoom, range.value_or(MercatorWorld(firstZoom)));
+    map.grid = MercatorGrid(firstZoom, lastZoom, *range);
     map.units = kMercatorUnits;
     map.name = ValueOf(metadata, "name");
     map.description = TextOfHtml(ValueOf(metadata, "description"));
     map.attribution = TextOfHtml(ValueOf(metadata, "attribution"));
     result.maps.push_back(std::move(map));
     result.descriptionQueries = {"SELECT name, sql FROM sqlite_schema"};
-    if (!metadata.empty()) {
+    if (database.Prepare(kMetadataQuery).IsValid()) {
         result.descriptionQueries.emplace_back(kMetadataQuery);
     }
     return result;

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "plugins/db/SqliteArchive.h"
 
@@ -13,8 +12,5 @@ namespace Terrascope::Plugins {
 /// one of their headers. Nothing, with the reason, when it is no such file.
 /// Source: the MBTiles specification, version 1.3.
 std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& reason);
-
-/// The queries by which it does that, each to be answered from the index.
-std::vector<std::string> MbtilesQueries();
 
 }  // namespace Terrascope::Plugins

@@ -1,6 +1,7 @@
 #include "plugins/db/SqliteArchive.h"
 
 #include "plugins/common/PlainText.h"
+#include "plugins/db/GeoPackageFormat.h"
 #include "plugins/db/MbtilesFormat.h"
 #include "terrascope/support/LogSink.h"
 
@@ -9,6 +10,11 @@ namespace {
 
 constexpr std::uint64_t kTimeToOpen = 3000;  // milliseconds
 constexpr std::uint64_t kTimeForTile = 1000;
+constexpr std::size_t kLongestNote = 400;  // bytes
+
+CString Shown(const std::wstring& path) {
+    return NarrowFromUtf8(Utf8FromWide(path), kLongestNote);
+}
 
 /// All values of all rows, told apart by lengths. Nothing when a query fails.
 std::optional<std::string> AnswersOf(CSqliteConnection& connection,
@@ -44,9 +50,14 @@ std::unique_ptr<ITileArchive> CSqliteArchive::Open(const std::wstring& path, std
         return nullptr;
     }
     connection->AllowTime(kTimeToOpen);
-    std::optional<SqliteMaps> maps = ReadMbtiles(*connection, reason);
+    std::optional<SqliteMaps> maps = IsGeoPackage(*connection) ? ReadGeoPackage(*connection, reason)
+                                                               : ReadMbtiles(*connection, reason);
     if (!maps) {
         return nullptr;
+    }
+    for (const std::string& note : maps->notes) {
+        LogLine("'%s': %s", Shown(path).GetString(),
+                NarrowFromUtf8(note, kLongestNote).GetString());
     }
     std::optional<std::string> description = AnswersOf(*connection, maps->descriptionQueries);
     if (!description) {
@@ -79,7 +90,7 @@ std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
     if (*description != m_description) {
         if (!m_isAnother.exchange(true)) {
             LogLine("'%s' has got another content: no tiles until the maps are updated",
-                    NarrowFromUtf8(Utf8FromWide(m_file->Path()), MAX_PATH).GetString());
+                    Shown(m_file->Path()).GetString());
         }
         return nullptr;
     }

@@ -18,6 +18,8 @@ struct SqliteMaps {
     /// bytes.
     std::vector<std::string> tileQueries;
     bool rowsFromBottom = false;
+    /// For the log: what was left out, and why.
+    std::vector<std::string> notes;
     /// What these answer makes the maps what they are: when it changes, it is another file.
     std::vector<std::string> descriptionQueries;
 };

@@ -20,9 +20,10 @@ double FractionFromNorth(double latitude) {
 
 /// The tiles that a stretch from `begin` to `end`, in tiles, touches.
 void Cover(double begin, double end, std::int64_t count, std::int64_t& first, std::int64_t& last) {
-    first = std::clamp(static_cast<std::int64_t>(std::floor(begin + kRounding)), std::int64_t{0},
-                       count - 1);
-    last = std::clamp(static_cast<std::int64_t>(std::ceil(end - kRounding)) - 1, first, count - 1);
+    const auto most = static_cast<double>(count - 1);
+    const double lowest = std::clamp(std::floor(begin + kRounding), 0.0, most);
+    first = static_cast<std::int64_t>(lowest);
+    last = static_cast<std::int64_t>(std::clamp(std::ceil(end - kRounding) - 1.0, lowest, most));
 }
 
 }  // namespace
@@ -35,6 +36,13 @@ std::optional<GridTile> TileGrid::Find(const TileAddress& address) const {
     const int below = address.layer - firstLayer;
     return GridTile{address.layer + zoomOfLayer, (first.firstColumn << below) + address.column,
                     (first.firstRow << below) + address.row};
+}
+
+TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t rows) {
+    TileRange range;
+    Cover(area.west, area.east, columns, range.firstColumn, range.lastColumn);
+    Cover(area.north, area.south, rows, range.firstRow, range.lastRow);
+    return range;
 }
 
 TileGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first) {
@@ -70,14 +78,11 @@ std::optional<TileRange> MercatorTiles(const GridExtent& degrees, int zoom) {
     const std::int64_t count = std::int64_t{1} << zoom;
     const auto tiles = static_cast<double>(count);
     const auto columnAt = [&](double longitude) {
-        return (std::clamp(longitude, -kHalfWorld, kHalfWorld) + kHalfWorld) / (2 * kHalfWorld) *
-               tiles;
+        return (longitude + kHalfWorld) / (2 * kHalfWorld) * tiles;
     };
-    TileRange range;
-    Cover(columnAt(area.west), columnAt(area.east), count, range.firstColumn, range.lastColumn);
-    Cover(FractionFromNorth(area.north) * tiles, FractionFromNorth(area.south) * tiles, count,
-          range.firstRow, range.lastRow);
-    return range;
+    return CoverTiles({columnAt(area.west), FractionFromNorth(area.south) * tiles,
+                       columnAt(area.east), FractionFromNorth(area.north) * tiles},
+                      count, count);
 }
 
 }  // namespace Terrascope::Plugins

@@ -53,6 +53,11 @@ struct TileGrid {
     std::optional<GridTile> Find(const TileAddress& address) const;
 };
 
+/// The tiles that a rectangle touches, in a matrix of so many columns and rows; the rectangle is in
+/// tiles, with y downwards (`north` is less than `south`). A ten-thousandth of a tile beyond an
+/// edge, which rounded numbers make, does not count. At least one tile.
+TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t rows);
+
 /// The grid of web maps: one square tile at zoom 0. Map units are degrees of longitude in x, and in
 /// y the Mercator ordinate on the same scale: the square world is -180 to 180 in both. `first` is
 /// of zoom `firstZoom`, which is at least 1.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,7 +26,8 @@ protected:
         // The test's path is ASCII, so UTF-8 too.
         ASSERT_EQ(SQLITE_OK, sqlite3_open((m_folder / file).c_str(), &database));
         char* error = nullptr;
-        EXPECT_EQ(SQLITE_OK, sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &error))
+        EXPECT_EQ(SQLITE_OK, sqlite3_exec(database, ("PRAGMA synchronous = OFF;" + sql).c_str(),
+                                          nullptr, nullptr, &error))
             << error << "\n"
             << sql;
         sqlite3_free(error);
@@ -45,12 +47,14 @@ protected:
         }
         const int last = map->nFirstLayer + map->nLayerCount - 1;
         EXPECT_EQ(nullptr, m_provider->GetLayerInfo(name, last + 1));
+        const auto rounded = [](double value) { return std::round(value * 1e6) / 1e6 + 0.0; };
         CString text;
         text.Format("%s %s %d-%d %s..%s (%g %g %g %g) %dx%d", map->strName.GetString(),
                     map->strTileFormat.GetString(), map->nFirstLayer, last,
                     LayerText(name, map->nFirstLayer).c_str(), LayerText(name, last).c_str(),
-                    map->dLongitudeStart, map->dLatitudeStart, map->dLongitude, map->dLatitude,
-                    map->nTileWidth, map->nTileHeight);
+                    rounded(map->dLongitudeStart), rounded(map->dLatitudeStart),
+                    rounded(map->dLongitude), rounded(map->dLatitude), map->nTileWidth,
+                    map->nTileHeight);
         return text.GetString();
     }
     std::string Remark(const char* name) const {
