@@ -115,7 +115,7 @@ void CArchiveLibrary::Add(const std::wstring& path, const std::wstring& fileName
         const ArchiveMap& map = archive->Maps()[i];
         CString name = NarrowFromUtf8(map.name.empty() ? stem : map.name, kLongestName);
         if (Find(name) != nullptr) {
-            name = NarrowFromUtf8(map.name + " (" + stem + ")", kLongestName);
+            name = NarrowFromUtf8(map.name + " (" + Utf8FromWide(fileName) + ")", kLongestName);
         }
         if (name.IsEmpty() || Find(name) != nullptr) {
             LogLine("map left out: '%s': another map is called '%s'", Shown(path).GetString(),

@@ -192,14 +192,15 @@ TileGrid GridOf(const Table& table, std::vector<Matrix>& matrices, CTileTable& t
                                    (set.north - table.contents.north) / height},
                                   first.columns, first.rows)
                      : tiles.UsedTiles(static_cast<int>(first.zoom), first.columns, first.rows);
-    grid.extent.west = (set.west + width * static_cast<double>(grid.first.firstColumn));
-    grid.extent.east = (set.west + width * static_cast<double>(grid.first.lastColumn + 1));
-    grid.extent.north = (set.north - height * static_cast<double>(grid.first.firstRow));
-    grid.extent.south = (set.north - height * static_cast<double>(grid.first.lastRow + 1));
-    for (double* edge :
-         {&grid.extent.west, &grid.extent.south, &grid.extent.east, &grid.extent.north}) {
-        *edge /= perMapUnit;
-    }
+    const auto edge = [&](double origin, double tile, std::int64_t count) {
+        const double at = origin + tile * static_cast<double>(count);
+        // What rounding leaves of a grid's middle line.
+        return std::abs(at) < std::abs(tile) * 1e-9 ? 0.0 : at / perMapUnit;
+    };
+    grid.extent.west = edge(set.west, width, grid.first.firstColumn);
+    grid.extent.east = edge(set.west, width, grid.first.lastColumn + 1);
+    grid.extent.north = edge(set.north, -height, grid.first.firstRow);
+    grid.extent.south = edge(set.north, -height, grid.first.lastRow + 1);
     return grid;
 }
 

@@ -1,6 +1,7 @@
 #include "plugins/db/MbtilesFormat.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 
 #include "plugins/common/PlainText.h"
@@ -12,7 +13,9 @@ namespace {
 constexpr char kMetadataQuery[] =
     "SELECT name, value FROM metadata WHERE name IN ('name', 'format', 'bounds', 'minzoom', "
     "'maxzoom', 'attribution', 'description') LIMIT 100";
-constexpr int kUsualTile = 256;  // pixels
+constexpr int kUsualTile = 256;                // pixels
+constexpr std::uint64_t kTimeForZooms = 1000;  // milliseconds
+constexpr std::uint64_t kTimeForRest = 2000;
 
 using Metadata = std::map<std::string, std::string, std::less<>>;
 
@@ -39,6 +42,12 @@ std::optional<int> ZoomOf(const std::string& text) {
                : std::nullopt;
 }
 
+/// The one of two limits that leaves less; the only one where the other is missing.
+template <class TInner>
+std::optional<int> Inner(std::optional<int> stated, std::optional<int> found) {
+    return stated && (!found || TInner()(*stated, *found)) ? stated : found;
+}
+
 std::optional<TileRange> RangeOfBounds(const std::string& text, int zoom) {
     const auto bounds = ParseReals(text);
     return bounds && bounds->size() == 4
@@ -62,14 +71,18 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
         return std::nullopt;
     }
     const Metadata metadata = ReadMetadata(database);
-    std::optional<int> lowest = ZoomOf(ValueOf(metadata, "minzoom"));
-    std::optional<int> highest = ZoomOf(ValueOf(metadata, "maxzoom"));
-    lowest = lowest ? lowest : tiles.LowestZoom();
-    highest = highest ? highest : tiles.HighestZoom();
+    // Writers state levels that have no tiles, so both count. Without an index the tiles are no
+    // help.
+    database.AllowTime(kTimeForZooms);
+    std::optional<int> lowest =
+        Inner<std::greater<>>(ZoomOf(ValueOf(metadata, "minzoom")), tiles.LowestZoom());
+    std::optional<int> highest =
+        Inner<std::less<>>(ZoomOf(ValueOf(metadata, "maxzoom")), tiles.HighestZoom());
     if (!lowest || !highest) {
         reason = "it has no tiles (" + database.LastError() + ")";
         return std::nullopt;
     }
+    database.AllowTime(kTimeForRest);
     const int firstZoom = std::max(*lowest, 1);
     const int lastZoom = std::min(*highest, kDeepestAddressableLayer);
     if (firstZoom > lastZoom) {

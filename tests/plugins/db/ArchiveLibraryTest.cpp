@@ -53,9 +53,9 @@ TEST_F(ArchiveLibrary, IsAFolderOfArchivesThatTheirFirstBytesAnnounce) {
     std::filesystem::copy_file(m_folder / "b.txt", m_folder / "sub\\s.mbtiles");
     Open();
 
-    EXPECT_THAT(MapNames(), ElementsAre("a", "World", "WORLD (c)"));
+    EXPECT_THAT(MapNames(), ElementsAre("a", "World", "WORLD (c.mbtiles)"));
     EXPECT_EQ("tile3", Tile("A", "3"));
-    EXPECT_EQ("1/1/0", Tile("world (C)", "3"));
+    EXPECT_EQ("1/1/0", Tile("world (C.MBtiles)", "3"));
     EXPECT_EQ(6U, m_log.Lines().size()) << m_log.Text();
     for (const char* line : {"d.mbtiles': it has vector tiles", "e.gpkg': no such table: tiles",
                              "f.mbtiles': it has no tiles of a zoom level from 1 to 30",

@@ -43,7 +43,7 @@ TEST_F(Mbtiles, IsDescribedByItsMetadataOrElseByItsTiles) {
              Metadata("bounds", "1,2,3"),
          "a.b  3-4 2x2..4x4 (-90 -90 90 90) 256x256"},
         {region + Metadata("minzoom", "0") + Metadata("maxzoom", "9"),
-         "a.b  1-9 2x2..512x512 (-180 -180 360 360) 256x256"},
+         "a.b  2-4 1x1..4x4 (-90 -90 90 90) 256x256"},
         {region + Metadata("minzoom", "x") + Metadata("maxzoom", "-3") +
              Metadata("bounds", "0,0,nan,1e999") + Metadata("version", "one") +
              "INSERT INTO metadata VALUES (NULL, NULL), ('format', 7);",
