@@ -1,48 +1,66 @@
 #pragma once
 
-#include <afxmt.h>
+#include <windows.h>
 
+#include <array>
+#include <atomic>
+#include <cstddef>
 #include <memory>
-#include <utility>
-#include <vector>
-
-#include "terrascope/support/ThreadAnnotations.h"
 
 namespace Terrascope::Plugins {
 
 /// Things that one thread uses at a time and that are costly to make (a connection, a handle), kept
-/// for the next thread that needs one. There are as many as were ever in use at once, so nobody
-/// waits for another's; and unlike variables of a thread, none outlives the pool.
+/// for the next use, of the same thread if it can be. Nobody waits for another's; and unlike
+/// variables of a thread, none outlives the pool.
 ///
-/// Threads: any. The lock is held to take one out and to put it back only.
+/// Owns:    at most sixteen that rest; one that comes back when all places are taken ends.
+/// Threads: any; there is no lock.
 template <class T>
 class CLeasePool {
 public:
+    CLeasePool() = default;
+    ~CLeasePool() { Clear(); }
+    CLeasePool(const CLeasePool&) = delete;
+    CLeasePool& operator=(const CLeasePool&) = delete;
+
     /// Null when none is at rest: the caller makes one.
     std::unique_ptr<T> Take() {
-        CSingleLock lock(&m_lock, TRUE);
-        if (m_resting.empty()) {
-            return nullptr;
+        const std::size_t first = FirstPlace();
+        for (std::size_t i = 0; i < kPlaces; ++i) {
+            std::atomic<T*>& place = m_resting[(first + i) % kPlaces];
+            if (place.load(std::memory_order_relaxed) != nullptr) {
+                if (T* thing = place.exchange(nullptr, std::memory_order_acquire)) {
+                    return std::unique_ptr<T>(thing);
+                }
+            }
         }
-        std::unique_ptr<T> thing = std::move(m_resting.back());
-        m_resting.pop_back();
-        return thing;
+        return nullptr;
     }
     void PutBack(std::unique_ptr<T> thing) {
-        CSingleLock lock(&m_lock, TRUE);
-        m_resting.push_back(std::move(thing));
+        const std::size_t first = FirstPlace();
+        for (std::size_t i = 0; i < kPlaces; ++i) {
+            T* empty = nullptr;
+            if (m_resting[(first + i) % kPlaces].compare_exchange_strong(
+                    empty, thing.get(), std::memory_order_release, std::memory_order_relaxed)) {
+                static_cast<void>(thing.release());
+                return;
+            }
+        }
     }
     /// Ends those at rest.
     void Clear() {
-        std::vector<std::unique_ptr<T>> ending;
-        CSingleLock lock(&m_lock, TRUE);
-        ending.swap(m_resting);
-        lock.Unlock();
+        while (Take() != nullptr) {
+        }
     }
 
 private:
-    CCriticalSection m_lock;
-    std::vector<std::unique_ptr<T>> m_resting TERRASCOPE_GUARDED_BY(m_lock);
+    static constexpr std::size_t kPlaces = 16;
+
+    static std::size_t FirstPlace() {
+        return ::GetCurrentThreadId() / 4 % kPlaces;  // identifiers are multiples of four
+    }
+
+    std::array<std::atomic<T*>, kPlaces> m_resting{};
 };
 
 }  // namespace Terrascope::Plugins

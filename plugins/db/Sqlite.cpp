@@ -134,6 +134,14 @@ std::string CSqliteConnection::LastError() const {
     return sqlite3_errmsg(m_database.get());
 }
 
+CSqliteReading::CSqliteReading(CSqliteConnection& database) : m_database(database) {
+    m_database.Prepare("BEGIN").Next();
+}
+
+CSqliteReading::~CSqliteReading() {
+    m_database.Prepare("ROLLBACK").Next();
+}
+
 std::string QuotedName(std::string_view name) {
     std::string quoted = "\"";
     for (const char c : name) {

@@ -77,6 +77,21 @@ private:
     std::uint64_t m_deadline = 0;  ///< GetTickCount64's milliseconds
 };
 
+/// While it lives, the connection keeps the lock that its first query takes: what is read is of one
+/// moment, and further queries are cheap. A writer waits meanwhile.
+///
+/// Borrows: the connection. Requires: no other one of the same connection.
+class CSqliteReading {
+public:
+    explicit CSqliteReading(CSqliteConnection& database);
+    ~CSqliteReading();
+    CSqliteReading(const CSqliteReading&) = delete;
+    CSqliteReading& operator=(const CSqliteReading&) = delete;
+
+private:
+    CSqliteConnection& m_database;
+};
+
 /// A name as an identifier in a query, whatever it contains.
 std::string QuotedName(std::string_view name);
 

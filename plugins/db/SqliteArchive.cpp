@@ -50,6 +50,8 @@ std::unique_ptr<ITileArchive> CSqliteArchive::Open(const std::wstring& path, std
         return nullptr;
     }
     connection->AllowTime(kTimeToOpen);
+    // One lock for all that is read: to take and release it costs more than a query.
+    const CSqliteReading reading(*connection);
     std::optional<SqliteMaps> maps = IsGeoPackage(*connection) ? ReadGeoPackage(*connection, reason)
                                                                : ReadMbtiles(*connection, reason);
     if (!maps) {
@@ -82,6 +84,7 @@ std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
         return nullptr;
     }
     session->connection->AllowTime(kTimeForTile);
+    const CSqliteReading reading(*session->connection);
     const std::optional<std::string> description =
         AnswersOf(*session->connection, m_maps.descriptionQueries);
     if (!description) {
