@@ -52,7 +52,7 @@ foreach(line ${lines})
 endforeach()
 
 # The folders' names keep the links between documents and examples whole.
-install(FILES docs/hosting.md docs/writing-a-decoder.md docs/writing-a-provider.md
+install(FILES docs/hosting.md docs/maps.md docs/writing-a-decoder.md docs/writing-a-provider.md
     DESTINATION docs)
 install(DIRECTORY examples DESTINATION .)
 # A sample: in bin/language it would replace the texts of the resources.

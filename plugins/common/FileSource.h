@@ -6,8 +6,8 @@
 
 namespace Terrascope::Plugins {
 
-/// A file that must not change: when it is written to, cut short, replaced or deleted, every later
-/// read fails (of replacing and deleting, those from a tenth of a second later on).
+/// A file that must not change: once it has been written to or cut short (as its time shows, which
+/// is looked at every millisecond), replaced or deleted (every tenth of a second), all reads fail.
 ///
 /// Threads: any number may read at once, each with a handle of its own: reads on one handle wait
 ///          for each other.
@@ -24,10 +24,14 @@ public:
 private:
     explicit CFileSource(std::unique_ptr<CWatchedFile> file);
     std::unique_ptr<CFileHandle> TakeHandle();
+    bool IsUnchanged();
 
     const std::unique_ptr<CWatchedFile> m_file;
     const std::uint64_t m_size;
     const FileTime m_lastWrite;
+    const std::int64_t m_betweenLooks;        ///< as m_nextLook counts
+    std::atomic<std::int64_t> m_nextLook{0};  ///< of QueryPerformanceCounter
+    std::atomic<bool> m_hasChanged{false};
     CLeasePool<CFileHandle> m_handles;
 };
 

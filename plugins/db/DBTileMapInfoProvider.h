@@ -12,7 +12,7 @@
 namespace Terrascope::Plugins {
 
 /// Serves maps whose tiles are in archives: MBTiles, GeoPackage, PMTiles. The data path is one of
-/// them or a folder of them. See the README for what is read of each.
+/// them or a folder of them. docs/maps.md has what is read of each.
 ///
 /// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
 /// Threads: every operation may run beside every other, and no reading of tiles waits for another.

@@ -3,10 +3,14 @@
 #include <sqlite3.h>
 #include <windows.h>
 
+#include <array>
 #include <mutex>
+#include <optional>
 
+#include "plugins/common/FolderFiles.h"
 #include "plugins/common/PlainText.h"
 #include "plugins/db/ITileArchive.h"
+#include "terrascope/support/Handles.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -30,6 +34,40 @@ void PrepareFileSystem() {
         files->xSetSystemCall(files, "CreateFileW",
                               reinterpret_cast<sqlite3_syscall_ptr>(&OpenForDeletion));
     });
+}
+
+/// Whether a database is one with a log of its changes that lies at rest: all is in the file, and
+/// no log with changes is beside it.
+bool IsRestingLogged(const std::wstring& path) {
+    // Source: the SQLite file format; the versions for writing and reading are 2 with such a log.
+    constexpr DWORD kVersionsEnd = 20;
+    std::array<std::uint8_t, kVersionsEnd> start{};
+    const CFileHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, OPEN_EXISTING, 0, nullptr));
+    DWORD read = 0;
+    if (!file || !::ReadFile(file.Get(), start.data(), kVersionsEnd, &read, nullptr) ||
+        start[kVersionsEnd - 1] != 2) {
+        return false;
+    }
+    const std::optional<FileFacts> log = LookAtFile(path + L"-wal");
+    return !log || log->size == 0;
+}
+
+/// The path as an address of SQLite's, for a file that no one changes.
+std::string AddressOf(const std::wstring& path) {
+    std::string address = "file:///";
+    for (const char c : Utf8FromWide(path)) {
+        if (c == '\\') {
+            address += '/';
+        } else if (std::string_view("%?# ").find(c) != std::string_view::npos) {
+            constexpr std::string_view kDigits = "0123456789ABCDEF";
+            address += {'%', kDigits[static_cast<unsigned char>(c) >> 4], kDigits[c & 0xF]};
+        } else {
+            address += c;
+        }
+    }
+    return address + "?immutable=1";
 }
 
 }  // namespace
@@ -98,8 +136,11 @@ std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::wstring& p
                                                            std::string& reason) {
     PrepareFileSystem();
     sqlite3* database = nullptr;
+    // SQLite would lay two files beside such a database, and fail where it may not.
+    const bool isResting = !path.starts_with(L"\\\\") && IsRestingLogged(path);
     const int result =
-        sqlite3_open_v2(Utf8FromWide(path).c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+        sqlite3_open_v2(isResting ? AddressOf(path).c_str() : Utf8FromWide(path).c_str(), &database,
+                        SQLITE_OPEN_READONLY | (isResting ? SQLITE_OPEN_URI : 0), nullptr);
     std::unique_ptr<CSqliteConnection> connection(new CSqliteConnection(database));
     if (result != SQLITE_OK) {
         reason = database != nullptr ? sqlite3_errmsg(database) : "out of memory";

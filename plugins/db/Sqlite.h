@@ -53,7 +53,9 @@ private:
 /// Threads: one at a time.
 class CSqliteConnection {
 public:
-    /// Null, with the reason, when there is no such database.
+    /// Null, with the reason, when there is no such database. Nothing is written, nor laid beside
+    /// the file. Where it is a database with a write-ahead log, and at rest, later changes do not
+    /// show: whoever keeps the connection has to look at the file's time.
     static std::unique_ptr<CSqliteConnection> Open(const std::wstring& path, std::string& reason);
 
     /// A query of one statement; see CSqliteStatement::IsValid.

@@ -134,6 +134,15 @@ TEST_F(Pmtiles, IsRefusedWithTheReason) {
         EXPECT_TRUE(MapNames().empty()) << one.reason;
         EXPECT_EQ(before + 1, m_log.Count(one.reason)) << m_log.Text();
     }
+    for (const std::size_t length : {16U, 48U, 64U}) {  // of the root, the leaves, the tiles
+        std::string bytes = PmtilesWorld().Bytes();
+        bytes[length + 4] = 3;  // more than 10 GB
+        m_provider.reset();
+        m_folder.WriteFile("p.pmtiles", bytes);
+        Open();
+        EXPECT_TRUE(MapNames().empty());
+    }
+    EXPECT_EQ(3, m_log.Count("shorter than its header states"));
 }
 
 TEST_F(Pmtiles, EndsDirectoriesThatLeadInACircleOrAstray) {
