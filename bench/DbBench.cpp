@@ -153,6 +153,7 @@ using MakeReader = std::function<ReadOne()>;
 /// Each of so many threads reads its share of the tiles.
 void ReadAll(const MakeReader& make, const std::vector<Place>& places, int threads) {
     std::vector<std::thread> running;
+    running.reserve(static_cast<std::size_t>(threads));
     for (int t = 0; t < threads; ++t) {
         running.emplace_back([&, t] {
             const ReadOne read = make();

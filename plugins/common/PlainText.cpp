@@ -10,7 +10,7 @@
 namespace Terrascope::Plugins {
 namespace {
 
-constexpr std::size_t kLongestText = 1024 * 1024;  // bytes; the rest is dropped
+constexpr std::size_t kLongestText = std::size_t{1024} * 1024;  // bytes; the rest is dropped
 
 std::string_view WithoutBlanks(std::string_view text) {
     constexpr std::string_view kBlanks = " \t\r\n";

@@ -139,7 +139,7 @@ std::shared_ptr<const CArchiveLibrary> CArchiveLibrary::Open(const std::wstring&
     }
     for (const std::wstring& file : *files) {
         if (!IsCompanion(file)) {
-            library->Add(path + L'\\' + file, file);
+            library->Add(std::wstring(path).append(1, L'\\').append(file), file);
         }
     }
     return library;

@@ -119,7 +119,7 @@ std::vector<Matrix> ReadMatrices(CSqliteConnection& database, const std::string&
             reason = BreakAt(matrices.back(), matrix);
         }
         if (!reason.empty()) {
-            reason = "zoom level " + std::to_string(matrix.zoom) + " has " + reason;
+            reason.insert(0, "zoom level " + std::to_string(matrix.zoom) + " has ");
             break;
         }
         matrices.push_back(matrix);
