@@ -24,6 +24,8 @@ constexpr char kMatricesQuery[] =
 
 constexpr double kHalfMercatorWorld = 20037508.342789244;  // metres
 constexpr int kLargestTileSide = 8192;                     // pixels
+constexpr double kFarthest = 1e9;                          // map units
+constexpr double kSmallestSpan = 1e-9;                     // map units
 constexpr std::int64_t kMostTiles = std::int64_t{1} << kDeepestAddressableLayer;
 
 struct Matrix {
@@ -136,6 +138,13 @@ bool IsRectangle(const GridExtent& extent) {
            extent.west < extent.east && extent.south < extent.north;
 }
 
+/// Whether a display can reckon with it. No comparison holds for what is no number.
+bool IsPlausible(const GridExtent& extent) {
+    return extent.west >= -kFarthest && extent.east <= kFarthest && extent.south >= -kFarthest &&
+           extent.north <= kFarthest && extent.east - extent.west >= kSmallestSpan &&
+           extent.north - extent.south >= kSmallestSpan;
+}
+
 /// The layer of the first matrix: its zoom level, or the next one with keys for so many tiles.
 int LayerOf(const Matrix& matrix) {
     int layer = static_cast<int>(matrix.zoom);
@@ -227,6 +236,10 @@ void AddMap(CSqliteConnection& database, const Table& table, SqliteMaps& result,
     const Units units = UnitsOf(table);
     ArchiveMap map;
     map.grid = GridOf(table, matrices, tiles, units.perMapUnit);
+    if (!IsPlausible(map.grid.extent)) {
+        reason = "its extent is larger than a map can have, or nothing";
+        return;
+    }
     map.name = table.identifier.empty() ? table.name : table.identifier;
     map.description = TextOfHtml(table.description);
     map.units = units.text;

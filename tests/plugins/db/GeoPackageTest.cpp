@@ -131,6 +131,7 @@ TEST_F(GeoPackage, AMapEndsWhereItsMatricesDoNotHalve) {
         {{{1, 2, 2, 4}, {3, 4, 4, 1}}, "1-1 2x2..2x2", "no zoom level 2"},
         {{{1, 2, 2, 4}, {2, 2, 2, 2, 512}}, "1-1 2x2..2x2", "tiles of another size"},
         {{{1, 2, 2, 4}, {2, 4, 4, -2}}, "1-1 2x2..2x2", "an unusable matrix"},
+        {{{1, 2, 2, 1e7}}, nullptr, "its extent is larger than a map can have"},
         {{{1, 2, 2, 0}}, nullptr, "an unusable matrix"},
     };
     for (const Case& one : cases) {
