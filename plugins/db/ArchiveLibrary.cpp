@@ -1,6 +1,7 @@
 #include "plugins/db/ArchiveLibrary.h"
 
 #include <array>
+#include <exception>
 #include <string_view>
 
 #include "plugins/common/FileSource.h"
@@ -105,7 +106,12 @@ tagTILE_MAP_LAYER_INFO LibraryMap::Layer(int layer) const {
 
 void CArchiveLibrary::Add(const std::wstring& path, const std::wstring& fileName) {
     std::string reason;
-    const std::shared_ptr<ITileArchive> archive = OpenArchive(path, reason);
+    std::shared_ptr<ITileArchive> archive;
+    try {
+        archive = OpenArchive(path, reason);
+    } catch (const std::exception& failure) {
+        reason = failure.what();  // no memory for this one; the others may be smaller
+    }
     if (archive == nullptr) {
         LogLine("left out: '%s': %s", Shown(path).GetString(), reason.c_str());
         return;

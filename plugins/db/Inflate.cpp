@@ -20,9 +20,7 @@ std::optional<std::vector<std::uint8_t>> Gunzip(std::span<const std::uint8_t> pa
     int result = Z_OK;
     while (result == Z_OK) {
         if (stream.total_out == content.size()) {
-            if (content.size() == limit) {
-                break;
-            }
+            // At the limit zlib finds no room, and that is its end.
             content.resize(std::min(limit, content.size() * 2));
         }
         stream.next_out = content.data() + stream.total_out;

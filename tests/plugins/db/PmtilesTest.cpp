@@ -124,6 +124,12 @@ TEST_F(Pmtiles, IsRefusedWithTheReason) {
         {[](PmtilesParts& p) { p.typeCode = 5; }, "AVIF"},
         {[](PmtilesParts& p) { p.minZoom = 4; }, "no tiles of a zoom level from 1 to 30"},
         {[](PmtilesParts& p) { p.root = PmtilesVarint(1000); }, "root directory"},
+        {[](PmtilesParts& p) { p.root = PmtilesVarint(std::uint64_t{1} << 50); }, "root directory"},
+        {[](PmtilesParts& p) {
+             p.directoryCode = 2;
+             p.root = PmtilesVarint(1) + std::string(2 * kLargestDirectory, '\1');
+         },
+         "root directory"},
         {[](PmtilesParts& p) { p.root += std::string(kLargestDirectory, '0'); }, "root directory"},
     };
     for (const Case& one : cases) {
@@ -148,7 +154,7 @@ TEST_F(Pmtiles, IsRefusedWithTheReason) {
 TEST_F(Pmtiles, EndsDirectoriesThatLeadInACircleOrAstray) {
     const std::uint64_t beyond = std::uint64_t{1} << 63;
     const std::vector<std::vector<PmtilesLine>> roots = {
-        {{0, 0, 6, 0}},                                   // the leaf below: it names itself
+        {{0, 0, 5, 0}},                                   // the leaf below: it names itself
         {{0, 0, 4000000000, 0}},                          // longer than the file
         {{0, beyond, 6, 0}, {5, beyond, 4000000000, 1}},  // beyond its end
         {{0, 0, 4000000000, 1}},
