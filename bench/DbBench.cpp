@@ -260,20 +260,22 @@ double Fill(HostWindow& window, const TileFiles& files, const char* map) {
 
 void BenchFilling(const TerrascopeTest::LibraryFolder& library, const TileFiles& files) {
     HostWindow window;
-    const auto fill = [&](const char* provider, const char* map) {
+    const auto fill = [&](const char* provider, const std::string& archive, const char* map) {
         library.WriteSettings(
             "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=" + std::string(provider) +
             "\r\nREMOTE=None\r\n[SplittedFileTileMapInfoProvider]\r\nDATA_PATH=maps\r\n"
-            "[DBTileMapInfoProvider]\r\nDATA_PATH=archives\r\n[TILE_LOAD]\r\nFAST=1\r\n"
-            "THREADS=4\r\nCACHE_MB=256\r\n");
+            "[DBTileMapInfoProvider]\r\nDATA_PATH=archives\\" +
+            archive + "\r\n[TILE_LOAD]\r\nFAST=1\r\nTHREADS=4\r\nCACHE_MB=256\r\n");
         return Fill(window, files, map);
     };
-    for (const char* map : {"mbtiles", "geopackage", "pmtiles"}) {
+    for (const auto& [map, archive] :
+         {std::array{"mbtiles", "mbtiles.mbtiles"}, std::array{"geopackage", "geopackage.gpkg"},
+          std::array{"pmtiles", "pmtiles.pmtiles"}}) {
         std::vector<double> ours;
         std::vector<double> raw;
         for (int run = 0; run < kRuns; ++run) {
-            ours.push_back(fill("DBTileMapInfoProvider", map));
-            raw.push_back(fill("SplittedFileTileMapInfoProvider", files.Name()));
+            ours.push_back(fill("DBTileMapInfoProvider", archive, map));
+            raw.push_back(fill("SplittedFileTileMapInfoProvider", archive, files.Name()));
         }
         PrintRow((std::string("FAST view from ") + map + ", against files").c_str(), Median(ours),
                  Median(raw), 1.2);

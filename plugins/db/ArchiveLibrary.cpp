@@ -1,13 +1,14 @@
 #include "plugins/db/ArchiveLibrary.h"
 
-#include <array>
 #include <exception>
+#include <optional>
 #include <string_view>
 
 #include "plugins/common/FileSource.h"
 #include "plugins/common/PlainText.h"
 #include "plugins/db/PmtilesArchive.h"
 #include "plugins/db/SqliteArchive.h"
+#include "terrascope/support/Handles.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/text/MultibyteText.h"
 
@@ -35,23 +36,34 @@ bool IsCompanion(std::wstring_view fileName) {
            fileName.ends_with(L"-journal");
 }
 
+/// The first bytes of a file; nothing when they cannot be read, fewer when there are no more.
+std::optional<std::string> StartOf(const std::wstring& path) {
+    constexpr DWORD kBytes = 16;
+    const CFileHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string start(kBytes, '\0');
+    DWORD read = 0;
+    if (!file || !::ReadFile(file.Get(), start.data(), kBytes, &read, nullptr)) {
+        return std::nullopt;
+    }
+    start.resize(read);
+    return start;
+}
+
 /// Null, with the reason, when the file is no archive that can be used.
 std::unique_ptr<ITileArchive> OpenArchive(const std::wstring& path, std::string& reason) {
-    std::array<std::uint8_t, 16> start{};
-    std::unique_ptr<CFileSource> file = CFileSource::Open(path);
-    if (file == nullptr || !file->Read(0, start)) {
-        reason = file == nullptr ? "it cannot be opened" : "it is shorter than any archive";
-        return nullptr;
-    }
-    const std::string_view bytes(reinterpret_cast<const char*>(start.data()), start.size());
-    if (bytes == "SQLite format 3\0"sv) {
+    const std::optional<std::string> start = StartOf(path);
+    if (start && *start == "SQLite format 3\0"sv) {
         return CSqliteArchive::Open(path, reason);
     }
-    if (bytes.starts_with("PMTiles"sv)) {
-        const FileTime lastWrite = file->LastWrite();
-        return CPmtilesArchive::Open(std::move(file), lastWrite, reason);
+    if (start && start->starts_with("PMTiles")) {
+        if (std::unique_ptr<CFileSource> file = CFileSource::Open(path); file != nullptr) {
+            const FileTime lastWrite = file->LastWrite();
+            return CPmtilesArchive::Open(std::move(file), lastWrite, reason);
+        }
     }
-    reason = "it is neither MBTiles nor GeoPackage nor PMTiles";
+    reason = start ? "it is neither MBTiles nor GeoPackage nor PMTiles" : "it cannot be opened";
     return nullptr;
 }
 

@@ -44,34 +44,47 @@ std::unique_ptr<ITileArchive> CSqliteArchive::Open(const std::wstring& path, std
         return nullptr;
     }
     std::unique_ptr<CSqliteArchive> archive(new CSqliteArchive(std::move(file)));
-    const FileTime lastWrite = archive->m_file->LastWrite();
-    const std::unique_ptr<CSqliteConnection> connection = CSqliteConnection::Open(path, reason);
-    if (connection == nullptr) {
+    auto session = std::make_unique<Session>();
+    session->lastWrite = archive->m_file->LastWrite();
+    session->connection = CSqliteConnection::Open(path, reason);
+    if (session->connection == nullptr || !archive->Describe(*session->connection, reason)) {
         return nullptr;
     }
-    connection->AllowTime(kTimeToOpen);
+    for (ArchiveMap& map : archive->m_maps.maps) {
+        map.lastWrite = session->lastWrite;
+    }
+    archive->PrepareTiles(*session);
+    archive->m_sessions.PutBack(std::move(session));
+    return archive;
+}
+
+bool CSqliteArchive::Describe(CSqliteConnection& connection, std::string& reason) {
+    connection.AllowTime(kTimeToOpen);
     // One lock for all that is read: to take and release it costs more than a query.
-    const CSqliteReading reading(*connection);
-    std::optional<SqliteMaps> maps = IsGeoPackage(*connection) ? ReadGeoPackage(*connection, reason)
-                                                               : ReadMbtiles(*connection, reason);
+    const CSqliteReading reading(connection);
+    std::optional<SqliteMaps> maps = IsGeoPackage(connection) ? ReadGeoPackage(connection, reason)
+                                                              : ReadMbtiles(connection, reason);
     if (!maps) {
-        return nullptr;
+        return false;
     }
     for (const std::string& note : maps->notes) {
-        LogLine("'%s': %s", Shown(path).GetString(),
+        LogLine("'%s': %s", Shown(m_file->Path()).GetString(),
                 NarrowFromUtf8(note, kLongestNote).GetString());
     }
-    std::optional<std::string> description = AnswersOf(*connection, maps->descriptionQueries);
+    std::optional<std::string> description = AnswersOf(connection, maps->descriptionQueries);
     if (!description) {
-        reason = connection->LastError();
-        return nullptr;
+        reason = connection.LastError();
+        return false;
     }
-    for (ArchiveMap& map : maps->maps) {
-        map.lastWrite = lastWrite;
+    m_maps = std::move(*maps);
+    m_description = std::move(*description);
+    return true;
+}
+
+void CSqliteArchive::PrepareTiles(Session& session) const {
+    for (const std::string& query : m_maps.tileQueries) {
+        session.tiles.push_back(session.connection->Prepare(query));
     }
-    archive->m_maps = std::move(*maps);
-    archive->m_description = std::move(*description);
-    return archive;
 }
 
 std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
@@ -97,9 +110,7 @@ std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
         }
         return nullptr;
     }
-    for (const std::string& query : m_maps.tileQueries) {
-        session->tiles.push_back(session->connection->Prepare(query));
-    }
+    PrepareTiles(*session);
     return session;
 }
 

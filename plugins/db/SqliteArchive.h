@@ -43,6 +43,8 @@ private:
     };
 
     explicit CSqliteArchive(std::unique_ptr<CWatchedFile> file) : m_file(std::move(file)) {}
+    bool Describe(CSqliteConnection& connection, std::string& reason);
+    void PrepareTiles(Session& session) const;
     std::unique_ptr<Session> TakeSession();
     std::unique_ptr<Session> MakeSession();
 
