@@ -33,6 +33,7 @@ constexpr int kZoom = 5;
 constexpr int kSide = 1 << kZoom;
 constexpr int kRuns = 11;
 constexpr int kReads = 4096;
+constexpr double kOpeningLimit = 100'000;  // microseconds
 
 /// A tile of the archives, by the numbers of each.
 struct Place {
@@ -291,20 +292,18 @@ void BenchOpening(const TerrascopeTest::TemporaryFolder& folder) {
                    "n;");
     }
     for (const auto& [name, file] :
-         {std::array{"opening 1,048,576 tiles without metadata, limit 100,000", "million.mbtiles"},
-          std::array{"opening MBTiles", "archives\\mbtiles.mbtiles"},
-          std::array{"opening GeoPackage", "archives\\geopackage.gpkg"},
-          std::array{"opening PMTiles", "archives\\pmtiles.pmtiles"}}) {
+         {std::array{"opening 1,048,576 tiles without metadata, limit", "million.mbtiles"},
+          std::array{"opening MBTiles, limit", "archives\\mbtiles.mbtiles"},
+          std::array{"opening GeoPackage, limit", "archives\\geopackage.gpkg"},
+          std::array{"opening PMTiles, limit", "archives\\pmtiles.pmtiles"}}) {
         const std::wstring path = WideFromUtf8(folder / file);
-        Compare(
-            name, 100'000, kRuns, 1,
-            [&] { Check(!CArchiveLibrary::Open(path)->Maps().empty(), "no map"); },
-            [&] {
-                sqlite3* database = nullptr;
-                sqlite3_open_v2(Utf8FromWide(path).c_str(), &database, SQLITE_OPEN_READONLY,
-                                nullptr);
-                sqlite3_close(database);
-            });
+        std::vector<double> times;
+        times.reserve(kRuns);
+        for (int run = 0; run < kRuns; ++run) {
+            times.push_back(MicrosecondsOf(
+                [&] { Check(!CArchiveLibrary::Open(path)->Maps().empty(), "no map"); }));
+        }
+        PrintRow(name, Median(times), kOpeningLimit, 1.0);
     }
 }
 

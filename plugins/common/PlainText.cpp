@@ -32,7 +32,7 @@ std::optional<T> ParseNumber(std::string_view text) {
                                                                     : std::nullopt;
 }
 
-/// The character that stands between "&" and ";", as UTF-16; empty for one that is not known here.
+/// The character that a name between "&" and ";" means, as UTF-16; empty for one not listed here.
 std::wstring EntityText(std::string_view name) {
     struct Named {
         std::string_view name;
@@ -47,9 +47,9 @@ std::wstring EntityText(std::string_view name) {
                                            {"copy", L'\u00A9'},
                                            {"reg", L'\u00AE'},
                                            {"ndash", L'\u2013'}}};
-    for (const Named& known : kNamed) {
-        if (name == known.name) {
-            return {known.text};
+    for (const Named& each : kNamed) {
+        if (name == each.name) {
+            return {each.text};
         }
     }
     if (!name.starts_with('#')) {
@@ -136,7 +136,7 @@ std::string TextOfHtml(std::string_view html) {
         if (c == '<') {
             const std::size_t end = html.find('>', i);
             const std::string_view tag = html.substr(i + 1, 2);
-            // Those that end a line; the others stand within a word.
+            // Those that end a line; the others may be within a word.
             if (tag.starts_with("br") || tag.starts_with("p") || tag.starts_with("/p") ||
                 tag.starts_with("/d") || tag.starts_with("/l")) {
                 addBlank();

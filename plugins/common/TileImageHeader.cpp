@@ -37,7 +37,7 @@ TileImageHeader Sized(std::string_view format, std::uint32_t width, std::uint32_
                     : TileImageHeader{format};
 }
 
-/// The size stands in the first frame header, behind segments that each have a length.
+/// The size is in the first frame header, behind segments that each have a length.
 TileImageHeader JpegHeader(Bytes file) {
     std::size_t at = 2;
     while (at + 3 < file.size() && At(file, at) == 0xFF) {

@@ -154,7 +154,7 @@ int LayerOf(const Matrix& matrix) {
     return layer;
 }
 
-/// How much of a spatial reference system's unit makes one map unit, and what is said of it.
+/// How much of a spatial reference system's unit makes one map unit, and their name for the remark.
 struct Units {
     double perMapUnit = 1.0;
     std::string text;

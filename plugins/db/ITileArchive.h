@@ -18,7 +18,7 @@ struct ArchiveMap {
     std::string name;         ///< empty: the file's name is to be used
     std::string description;  ///< plain text
     std::string attribution;  ///< plain text
-    std::string units;        ///< what there is to be said of the map units; empty for degrees
+    std::string units;        ///< names the map units; empty for degrees
     std::string format;       ///< "png", ...
     FileTime lastWrite = 0;
     int tileWidth = 0;  ///< pixels

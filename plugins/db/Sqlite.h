@@ -47,7 +47,7 @@ private:
     bool m_failed = false;
 };
 
-/// A connection to a database that is only read. What stands in it is trusted in nothing: a query
+/// A connection to a database that is only read. Its content is trusted in nothing: a query
 /// ends after a time, and no value is longer than the largest tile.
 ///
 /// Threads: one at a time.

@@ -16,7 +16,7 @@ CString Shown(const std::wstring& path) {
     return NarrowFromUtf8(Utf8FromWide(path), kLongestNote);
 }
 
-/// All values of all rows, told apart by lengths. Nothing when a query fails.
+/// All values of all rows, each behind its length. Nothing when a query fails.
 std::optional<std::string> AnswersOf(CSqliteConnection& connection,
                                      const std::vector<std::string>& queries) {
     std::string answers;

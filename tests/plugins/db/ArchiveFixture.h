@@ -97,7 +97,7 @@ private:
     }
 };
 
-/// SQL for an MBTiles file whose tiles say "zoom/column/row", rows from the bottom: all tiles of
+/// SQL for an MBTiles file whose tiles hold "zoom/column/row", rows from the bottom: all tiles of
 /// the zoom levels with columns and rows from `first` to `last` of the lowest level.
 std::string MbtilesSql(int lowest, int highest, int first, int last,
                        const std::string& metadata = "");

@@ -38,7 +38,7 @@ struct Level {
     int tileSide = 256;
 };
 
-/// A table whose tiles say "zoom/column/row": all of each level's matrix. `set` is its corners,
+/// A table whose tiles hold "zoom/column/row": all of each level's matrix. `set` is its corners,
 /// `contents` the numbers of gpkg_contents.
 std::string TableSql(const std::string& name, int system, const std::string& set,
                      const std::string& contents, const std::vector<Level>& levels) {

@@ -34,7 +34,7 @@ struct PmtilesParts {
     std::string Bytes() const;
 };
 
-/// Zoom levels 0 to 3, all tiles of which say their number: those of zoom 3 by way of leaves, and
+/// Zoom levels 0 to 3, all tiles of which hold their number: those of zoom 3 by way of leaves, and
 /// the first four of them are one.
 PmtilesParts PmtilesWorld();
 
