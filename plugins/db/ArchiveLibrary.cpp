@@ -1,10 +1,12 @@
 #include "plugins/db/ArchiveLibrary.h"
 
+#include <algorithm>
 #include <exception>
 #include <optional>
 #include <string_view>
 
 #include "plugins/common/FileSource.h"
+#include "plugins/common/MapRemark.h"
 #include "plugins/common/PlainText.h"
 #include "plugins/db/PmtilesArchive.h"
 #include "plugins/db/SqliteArchive.h"
@@ -19,7 +21,7 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t kLongestName = 255;  // bytes
 constexpr std::size_t kLongestFormat = 20;
-constexpr std::size_t kLongestRemark = 4000;
+constexpr std::size_t kLongestText = 2000;
 
 CString Shown(const std::wstring& path) {
     return NarrowFromUtf8(Utf8FromWide(path), 500);
@@ -76,17 +78,6 @@ SYSTEMTIME LocalTime(FileTime time) {
     return local;
 }
 
-/// Description, attribution and map units, each on a line of its own.
-std::string RemarkOf(const ArchiveMap& map) {
-    std::string remark;
-    for (const std::string* line : {&map.description, &map.attribution, &map.units}) {
-        if (!line->empty()) {
-            remark.append(remark.empty() ? "" : "\n").append(*line);
-        }
-    }
-    return remark;
-}
-
 tagTILE_MAP_INFO RecordOf(const ArchiveMap& map, const CString& name) {
     tagTILE_MAP_INFO info;
     info.strName = name;
@@ -100,7 +91,8 @@ tagTILE_MAP_INFO RecordOf(const ArchiveMap& map, const CString& name) {
     info.dLatitude = map.grid.extent.north - map.grid.extent.south;
     info.nTileWidth = map.tileWidth;
     info.nTileHeight = map.tileHeight;
-    info.strRemark = NarrowFromUtf8(RemarkOf(map), kLongestRemark);
+    info.strRemark = MapRemark(NarrowFromUtf8(map.description, kLongestText), map.isMercator,
+                               NarrowFromUtf8(map.attribution, kLongestText));
     return info;
 }
 
@@ -151,10 +143,13 @@ std::shared_ptr<const CArchiveLibrary> CArchiveLibrary::Open(const std::wstring&
         library->Add(path, path.substr(path.find_last_of(L"\\/") + 1));
         return library;
     }
-    const auto files = ListFiles(path);
+    auto files = ListFiles(path);
     if (!files) {
         return nullptr;
     }
+    std::sort(files->begin(), files->end(), [](const std::wstring& a, const std::wstring& b) {
+        return ::CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    });
     for (const std::wstring& file : *files) {
         if (!IsCompanion(file)) {
             library->Add(std::wstring(path).append(1, L'\\').append(file), file);

@@ -17,7 +17,7 @@ struct LibraryMap {
     std::shared_ptr<ITileArchive> archive;
     std::size_t index = 0;  ///< among the archive's maps
     tagTILE_MAP_INFO info;
-    TileGrid grid;
+    ArchiveGrid grid;
 
     bool HasLayer(int layer) const { return layer >= grid.firstLayer && layer <= grid.lastLayer; }
     /// Requires: HasLayer.

@@ -157,6 +157,7 @@ int LayerOf(const Matrix& matrix) {
 /// How much of a spatial reference system's unit makes one map unit, and their name for the remark.
 struct Units {
     double perMapUnit = 1.0;
+    bool isMercator = false;
     std::string text;
 };
 Units UnitsOf(const Table& table) {
@@ -164,18 +165,19 @@ Units UnitsOf(const Table& table) {
     constexpr std::array<std::int64_t, 5> kWebMercator{3857, 900913, 3785, 102100, 102113};
     constexpr std::int64_t kDegrees = 4326;
     if (std::find(kWebMercator.begin(), kWebMercator.end(), table.system) != kWebMercator.end()) {
-        return {kHalfMercatorWorld / 180.0, kMercatorUnits};
+        return {kHalfMercatorWorld / 180.0, true, {}};
     }
     if (table.system == kDegrees) {
         return {};
     }
-    return {1.0, "Map units are those of " + table.organization + ":" +
-                     std::to_string(table.system) + "."};
+    return {
+        1.0, false,
+        "Map units are those of " + table.organization + ":" + std::to_string(table.system) + "."};
 }
 
 /// The map's part of the grid, from the matrices on, which are not empty.
-TileGrid GridOf(const Table& table, std::vector<Matrix>& matrices, CTileTable& tiles,
-                double perMapUnit) {
+ArchiveGrid GridOf(const Table& table, std::vector<Matrix>& matrices, CTileTable& tiles,
+                   double perMapUnit) {
     int layer = LayerOf(matrices.front());
     int zoomOfLayer = static_cast<int>(matrices.front().zoom) - layer;
     if (layer == 0 && matrices.size() > 1) {
@@ -189,7 +191,7 @@ TileGrid GridOf(const Table& table, std::vector<Matrix>& matrices, CTileTable& t
     const double width = first.pixelWidth * static_cast<double>(first.tileWidth);
     const double height = first.pixelHeight * static_cast<double>(first.tileHeight);
     const GridExtent& set = table.matrixSet;
-    TileGrid grid;
+    ArchiveGrid grid;
     grid.firstLayer = layer;
     grid.lastLayer =
         std::min(layer + static_cast<int>(matrices.size()) - 1, kDeepestAddressableLayer);
@@ -242,7 +244,10 @@ void AddMap(CSqliteConnection& database, const Table& table, SqliteMaps& result,
     }
     map.name = table.identifier.empty() ? table.name : table.identifier;
     map.description = TextOfHtml(table.description);
-    map.units = units.text;
+    map.isMercator = units.isMercator;
+    if (!units.text.empty()) {
+        map.description.append(map.description.empty() ? "" : " ").append(units.text);
+    }
     map.format = tiles.SomeHeader(static_cast<int>(matrices.front().zoom)).format;
     map.tileWidth = static_cast<int>(matrices.front().tileWidth);
     map.tileHeight = static_cast<int>(matrices.front().tileHeight);

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "plugins/common/FolderFiles.h"
-#include "plugins/db/TileGrid.h"
+#include "plugins/db/ArchiveGrid.h"
 
 namespace Terrascope::Plugins {
 
@@ -18,19 +18,13 @@ struct ArchiveMap {
     std::string name;         ///< empty: the file's name is to be used
     std::string description;  ///< plain text
     std::string attribution;  ///< plain text
-    std::string units;        ///< names the map units; empty for degrees
+    bool isMercator = false;  ///< in the units of MercatorGrid
     std::string format;       ///< "png", ...
     FileTime lastWrite = 0;
     int tileWidth = 0;  ///< pixels
     int tileHeight = 0;
-    TileGrid grid;
+    ArchiveGrid grid;
 };
-
-/// What `ArchiveMap::units` is for maps in the grid of web maps.
-inline constexpr char kMercatorUnits[] =
-    "Web Mercator: x is degrees of longitude, y the Mercator ordinate on the same scale (the "
-    "square "
-    "world is -180 to 180).";
 
 /// A file with the tiles of one map or more.
 ///

@@ -103,14 +103,14 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     map.tileHeight = header.height > 0 ? header.height : kUsualTile;
     std::optional<TileRange> range = RangeOfBounds(ValueOf(metadata, "bounds"), firstZoom);
     if (!range) {
-        const std::int64_t last = MercatorWorld(firstZoom).lastRow;
+        const std::int64_t last = MercatorWorldTiles(firstZoom).lastRow;
         range = tiles.UsedTiles(firstZoom, last + 1, last + 1);
         const std::int64_t bottom = range->firstRow;
         range->firstRow = last - range->lastRow;
         range->lastRow = last - bottom;
     }
     map.grid = MercatorGrid(firstZoom, lastZoom, *range);
-    map.units = kMercatorUnits;
+    map.isMercator = true;
     map.name = ValueOf(metadata, "name");
     map.description = TextOfHtml(ValueOf(metadata, "description"));
     map.attribution = TextOfHtml(ValueOf(metadata, "attribution"));

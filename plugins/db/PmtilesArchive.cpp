@@ -101,10 +101,10 @@ std::optional<PmtilesEntry> CPmtilesArchive::FirstTile() {
 ArchiveMap CPmtilesArchive::Describe() {
     ArchiveMap map;
     const int firstZoom = std::max(m_header.minZoom, 1);
-    map.grid =
-        MercatorGrid(firstZoom, std::min(m_header.maxZoom, kDeepestAddressableLayer),
-                     MercatorTiles(m_header.bounds, firstZoom).value_or(MercatorWorld(firstZoom)));
-    map.units = kMercatorUnits;
+    map.grid = MercatorGrid(
+        firstZoom, std::min(m_header.maxZoom, kDeepestAddressableLayer),
+        MercatorTiles(m_header.bounds, firstZoom).value_or(MercatorWorldTiles(firstZoom)));
+    map.isMercator = true;
     TileImageHeader header;
     std::vector<std::uint8_t> tile;
     if (const auto first = FirstTile(); first && ReadBytes(*first, tile)) {

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "plugins/db/TileGrid.h"
+#include "plugins/db/ArchiveGrid.h"
 
 namespace Terrascope::Plugins {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "plugins/db/TileGrid.h"
+#include "plugins/db/ArchiveGrid.h"
 
 namespace Terrascope::Plugins {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "plugins/common/TileImageHeader.h"
+#include "plugins/db/ArchiveGrid.h"
 #include "plugins/db/Sqlite.h"
-#include "plugins/db/TileGrid.h"
 
 namespace Terrascope::Plugins {
 

@@ -103,7 +103,7 @@ TEST_F(GeoPackage, EachTableOfTilesIsAMap) {
     for (const auto& [name, text] : maps) {
         EXPECT_EQ(text, MapText(name));
     }
-    EXPECT_EQ("about 7\nMap units are those of NONE:25832.", Remark("it's \"own\""));
+    EXPECT_EQ("about 7 Map units are those of NONE:25832.", Remark("it's \"own\""));
     EXPECT_EQ("about 4326", Remark("degrees"));
     EXPECT_EQ(1, m_log.Count("table 'nothing': it has no tiles"));
     const std::vector<std::array<const char*, 3>> tiles = {

@@ -39,7 +39,7 @@ struct GridExtent {
 /// The layers of a map that is a part of its file's grid: whole tiles of its first layer. Columns
 /// and rows of the map count from that part's corner, which may lie anywhere, so that they double
 /// from layer to layer.
-struct TileGrid {
+struct ArchiveGrid {
     int firstLayer = 1;   ///< at least 1
     int lastLayer = 1;    ///< at most kDeepestAddressableLayer
     int zoomOfLayer = 0;  ///< a layer's number plus this is its zoom level in the file
@@ -61,10 +61,10 @@ TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t 
 /// The grid of web maps: one square tile at zoom 0. Map units are degrees of longitude in x, and in
 /// y the Mercator ordinate on the same scale: the square world is -180 to 180 in both. `first` is
 /// of zoom `firstZoom`, which is at least 1.
-TileGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first);
+ArchiveGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first);
 
 /// The whole of a zoom level of that grid.
-TileRange MercatorWorld(int zoom);
+TileRange MercatorWorldTiles(int zoom);
 
 /// The tiles of a zoom level that cover a rectangle in degrees; a ten-thousandth of a tile beyond
 /// an edge, which rounded numbers make, does not count. Nothing when the rectangle is none, or lies

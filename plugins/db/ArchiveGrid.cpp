@@ -1,4 +1,4 @@
-#include "plugins/db/TileGrid.h"
+#include "plugins/db/ArchiveGrid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +28,7 @@ void Cover(double begin, double end, std::int64_t count, std::int64_t& first, st
 
 }  // namespace
 
-std::optional<GridTile> TileGrid::Find(const TileAddress& address) const {
+std::optional<GridTile> ArchiveGrid::Find(const TileAddress& address) const {
     if (address.layer < firstLayer || address.layer > lastLayer ||
         address.column >= Columns(address.layer) || address.row >= Rows(address.layer)) {
         return std::nullopt;
@@ -45,8 +45,8 @@ TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t 
     return range;
 }
 
-TileGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first) {
-    TileGrid grid;
+ArchiveGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first) {
+    ArchiveGrid grid;
     grid.firstLayer = firstZoom;
     grid.lastLayer = lastZoom;
     grid.first = first;
@@ -58,7 +58,7 @@ TileGrid MercatorGrid(int firstZoom, int lastZoom, const TileRange& first) {
     return grid;
 }
 
-TileRange MercatorWorld(int zoom) {
+TileRange MercatorWorldTiles(int zoom) {
     const std::int64_t last = (std::int64_t{1} << zoom) - 1;
     return {0, 0, last, last};
 }
