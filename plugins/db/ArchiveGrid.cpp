@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace Terrascope::Plugins {
 namespace {
@@ -10,13 +9,6 @@ namespace {
 constexpr double kHalfWorld = 180.0;           // degrees, and the Mercator ordinate on their scale
 constexpr double kRounding = 1e-4;             // tiles
 constexpr double kMercatorLimit = 85.0511287;  // degrees of latitude: the square world ends there
-
-/// The Mercator ordinate, 0 at the north edge of the square world to 1 at its south edge.
-double FractionFromNorth(double latitude) {
-    const double phi =
-        std::clamp(latitude, -kMercatorLimit, kMercatorLimit) * std::numbers::pi / 180.0;
-    return (1.0 - std::asinh(std::tan(phi)) / std::numbers::pi) / 2.0;
-}
 
 /// The tiles that a stretch from `begin` to `end`, in tiles, touches.
 void Cover(double begin, double end, std::int64_t count, std::int64_t& first, std::int64_t& last) {
@@ -38,7 +30,7 @@ std::optional<GridTile> ArchiveGrid::Find(const TileAddress& address) const {
                     (first.firstRow << below) + address.row};
 }
 
-TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t rows) {
+TileRange CoverTiles(const MapExtent& area, std::int64_t columns, std::int64_t rows) {
     TileRange range;
     Cover(area.west, area.east, columns, range.firstColumn, range.lastColumn);
     Cover(area.north, area.south, rows, range.firstRow, range.lastRow);
@@ -63,8 +55,8 @@ TileRange MercatorWorldTiles(int zoom) {
     return {0, 0, last, last};
 }
 
-std::optional<TileRange> MercatorTiles(const GridExtent& degrees, int zoom) {
-    GridExtent area = degrees;
+std::optional<TileRange> MercatorTiles(const MapExtent& degrees, int zoom) {
+    MapExtent area = degrees;
     if (area.west > area.east) {
         area.west = -kHalfWorld;
         area.east = kHalfWorld;
@@ -80,9 +72,12 @@ std::optional<TileRange> MercatorTiles(const GridExtent& degrees, int zoom) {
     const auto columnAt = [&](double longitude) {
         return (longitude + kHalfWorld) / (2 * kHalfWorld) * tiles;
     };
-    return CoverTiles({columnAt(area.west), FractionFromNorth(area.south) * tiles,
-                       columnAt(area.east), FractionFromNorth(area.north) * tiles},
-                      count, count);
+    const auto rowAt = [&](double latitude) {
+        return (kHalfWorld - MercatorOrdinate(latitude)) / (2 * kHalfWorld) * tiles;
+    };
+    return CoverTiles(
+        {columnAt(area.west), rowAt(area.south), columnAt(area.east), rowAt(area.north)}, count,
+        count);
 }
 
 }  // namespace Terrascope::Plugins

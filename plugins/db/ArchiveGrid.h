@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "plugins/common/TileAddress.h"
+#include "plugins/common/TileGrid.h"
 
 namespace Terrascope::Plugins {
 
@@ -28,14 +29,6 @@ struct TileRange {
     std::int64_t Rows() const { return lastRow - firstRow + 1; }
 };
 
-/// A rectangle; y upwards.
-struct GridExtent {
-    double west = 0.0;
-    double south = 0.0;
-    double east = 0.0;
-    double north = 0.0;
-};
-
 /// The layers of a map that is a part of its file's grid: whole tiles of its first layer. Columns
 /// and rows of the map count from that part's corner, which may lie anywhere, so that they double
 /// from layer to layer.
@@ -44,7 +37,7 @@ struct ArchiveGrid {
     int lastLayer = 1;    ///< at most kDeepestAddressableLayer
     int zoomOfLayer = 0;  ///< a layer's number plus this is its zoom level in the file
     TileRange first;      ///< of the first layer, in the file's numbers
-    GridExtent extent;    ///< of the first layer's tiles, in map units
+    MapExtent extent;     ///< of the first layer's tiles, in map units
 
     /// Columns or rows of a layer from the first to the last one.
     std::int64_t Columns(int layer) const { return first.Columns() << (layer - firstLayer); }
@@ -56,7 +49,7 @@ struct ArchiveGrid {
 /// The tiles that a rectangle touches, in a matrix of so many columns and rows; the rectangle is in
 /// tiles, with y downwards (`north` is less than `south`). A ten-thousandth of a tile beyond an
 /// edge, which rounded numbers make, does not count. At least one tile.
-TileRange CoverTiles(const GridExtent& area, std::int64_t columns, std::int64_t rows);
+TileRange CoverTiles(const MapExtent& area, std::int64_t columns, std::int64_t rows);
 
 /// The grid of web maps: one square tile at zoom 0. Map units are degrees of longitude in x, and in
 /// y the Mercator ordinate on the same scale: the square world is -180 to 180 in both. `first` is
@@ -69,6 +62,6 @@ TileRange MercatorWorldTiles(int zoom);
 /// The tiles of a zoom level that cover a rectangle in degrees; a ten-thousandth of a tile beyond
 /// an edge, which rounded numbers make, does not count. Nothing when the rectangle is none, or lies
 /// outside the world. One that crosses 180 degrees is taken for all longitudes.
-std::optional<TileRange> MercatorTiles(const GridExtent& degrees, int zoom);
+std::optional<TileRange> MercatorTiles(const MapExtent& degrees, int zoom);
 
 }  // namespace Terrascope::Plugins

@@ -49,13 +49,13 @@ struct Table {
     std::string name;
     std::string identifier;
     std::string description;
-    GridExtent matrixSet;
-    GridExtent contents;
+    MapExtent matrixSet;
+    MapExtent contents;
     std::string organization;
     std::int64_t system = 0;
 };
 
-GridExtent ExtentAt(const CSqliteStatement& row, int column) {
+MapExtent ExtentAt(const CSqliteStatement& row, int column) {
     return {row.Real(column), row.Real(column + 1), row.Real(column + 2), row.Real(column + 3)};
 }
 
@@ -132,14 +132,14 @@ std::vector<Matrix> ReadMatrices(CSqliteConnection& database, const std::string&
     return matrices;
 }
 
-bool IsRectangle(const GridExtent& extent) {
+bool IsRectangle(const MapExtent& extent) {
     return std::isfinite(extent.west) && std::isfinite(extent.north) &&
            std::isfinite(extent.east - extent.west) && std::isfinite(extent.north - extent.south) &&
            extent.west < extent.east && extent.south < extent.north;
 }
 
 /// Whether a display can reckon with it. No comparison holds for what is no number.
-bool IsPlausible(const GridExtent& extent) {
+bool IsPlausible(const MapExtent& extent) {
     return extent.west >= -kFarthest && extent.east <= kFarthest && extent.south >= -kFarthest &&
            extent.north <= kFarthest && extent.east - extent.west >= kSmallestSpan &&
            extent.north - extent.south >= kSmallestSpan;
@@ -190,7 +190,7 @@ ArchiveGrid GridOf(const Table& table, std::vector<Matrix>& matrices, CTileTable
     const Matrix& first = matrices.front();
     const double width = first.pixelWidth * static_cast<double>(first.tileWidth);
     const double height = first.pixelHeight * static_cast<double>(first.tileHeight);
-    const GridExtent& set = table.matrixSet;
+    const MapExtent& set = table.matrixSet;
     ArchiveGrid grid;
     grid.firstLayer = layer;
     grid.lastLayer =

@@ -33,7 +33,7 @@ struct PmtilesHeader {
     std::string format;  ///< "png", "jpg", "webp"; empty: not stated
     int minZoom = 0;
     int maxZoom = 0;
-    GridExtent bounds;  ///< degrees
+    MapExtent bounds;  ///< degrees
 };
 
 /// Reads the header of an archive that is `size` bytes long. Nothing, with the reason, when it is
