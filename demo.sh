@@ -65,6 +65,38 @@ make_maps() {
         'The Earth from space, without clouds'
 }
 
+# archive NAME ZOOM COLUMN ROW COLUMNS ROWS KEY=VALUE...: a block of web map tiles of the Blue Marble
+# as build/demo/NAME.mbtiles.
+archive() {
+    local name=$1 zoom=$2 column=$3 row=$4 columns=$5 rows=$6
+    [ ! -f "$demo/$name.mbtiles" ] || return 0
+    say "make $name.mbtiles"
+    local work="$demo/$name.work" picture="$earth/bluemarble/bluemarble.jpg"
+    rm -rf "$work"
+    mkdir -p "$work"
+    "$root/tools/web_mercator.py" "$(vipsheader -f width "$picture")" \
+        "$(vipsheader -f height "$picture")" "${@:2:5}" "$work/places.raw"
+    vips rawload "$work/places.raw" "$work/bytes.v" $((columns * 256)) $((rows * 256)) 8
+    vips copy "$work/bytes.v" "$work/places.v" --bands 2 --format float --interpretation multiband
+    vips mapim "$picture" "$work/picture.v" "$work/places.v"
+    vips dzsave "$work/picture.v" "$work/tiles" --layout google --tile-size 256 --overlap 0 \
+        --suffix '.jpg[Q=90]'
+    "$root/tools/tiles_to_mbtiles.py" "$work/tiles" "$demo/$name.mbtiles" --zoom "$zoom" \
+        --column "$column" --row "$row" format=jpg 'attribution=Blue Marble: <b>NASA</b>' "${@:7}"
+    rm -rf "$work"
+}
+
+make_archives() {
+    # Its corner is odd at zoom level 3.
+    archive europe 4 6 4 4 4 name=Europe 'description=Europe and northern Africa' \
+        bounds=-45,0,45,66.5 minzoom=3 maxzoom=4
+    archive world 4 0 0 16 16 name=World
+    mkdir -p "$demo/archives"
+    ln -sf ../europe.mbtiles "$demo/archives/europe.mbtiles"
+    [ -f "$demo/archives/world.pmtiles" ] ||
+        "$root/tools/mbtiles_to_pmtiles.py" "$demo/world.mbtiles" "$demo/archives/world.pmtiles"
+}
+
 make_codec_maps() {
     # WebP, which GDI+ does not know: for the decoder plug-in, if there is one.
     cut citylights '.webp[Q=85]'
@@ -75,12 +107,13 @@ make_codec_maps() {
 make_app() {
     mkdir -p "$demo/app"
     cp -ru "$build"/bin/. "$demo/app/"
-    # No blanks round the equals signs: they would belong to the values.
+    # It names no provider, so that files that are opened or dropped win. No blanks round the equals
+    # signs: they would belong to the values.
     cat >"$demo/app/Terrascope.ini" <<'END'
-[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]
-LOCAL=SplittedFileTileMapInfoProvider
 [SplittedFileTileMapInfoProvider]
 DATA_PATH=..\maps
+[DBTileMapInfoProvider]
+DATA_PATH=..\archives
 [TILE_LOAD]
 FAST=1
 THREADS=4
@@ -116,6 +149,12 @@ make_pictures() {
         picture citylights-2-europe 'City Lights' 2 20,5
         picture citylights-4-europe 'City Lights' 4 12,46
     fi
+    # Files as a user opens them: the region, and the world beside it.
+    viewer 'europe.mbtiles' --layer 4 --center 12.5,52.5 --size 1024x640 --snapshot mbtiles-4-rome.png
+    viewer 'archives/world.pmtiles' --layer 4 --center 12.5,52.5 --size 1024x640 \
+        --snapshot pmtiles-4-rome.png
+    picture europe-3-whole Europe 3 0,45
+    picture world-1-whole World 1 0,0
     say "tour"
     viewer --map Relief --size 1024x640 --tour - <"$root/tools/demo.tour"
     printf '%s\n' "$demo"/tour-*.png
@@ -126,6 +165,7 @@ build_targets TerrascopeViewer
 say "prepare the demo"
 mkdir -p "$demo"
 make_maps
+make_archives
 has_codecs=false
 if [ -f "$build/bin/Plugins/Quillmont/ImageDecoder/TerrascopeCodecs.dll" ]; then
     has_codecs=true

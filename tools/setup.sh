@@ -30,6 +30,7 @@ needed=(
     /usr/share/fonts/truetype/wqy/wqy-microhei.ttc fonts-wqy-microhei
     /usr/share/marble/data/maps/earth/srtm/srtm.dgml marble-qt-data
     /usr/bin/vips libvips-tools
+    /usr/bin/python3 python3
 )
 for_checks=(
     /usr/bin/git git

@@ -92,9 +92,7 @@ bool CMainFrame::UseData(const DataSource& source, std::string& error) {
     const std::string named = ProviderOfSettings(source.role, settings);
     Terrascope::CMapAssistant::SetTileMapInfoProvider(source.role.c_str(), source.name.c_str(),
                                                       source.path.c_str());
-    if (_stricmp(source.role.c_str(), "LOCAL") == 0) {
-        m_local = source;
-    }
+    (_stricmp(source.role.c_str(), "LOCAL") == 0 ? m_local : m_remote) = source;
     if (!named.empty()) {
         error = "\"" + settings + "\" names " + named;
     }
@@ -106,7 +104,11 @@ bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std:
     if (!source) {
         return false;
     }
-    const DataSource former = m_local;
+    const DataSource formerLocal = m_local;
+    const DataSource formerRemote = m_remote;
+    // The maps of the file and no others: no plug-in has this name.
+    std::string ignored;
+    UseData({"REMOTE", "None", ""}, ignored);
     MapChoice choice = wanted;
     if (choice.map.empty()) {
         choice.map = source->map;
@@ -120,7 +122,8 @@ bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std:
     if (!reason.empty()) {
         error = "\"" + path + "\" is not opened: " + reason;
     }
-    UseData(former, reason);
+    UseData(formerLocal, ignored);
+    UseData(formerRemote, ignored);
     return false;
 }
 

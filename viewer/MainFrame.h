@@ -85,7 +85,8 @@ private:
     void ShowProblem(const std::string& text);
 
     CMapView m_view;
-    DataSource m_local{"LOCAL", "", ""};  ///< the provider that was chosen last
+    DataSource m_local{"LOCAL", "", ""};  ///< the providers that were chosen last
+    DataSource m_remote{"REMOTE", "", ""};
     bool m_isScripted = false;
     std::string m_problem;
     CWnd m_toolbar;

@@ -97,8 +97,18 @@ void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
 std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
     return WithoutThrowing<std::list<tagTILE_MAP_INFO*>>([this] {
         std::list<tagTILE_MAP_INFO*> maps;
-        for (const auto& map : *Library()) {
+        const auto library = Library();
+        for (const auto& map : *library) {
             maps.push_back(new tagTILE_MAP_INFO(map->info));
+        }
+        if (m_pRemoteProvider != nullptr) {
+            for (tagTILE_MAP_INFO* entry : m_pRemoteProvider->GetMapList()) {
+                std::unique_ptr<tagTILE_MAP_INFO> map(entry);
+                if (map != nullptr && FindMap(*library, map->strName) == nullptr) {
+                    maps.push_back(map.get());
+                    static_cast<void>(map.release());
+                }
+            }
         }
         return maps;
     });
@@ -107,6 +117,9 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
 tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& mapName) {
     return WithoutThrowing<tagTILE_MAP_INFO*>([&] {
         const auto map = FindMap(*Library(), mapName);
+        if (map == nullptr && m_pRemoteProvider != nullptr) {
+            return m_pRemoteProvider->GetMapInfo(mapName);
+        }
         return map != nullptr ? new tagTILE_MAP_INFO(map->info) : nullptr;
     });
 }
@@ -119,6 +132,8 @@ std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerLis
             for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
                 layers.push_back(new tagTILE_MAP_LAYER_INFO(layer));
             }
+        } else if (m_pRemoteProvider != nullptr) {
+            layers = m_pRemoteProvider->GetLayerList(mapName);
         }
         return layers;
     });
@@ -128,6 +143,9 @@ tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CSt
                                                                        int layerNumber) {
     return WithoutThrowing<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
         const auto map = FindMap(*Library(), mapName);
+        if (map == nullptr && m_pRemoteProvider != nullptr) {
+            return m_pRemoteProvider->GetLayerInfo(mapName, layerNumber);
+        }
         const tagTILE_MAP_LAYER_INFO* layer =
             map != nullptr ? map->FindLayer(layerNumber) : nullptr;
         return layer != nullptr ? new tagTILE_MAP_LAYER_INFO(*layer) : nullptr;
@@ -160,6 +178,9 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
     return WithoutThrowing<std::list<tagTILE_IMAGE*>>([&] {
         std::list<tagTILE_IMAGE*> tiles;
         const auto map = FindMap(*Library(), mapName);
+        if (map == nullptr && m_pRemoteProvider != nullptr) {
+            return m_pRemoteProvider->LoadTiles(mapName, layerNumber, tileKeys);
+        }
         const tagTILE_MAP_LAYER_INFO* layer =
             map != nullptr ? map->FindLayer(layerNumber) : nullptr;
         if (layer == nullptr) {

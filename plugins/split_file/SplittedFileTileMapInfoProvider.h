@@ -15,7 +15,8 @@ namespace Terrascope::Plugins {
 /// with a map.ini, with what GDAL's tiler writes, or with folders of numbered tiles is a map; so is
 /// the data path itself if it is one of the latter two. See the README for the formats.
 ///
-/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
+/// Owns:    the remote provider that was attached to it, whose maps follow its own, and which it
+///          asks for tiles that are missing in these. Of two maps of one name the own one counts.
 /// Threads: every operation may run beside every other. No file is read under the lock.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
 ///          maintainer of the maps looks for it.

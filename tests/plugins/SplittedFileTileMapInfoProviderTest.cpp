@@ -197,9 +197,19 @@ TEST_F(SplitFile, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
     };
     m_folder.WriteFile("m\\map.ini", World("TILE_PATH", "{key}.jpg"));
     m_folder.WriteFile("m\\01.jpg", "local");
+    m_folder.WriteFile("far\\far\\map.ini", kWorld);
+    m_folder.WriteFile("far\\M\\map.ini", World("LAYER_COUNT", "2"));
     bool deleted = false;
-    m_provider->m_pRemoteProvider = new Remote(deleted);
+    auto* remote = new Remote(deleted);
+    remote->SetDataPath((m_folder / "far").c_str());
+    m_provider->m_pRemoteProvider = remote;
     Open();
+    EXPECT_THAT(MapNames(), ElementsAre("m", "far"));
+    delete m_provider->GetMapInfo("FAR");
+    EXPECT_NE(nullptr, std::unique_ptr<tagTILE_MAP_LAYER_INFO>(m_provider->GetLayerInfo("far", 4)));
+    EXPECT_NE(nullptr, std::unique_ptr<tagTILE_MAP_LAYER_INFO>(m_provider->GetLayerInfo("m", 4)))
+        << "of two with one name the own one";
+    EXPECT_EQ("remote", Tile("far", "1"));
 
     EXPECT_EQ("remote", Tile("m", "1"));
     EXPECT_EQ("none", Tile("m", "2")) << "outside the map";
