@@ -19,7 +19,7 @@ def main():
     parser.add_argument("metadata", nargs="*")
     for name in ("zoom", "column", "row"):
         parser.add_argument("--" + name, type=int, default=0)
-    wanted = parser.parse_args()
+    wanted = parser.parse_intermixed_args()
     # Whole or not at all: an interrupted run leaves no archive.
     unfinished = wanted.archive.with_suffix(".unfinished")
     unfinished.unlink(missing_ok=True)
