@@ -1,5 +1,6 @@
 #include "terrascope/tiles/TileLoadQueue2.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -29,18 +30,18 @@ CTileLoadQueue2::CTileLoadQueue2(ITileLoadedSlot* slot, CTileMapInfoProviderWrap
     for (int i = 0; i < m_policy.threads; ++i) {
         m_workers.push_back(std::make_unique<CTileLoadThread>(m_slot, m_provider, this));
     }
-    for (const auto& worker : m_workers) {
-        worker->Start();
+    try {
+        for (const auto& worker : m_workers) {
+            worker->Start();
+        }
+    } catch (...) {
+        EndServing();  // those that run would wait for a request for ever
+        throw;
     }
 }
 
 CTileLoadQueue2::~CTileLoadQueue2() {
-    {
-        CSingleLock lock(&m_lock, TRUE);
-        m_paused = true;
-        ClearLocked();
-    }
-    ::WakeAllConditionVariable(&m_changed);
+    EndServing();
     for (auto& worker : m_workers) {
         worker->Stop();
         while (!worker->IsFinished() && !worker->Abandon()) {
@@ -57,6 +58,15 @@ CTileLoadQueue2::~CTileLoadQueue2() {
     m_workers.clear();
     CSingleLock lock(&m_lock, TRUE);
     ClearLocked();
+}
+
+void CTileLoadQueue2::EndServing() {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_paused = true;
+        ClearLocked();
+    }
+    ::WakeAllConditionVariable(&m_changed);
 }
 
 bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, const CString& key,
@@ -79,48 +89,54 @@ bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, con
 }
 
 tagTILE_LOAD_REQUEST CTileLoadQueue2::Pop() {
+    Requests taken;
     CSingleLock lock(&m_lock, TRUE);
-    return PopLocked();
+    return PopLocked(taken);
 }
 
-tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked() {
+tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked(Requests& taken) {
     if (m_paused || m_holds > 0) {
         return {};
     }
     // What lies ahead waits until the view is complete.
-    Requests& list = m_requests.empty() && m_fetching == 0 ? m_ahead : m_requests;
+    Requests& list = IsViewWaitingLocked() ? m_requests : m_ahead;
     if (list.empty()) {
         return {};
     }
-    tagTILE_LOAD_REQUEST request = std::move(list.front());
-    list.pop_front();
+    tagTILE_LOAD_REQUEST request = list.front();
     m_byKey.erase(FoldCase(ViewOf(request.strKey)));
+    taken.splice(taken.end(), list, list.begin());
     return request;
+}
+
+bool CTileLoadQueue2::IsViewWaitingLocked() const {
+    return !m_requests.empty() || std::any_of(m_fetching.begin(), m_fetching.end(),
+                                              [](const auto& request) { return !request.ahead; });
 }
 
 tagTILE_LOAD_REQUEST CTileLoadQueue2::Next() {
     CSingleLock lock(&m_lock, TRUE);
-    tagTILE_LOAD_REQUEST request = PopLocked();
+    tagTILE_LOAD_REQUEST request = PopLocked(m_fetching);
     while (m_policy.fast && !m_paused && request.strKey.IsEmpty()) {
         ::SleepConditionVariableCS(&m_changed, m_lock, INFINITE);
-        request = PopLocked();
-    }
-    if (!request.strKey.IsEmpty() && !request.ahead) {
-        ++m_fetching;
+        request = PopLocked(m_fetching);
     }
     return request;
 }
 
 void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
-    if (request.ahead) {
-        return;
-    }
     bool aheadMayGo = false;
     {
         CSingleLock lock(&m_lock, TRUE);
-        ASSERT(m_fetching > 0);
-        --m_fetching;
-        aheadMayGo = m_fetching == 0 && m_requests.empty() && !m_ahead.empty();
+        // A key may be fetched again while its stale request still is.
+        const auto fetched =
+            std::find_if(m_fetching.begin(), m_fetching.end(), [&](const auto& each) {
+                return each.serial == request.serial && each.strKey == request.strKey;
+            });
+        if (fetched != m_fetching.end()) {
+            m_fetching.erase(fetched);
+            aheadMayGo = !m_ahead.empty() && !IsViewWaitingLocked();
+        }
     }
     if (aheadMayGo) {
         ::WakeAllConditionVariable(&m_changed);
@@ -199,6 +215,11 @@ void CTileLoadQueue2::ArrangeLocked(const Ranks& ranks) {
     };
     m_requests.sort(nearer);
     m_ahead.sort(nearer);
+    // The view waits for what it shows now: one slow tile of the former must not hold up the rest.
+    for (tagTILE_LOAD_REQUEST& request : m_fetching) {
+        const auto rank = ranks.find(request.strKey);
+        request.ahead = rank == ranks.end() || !rank->second.visible;
+    }
 }
 
 bool CTileLoadQueue2::Clear() {
@@ -233,6 +254,7 @@ void CTileLoadQueue2::Resume() {
 void CTileLoadQueue2::ClearLocked() {
     m_requests.clear();
     m_ahead.clear();
+    m_fetching.clear();
     m_byKey.clear();
 }
 

@@ -31,8 +31,8 @@ struct TileRank {
 /// threads that fetch them: two, or what the policy gives. A key is queued once, whatever map or
 /// layer it came with.
 ///
-/// Two lists: what was pushed, and what was pushed ahead of the view, which is served when nothing
-/// else is pending or being fetched. By default nothing is pushed ahead.
+/// Two lists: what was pushed, and what was pushed ahead of the view, which is served when the view
+/// waits for nothing that is pending or being fetched. By default nothing is pushed ahead.
 ///
 /// Owns:    the threads. Borrows: slot and provider, which must outlive it.
 /// Threads: the user-interface thread pushes, moves and clears; the loading threads pop.
@@ -59,7 +59,7 @@ public:
 
     /// The same for a loading thread, which reports with Done that it has delivered or failed. With
     /// FAST it waits for a request, and is woken without one when the queue ends.
-    /// Requires: each request of Next comes back to Done once.
+    /// Requires: each request of Next comes back to Done once, however it ended.
     tagTILE_LOAD_REQUEST Next();
     void Done(const tagTILE_LOAD_REQUEST& request);
 
@@ -104,8 +104,12 @@ public:
 private:
     using Requests = std::list<tagTILE_LOAD_REQUEST>;
 
-    tagTILE_LOAD_REQUEST PopLocked() TERRASCOPE_REQUIRES(m_lock);
+    /// Moves the request at the front into `taken`; nothing has changed when it throws.
+    tagTILE_LOAD_REQUEST PopLocked(Requests& taken) TERRASCOPE_REQUIRES(m_lock);
+    bool IsViewWaitingLocked() const TERRASCOPE_REQUIRES(m_lock);
     void Hold(int change);
+    /// Nothing is served any more; whoever waits in Next is woken.
+    void EndServing();
     void ClearLocked() TERRASCOPE_REQUIRES(m_lock);
     void ArrangeLocked(const Ranks& ranks) TERRASCOPE_REQUIRES(m_lock);
     Requests& ListOf(const tagTILE_LOAD_REQUEST& request) TERRASCOPE_REQUIRES(m_lock);
@@ -120,8 +124,7 @@ private:
     Requests m_requests TERRASCOPE_GUARDED_BY(m_lock);  ///< front = next to fetch
     Requests m_ahead TERRASCOPE_GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
     int m_holds TERRASCOPE_GUARDED_BY(m_lock) = 0;      ///< objects of CHold
-    int m_fetching TERRASCOPE_GUARDED_BY(m_lock) =
-        0;  ///< taken by Next, not ahead, and not done yet
+    Requests m_fetching TERRASCOPE_GUARDED_BY(m_lock);  ///< taken by Next, not done, not stale
     /// Each queued key with its case folded, and its request.
     std::unordered_map<std::string, Requests::iterator> m_byKey TERRASCOPE_GUARDED_BY(m_lock);
     std::uint32_t m_serial TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear

@@ -67,42 +67,46 @@ bool CTileLoadThread::ServeOne() {
     const DWORD start = ::GetTickCount();
     const std::shared_ptr<const CImageDecoders> decoders = m_queue->Decoders();
     m_state = State::Fetching;
+    bool delivered = true;
+    try {
+        delivered = FetchAndDeliver(request, decoders.get());
+    } catch (CException* failure) {
+        failure->Delete();
+        LogTileFailure(request.strKey, "its loading failed");
+    } catch (const std::exception& failure) {
+        LogTileFailure(request.strKey, failure.what());
+    } catch (...) {
+        LogTileFailure(request.strKey, "its loading failed");
+    }
+    if (!Advance(State::Delivering, State::Polling) && !Advance(State::Fetching, State::Polling)) {
+        return false;
+    }
+    m_queue->Done(request);
+    if (delivered && !m_queue->Policy().fast) {
+        Pace(start);
+    }
+    return true;
+}
+
+bool CTileLoadThread::FetchAndDeliver(const tagTILE_LOAD_REQUEST& request,
+                                      const CImageDecoders* decoders) {
     const std::list<tagTILE_IMAGE*> images =
         m_provider->LoadTiles(request.strMapName, request.nLayerNumber, {request.strKey});
-    const DecodedImage decoded = Decode(images, request.tileSize, decoders.get());
+    DecodedImage decoded;
+    if (m_state == State::Fetching) {
+        decoded = Decode(images, request.tileSize, decoders);
+    }
     if (!Advance(State::Fetching, State::Delivering)) {
         for (tagTILE_IMAGE* image : images) {
             delete image;
         }
         return false;
     }
-
     if (!images.empty()) {
         // One key was asked for: records beyond the first are the provider's own affair.
-        Deliver(images.front(), request, decoded);
+        m_slot->OnTileFetched(images.front(), request, decoded);
     }
-    if (!Advance(State::Delivering, State::Polling)) {
-        return false;
-    }
-    m_queue->Done(request);
-    if (!images.empty() && !m_queue->Policy().fast) {
-        Pace(start);
-    }
-    return true;
-}
-
-void CTileLoadThread::Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
-                              const DecodedImage& decoded) const {
-    try {
-        m_slot->OnTileFetched(image, request, decoded);
-    } catch (CException* failure) {
-        failure->Delete();
-        LogTileFailure(request.strKey, "its receiver failed");
-    } catch (const std::exception& failure) {
-        LogTileFailure(request.strKey, failure.what());
-    } catch (...) {
-        LogTileFailure(request.strKey, "its receiver failed");
-    }
+    return !images.empty();
 }
 
 void CTileLoadThread::Pace(DWORD start) const {

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
+#include "terrascope/support/GdiplusSession.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/Thread.h"
 #include "terrascope/tiles/TileLoadRequest.h"
@@ -16,7 +17,7 @@ class CTileLoadQueue2;
 ///
 /// Borrows: slot, provider and queue; they must outlive the thread.
 /// Threads: the slot is called on this thread, with no lock held.
-/// Errors:  an exception of the slot is logged, and the thread goes on.
+/// Errors:  an exception is logged, and the thread goes on with the next tile.
 /// Ends:    between two tiles. A thread that is stuck in the provider or the slot can be abandoned.
 class CTileLoadThread : public CThread {
 public:
@@ -36,13 +37,14 @@ private:
 
     /// Goes on to the next state; false when the thread was abandoned in this one.
     bool Advance(State from, State to);
-    void Deliver(tagTILE_IMAGE* image, const tagTILE_LOAD_REQUEST& request,
-                 const DecodedImage& decoded) const;
 
     /// One request fetched, delivered and paced; false when the thread was abandoned meanwhile.
     bool ServeOne();
+    /// Whether there was something to deliver. `decoders` may be null.
+    bool FetchAndDeliver(const tagTILE_LOAD_REQUEST& request, const CImageDecoders* decoders);
     void Pace(DWORD start) const;
 
+    const CGdiplusSession m_gdiplus;  ///< for the decoder, also when this is abandoned inside it
     ITileLoadedSlot* m_slot;
     CTileMapInfoProviderWrapper* m_provider;
     CTileLoadQueue2* m_queue;
