@@ -1,6 +1,7 @@
 #include "terrascope/display/HostWindow.h"
 
 #include <memory>
+#include <new>
 
 #include "terrascope/display/ITerrascope.h"
 
@@ -40,6 +41,11 @@ HWND WindowOf(const CWnd* object) {
     return search.found;
 }
 
+void Unite(CRect& all, const CRect& rect) {
+    const CRect former = all;
+    all.UnionRect(&former, &rect);
+}
+
 }  // namespace
 
 CHostWindow::CHostWindow(CWnd* window, bool merging)
@@ -51,6 +57,10 @@ CHostWindow::CHostWindow(CWnd* window, bool merging)
 
 CHostWindow::~CHostWindow() {
     if (m_timer != nullptr) {
+        {
+            CSingleLock lock(&m_lock, TRUE);
+            m_ending = true;  // a callback that runs now would set the timer again
+        }
         ::SetThreadpoolTimer(m_timer, nullptr, 0, 0);
         ::WaitForThreadpoolTimerCallbacks(m_timer, TRUE);
         ::CloseThreadpoolTimer(m_timer);
@@ -71,19 +81,28 @@ void CHostWindow::PostRepaint(const CRect& rect) {
     {
         CSingleLock lock(&m_lock, TRUE);
         if (m_waiting) {
-            CRect all;
-            all.UnionRect(&m_collected, &rect);
-            m_collected = all;
+            Unite(m_collected, rect);
             return;
         }
         StartWaitingLocked();
     }
-    Post(rect);
+    PostOrCollect(rect);
+}
+
+void CHostWindow::PostOrCollect(const CRect& rect) {
+    if (!Post(rect)) {
+        CSingleLock lock(&m_lock, TRUE);
+        Unite(m_collected, rect);
+        StartWaitingLocked();
+    }
 }
 
 // The host takes a message at its own time; within 10 ms the next goes out all the same.
 void CHostWindow::StartWaitingLocked() {
     m_waiting = true;
+    if (m_ending) {
+        return;
+    }
     constexpr LONGLONG kPatience = -10LL * 10000;  // 10 ms from now, in units of 100 ns
     LARGE_INTEGER due;
     due.QuadPart = kPatience;
@@ -113,26 +132,27 @@ void CHostWindow::PostCollected() {
         }
     }
     if (!rect.IsRectEmpty()) {
-        Post(rect);
+        PostOrCollect(rect);
     }
 }
 
-void CHostWindow::Post(const CRect& rect) const {
+bool CHostWindow::Post(const CRect& rect) const {
     const HWND window = m_handle;
     if (window == nullptr) {
-        return;
+        return true;
     }
-    auto message = std::make_unique<RECT>(rect);
-    if (::PostMessage(window, kRepaintMessage, reinterpret_cast<WPARAM>(message.get()), 0)) {
+    std::unique_ptr<RECT> message(new (std::nothrow) RECT(rect));
+    if (message != nullptr &&
+        ::PostMessage(window, kRepaintMessage, reinterpret_cast<WPARAM>(message.get()), 0)) {
         message.release();  // the host deletes it
+        return true;
     }
+    return !::IsWindow(window);
 }
 
 void CHostWindow::Withhold(const CRect& rect) {
     CSingleLock lock(&m_lock, TRUE);
-    CRect all;
-    all.UnionRect(&m_withheld, &rect);
-    m_withheld = all;
+    Unite(m_withheld, rect);
 }
 
 CRect CHostWindow::TakeWithheld() {

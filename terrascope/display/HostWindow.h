@@ -34,7 +34,8 @@ public:
     /// Asks the host to repaint a rectangle. The message's RECT is the host's from then on.
     void PostRepaint(const CRect& rect);
 
-    /// The host has painted: it has taken what was posted.
+    /// The host has painted. That counts as the answer to what was posted, though it may have been
+    /// for another reason: then a message more goes out, and none is lost.
     void OnPainted();
 
     /// The same for the whole view, which what was withheld is a part of.
@@ -46,7 +47,10 @@ public:
 
 private:
     static void CALLBACK OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER);
-    void Post(const CRect& rect) const;
+    /// False when the window did not get the message but might the next time.
+    bool Post(const CRect& rect) const;
+    /// Requires: m_timer. What cannot be posted now is collected again.
+    void PostOrCollect(const CRect& rect);
     void StartWaitingLocked() TERRASCOPE_REQUIRES(m_lock);
     void PostCollected();
     CRect TakeWithheld();
@@ -61,6 +65,7 @@ private:
     CRect m_collected TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
     bool m_waiting TERRASCOPE_GUARDED_BY(m_lock) =
         false;  ///< a message was posted, and neither end has come
+    bool m_ending TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the timer may not be set any more
 };
 
 }  // namespace Terrascope
