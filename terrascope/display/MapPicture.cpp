@@ -11,6 +11,9 @@ void CMapPicture::Render(const Viewport& view, int layerNumber, bool mayScroll,
     if (m_bitmap == nullptr) {
         return;
     }
+    if (changed) {
+        m_shown.clear();
+    }
     TilePaints paints;
     list(paints, m_origin);
     // The same pictures at the same places in the same order would paint what is there.

@@ -38,7 +38,7 @@ public:
     /// that are listed. `mayScroll`: what is painted already is moved, not made anew.
     void Render(const Viewport& view, int layerNumber, bool mayScroll, const ListTiles& list);
 
-    /// Has a tile painted, if there is a bitmap.
+    /// Has a tile, or several, painted if there is a bitmap.
     void PaintTile(const PaintTiles& paint);
 
     /// Gives the bitmap and its place to `draw`, if there is one; the centre and the resolution of

@@ -17,12 +17,17 @@ void CTileShelf::Open(const CString& provider, const tagTILE_MAP_INFO& map) {
     m_generation = m_hold.Get()->Generation();
 }
 
-void CTileShelf::Keep(const CTile2& tile) const {
-    if (IsUsable()) {
+void CTileShelf::Keep(const CTile2& tile) const noexcept {
+    if (!IsUsable()) {
+        return;
+    }
+    try {
         CachedTile cached = tile.Cached();
         if (cached.picture != nullptr) {
             m_hold.Get()->Put(NameOf(tile), std::move(cached));
         }
+    } catch (...) {
+        return;  // no memory: the tile is fetched again
     }
 }
 

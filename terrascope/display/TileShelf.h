@@ -22,8 +22,8 @@ public:
     /// The map that the tiles are of from now on, and the identity of its provider.
     void Open(const CString& provider, const tagTILE_MAP_INFO& map);
 
-    /// Keeps the picture of a tile that goes, if its image was there.
-    void Keep(const CTile2& tile) const;
+    /// Keeps the picture of a tile that goes, if its image was there and memory is not short.
+    void Keep(const CTile2& tile) const noexcept;
 
     /// Gives a new tile its picture, if it was kept.
     void Restore(CTile2& tile) const;

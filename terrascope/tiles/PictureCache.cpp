@@ -60,15 +60,17 @@ unsigned CPictureCache::Generation() const {
 void CPictureCache::Put(const std::string& name, CachedTile tile) {
     ASSERT(tile.picture != nullptr);
     Entries freed;
+    Entries added;
+    added.push_front({name, std::move(tile)});
     CSingleLock lock(&m_lock, TRUE);
     if (const auto found = m_byName.find(name); found != m_byName.end()) {
         m_bytes -= BytesOf(found->second->tile);
         freed.splice(freed.begin(), m_entries, found->second);
         m_byName.erase(found);
     }
-    m_bytes += BytesOf(tile);
-    m_entries.push_front({name, std::move(tile)});
-    m_byName[name] = m_entries.begin();
+    m_byName.emplace(name, added.begin());  // from here on nothing throws
+    m_bytes += BytesOf(added.front().tile);
+    m_entries.splice(m_entries.begin(), added);
     TrimLocked(freed);
 }
 

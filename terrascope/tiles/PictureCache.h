@@ -51,7 +51,7 @@ public:
     /// The number that names begin with; ForgetAll changes it.
     unsigned Generation() const;
 
-    /// Keeps a tile under a name; an older one of that name goes.
+    /// Keeps a tile under a name; an older one of that name goes, also when memory is short.
     /// Requires: the tile has a picture.
     void Put(const std::string& name, CachedTile tile);
 
