@@ -54,6 +54,7 @@ void CTerrascope2::OnLButtonDown(UINT flags, CPoint point) {
     if (CMapTool2* tool = Tool()) {
         m_queue->Pause();
         tool->OnLButtonDown(flags, point);
+        PaintBeyondView();
     }
 }
 

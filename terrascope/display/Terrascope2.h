@@ -104,17 +104,27 @@ private:
     bool IsDragging() const;
 
     // Terrascope2Tiles.cpp
-    void RenderLocked(const Viewport& view) TERRASCOPE_REQUIRES(m_tiles.Lock());
+    /// `promote`: the visible tiles are the next to be fetched.
+    void RenderLocked(const Viewport& view, bool promote) TERRASCOPE_REQUIRES(m_tiles.Lock());
     void RenderWhatIsDue();
+    bool IsPanning() const { return IsPanTool() && IsDragging(); }
+    bool KeepsTilesBeyondView() const { return m_policy.fast || m_policy.cacheBytes > 0; }
+    void PaintBeyondView();
+    /// Has the visible tiles drawn; while the view is dragged, before them the others that are
+    /// there.
+    void ListTilesLocked(const Viewport& view, TilePaints& paints, const CPointF& origin,
+                         bool promote) TERRASCOPE_REQUIRES(m_tiles.Lock());
     void LogRefusal(const TileRange& range);
     void LoadAheadLocked(const TileRange& visible) TERRASCOPE_REQUIRES(m_tiles.Lock());
     /// `request` may be null: then the record is current.
     void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
                  const DecodedImage& decoded);
-    /// The rectangle of the tile in the host window; nothing when it is not wanted any more.
+    /// The rectangle of the host window to be repainted; nothing when the tile is not wanted any
+    /// more. `failure`: what was wrong with its image.
     std::optional<CRect> GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
                                     const tagTILE_LOAD_REQUEST* request,
-                                    const DecodedImage& decoded);
+                                    const DecodedImage& decoded, const char*& failure);
+    void PostRepaintOfTile(const CRect& place);
 
     // Terrascope2Zoom.cpp
     void BeginLayerSwitch(SwitchMode mode, const tagTILE_MAP_LAYER_INFO* next);

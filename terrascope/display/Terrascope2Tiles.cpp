@@ -43,7 +43,7 @@ void CTerrascope2::RefreshTiles() {
             m_dueView = view;
         } else {
             m_dueView.reset();
-            RenderLocked(view);
+            RenderLocked(view, true);
         }
         if (m_policy.fast) {
             LoadAheadLocked(visible);
@@ -52,24 +52,55 @@ void CTerrascope2::RefreshTiles() {
     PostRepaintOfView();
 }
 
-void CTerrascope2::RenderLocked(const Viewport& view) {
-    const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
-    const auto listVisible = [&](TilePaints& paints,
-                                 const CPointF& origin) TERRASCOPE_REQUIRES(m_tiles.Lock()) {
-        m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, [&](CTile2& tile) {
-            tile.Promote();
-            tile.Draw(paints, origin);
-        });
-    };
-    m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), listVisible);
+void CTerrascope2::RenderLocked(const Viewport& view, bool promote) {
+    const auto list = [&](TilePaints& paints, const CPointF& origin) TERRASCOPE_REQUIRES(
+                          m_tiles.Lock()) { ListTilesLocked(view, paints, origin, promote); };
+    m_picture.Render(view, m_layer.nLayerNumber, IsPanTool() && !IsDragging(), list);
 }
 
+// The visible tiles were promoted when they were asked for: a second time would turn their order
+// round.
 void CTerrascope2::RenderWhatIsDue() {
     if (m_dueView) {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
-        RenderLocked(*m_dueView);
+        RenderLocked(*m_dueView, false);
         m_dueView.reset();
     }
+}
+
+// A drag shows more of the bitmap and renders nothing. What was fetched beyond the view may not be
+// there: it came from the cache, or during a layer switch, or the bitmap was made anew.
+void CTerrascope2::PaintBeyondView() {
+    if (!IsPanning() || !KeepsTilesBeyondView()) {
+        return;
+    }
+    const Viewport view = View();
+    CSingleLock lock(&m_tiles.Lock(), TRUE);
+    m_picture.PaintTile([&](CTileCanvas& canvas, const CPointF& origin)
+                            TERRASCOPE_REQUIRES(m_tiles.Lock()) {
+                                TilePaints paints;
+                                ListTilesLocked(view, paints, origin, false);
+                                canvas.Paint(paints);
+                            });
+}
+
+void CTerrascope2::ListTilesLocked(const Viewport& view, TilePaints& paints, const CPointF& origin,
+                                   bool promote) {
+    const TileRange visible = TileRangeOf(view, RegionAround(view, kVisibleRegionFactor));
+    if (IsPanning() && KeepsTilesBeyondView()) {
+        m_tiles.VisitAll([&](CTile2& tile) {
+            const TileIndex index = tile.Index();
+            if (tile.HasImage() && !visible.Contains(index.column, index.row)) {
+                tile.Draw(paints, origin);
+            }
+        });
+    }
+    m_tiles.VisitBackwards(visible, m_layer.nLayerNumber, [&](CTile2& tile) {
+        if (promote) {
+            tile.Promote();
+        }
+        tile.Draw(paints, origin);
+    });
 }
 
 // Once the view is complete, the rest of the load region is fetched, the nearest tiles first; what
@@ -117,28 +148,40 @@ void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
     if (record == nullptr) {
         return;
     }
-    std::optional<CRect> place = GiveToTile(std::move(record), request, decoded);
-    if (!place || m_switch.IsRunning()) {
-        return;  // a switch repaints the whole view at its end
+    const CString key = record->strKey;
+    const char* failure = nullptr;
+    const std::optional<CRect> place = GiveToTile(std::move(record), request, decoded, failure);
+    // A switch repaints the whole view at its end.
+    if (place && !m_switch.IsRunning()) {
+        PostRepaintOfTile(*place);
     }
-    place->InflateRect(kRepaintMargin, kRepaintMargin);
-    if (IsDragging()) {
-        m_host.Withhold(*place);
-    } else {
-        m_host.PostRepaint(*place);
+    // Last: a thread that hangs in the log is abandoned, and the display is gone when it is back.
+    if (failure != nullptr) {
+        LogTileFailure(key, failure);
+    }
+}
+
+void CTerrascope2::PostRepaintOfTile(const CRect& place) {
+    if (!IsDragging()) {
+        m_host.PostRepaint(place);
+        return;
+    }
+    m_host.Withhold(place);
+    if (!IsDragging()) {
+        m_host.PostWithheld();  // the button came up in between, and found nothing
     }
 }
 
 std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
                                               const tagTILE_LOAD_REQUEST* request,
-                                              const DecodedImage& decoded) {
-    const CString key = record->strKey;
+                                              const DecodedImage& decoded, const char*& failure) {
     MapRegion region;
     CSize size;
-    const char* failure = nullptr;
+    CRect painted(0, 0, 0, 0);
+    CPointF corner;
     {
         CSingleLock lock(&m_tiles.Lock(), TRUE);
-        CTile2* tile = m_tiles.Find(key);
+        CTile2* tile = m_tiles.Find(record->strKey);
         if (tile == nullptr || (request != nullptr && m_queue->IsStale(*request))) {
             return std::nullopt;
         }
@@ -147,18 +190,31 @@ std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> rec
         } else {
             tile->SetImage(record.release());
         }
-        m_picture.PaintTile(
-            [&](CTileCanvas& canvas, const CPointF& origin) { tile->Draw(canvas, origin); });
+        m_picture.PaintTile([&](CTileCanvas& canvas, const CPointF& origin) {
+            tile->Draw(canvas, origin);
+            painted = tile->PlaceOn(origin);
+            corner = origin;
+        });
         failure = tile->TakeFailure();
         region = tile->GetLogicalRect();
         size = tile->PixelSize();
     }
-    if (failure != nullptr) {
-        LogTileFailure(key, failure);
+    const Viewport view = View();
+    if (!m_policy.fast) {
+        // Where the layer's factor leaves a fraction of a pixel, this is not where it was painted.
+        CRect place(MapToDevicePixels(view, {region.left, region.top}),
+                    CSize(std::min<int>(size.cx, kFarPixels), std::min<int>(size.cy, kFarPixels)));
+        place.InflateRect(kRepaintMargin, kRepaintMargin);
+        return place;
     }
-    const CPoint corner = MapToDevicePixels(View(), {region.left, region.top});
-    return CRect(corner,
-                 CSize(std::min<int>(size.cx, kFarPixels), std::min<int>(size.cy, kFarPixels)));
+    if (painted.IsRectEmpty()) {
+        return std::nullopt;
+    }
+    painted.OffsetRect(MapToDevicePixels(view, {corner.x, corner.y}));
+    painted.InflateRect(kRepaintMargin, kRepaintMargin);
+    CRect shown;
+    return shown.IntersectRect(painted, CRect(view.origin, view.size)) ? std::optional(shown)
+                                                                       : std::nullopt;
 }
 
 void CTerrascope2::Draw(CDC* dc) {

@@ -53,7 +53,7 @@ std::vector<std::uint32_t> Screen::Pixels() const {
 
 Display::Display() {
     library.AddPlugin("ScriptedProvider.dll");
-    library.WriteSettings("[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=ScriptedProvider\r\n");
+    Load("");
     EXPECT_TRUE(library.LoadPlugins());
     script = FindScript();
     script->Reset();
@@ -76,6 +76,11 @@ ScriptedMap Display::WorldMap() {
     map.layerCount = 5;
     map.left = map.bottom;  // so that SetLayer shows the map's middle
     return map;
+}
+
+void Display::Load(const std::string& lines, const char* provider) {
+    library.WriteSettings("[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=" +
+                          std::string(provider) + "\r\n[TILE_LOAD]\r\n" + lines);
 }
 
 void Display::MakeDisplay(CSize pixels) {

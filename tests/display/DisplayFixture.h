@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "terrascope/display/Terrascope2.h"
@@ -70,6 +71,9 @@ protected:
 
     /// A map of which layer n has 2^n x 2^(n-1) tiles of 64 x 64 pixels, layers 1 to 5.
     static ScriptedMap WorldMap();
+
+    /// Settings of loading, for displays made from now on.
+    void Load(const std::string& lines, const char* provider = "ScriptedProvider");
 
     void MakeDisplay(CSize pixels = {200, 120});
     void Open(int layer, const ScriptedMap& map = WorldMap());

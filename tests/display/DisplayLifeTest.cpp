@@ -12,16 +12,10 @@ using namespace Terrascope;
 
 class DisplayLife : public Display {
 protected:
-    /// Without the pace of loading; repaints are merged then, too.
-    void LoadFast() {
-        library.WriteSettings(
-            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=ScriptedProvider\r\n"
-            "[TILE_LOAD]\r\nFAST=1\r\n");
-    }
+    DisplayLife() { Load("FAST=1\r\n"); }
 };
 
 TEST_F(DisplayLife, OneOfTwoOnAWindowGoesWhileTheOtherLoads) {
-    LoadFast();
     script->Hold();
     Open(3);
     std::unique_ptr<CTerrascope2> going = std::move(display);
@@ -38,7 +32,6 @@ TEST_F(DisplayLife, OneOfTwoOnAWindowGoesWhileTheOtherLoads) {
 // Left and right of a narrow map, and between tiles that do not touch, nothing is painted; what a
 // pan moves there must stay open, past the map's end too.
 TEST_F(DisplayLife, APanOverOpenGroundShowsWhatAFreshRenderingShows) {
-    LoadFast();
     ScriptedMap narrow = WorldMap();
     narrow.firstLayer = 4;  // its keys have place for 16 rows
     narrow.columns = 1;

@@ -2,10 +2,12 @@
 // messages, and the cache.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <thread>
 
 #include "tests/display/DisplayFixture.h"
+#include "tests/fixtures/ScriptedProvider/TileBitmap.h"
 
 namespace TerrascopeTest {
 namespace {
@@ -18,10 +20,15 @@ protected:
 
     FastLoading() { Load("FAST=1\r\nTHREADS=4\r\nCACHE_MB=64\r\n"); }
 
-    /// Settings of displays made from now on.
-    void Load(const std::string& lines, const char* provider = "ScriptedProvider") {
-        library.WriteSettings("[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=" +
-                              std::string(provider) + "\r\n[TILE_LOAD]\r\n" + lines);
+    /// A zoom to the next finer layer, of which the host paints all; `during` comes before that.
+    void ZoomIn(const std::function<void()>& during) {
+        ASSERT_EQ(1, display->ZoomAt(display->Center(), MapToolKind::ZoomIn));
+        during();
+        EXPECT_TRUE(Await([&] {
+            Paint();
+            return !display->IsSwitchingLayer();
+        }));
+        Paint();
     }
 
     TileRange Tiles(double factor) const {
@@ -60,6 +67,9 @@ TEST_F(FastLoading, EachSettingChangesWhatItNamesAndTheViewComesFirst) {
         EXPECT_TRUE(script->AwaitHeld(threads, 10000)) << lines;
         EXPECT_FALSE(script->AwaitHeld(threads + 1, 100)) << lines;
         script->Release();
+        AwaitPicture();
+        display->RefreshTiles();
+        display->SetCenter(display->Center());
         AwaitPicture();
         const auto requests = script->Requests();
         EXPECT_EQ(Count(Tiles(factor)), requests.size()) << lines;
@@ -133,22 +143,89 @@ TEST_F(FastLoading, ShowsAtOnceWhatAnotherDisplayHadShownAndNothingThatIsOutOfDa
     }
 }
 
-// Only the visible tiles are painted anew; these had been visible.
-TEST_F(FastLoading, APanMovesWhatItPutsOutOfView) {
-    Load("THREADS=16\r\n");
-    MakeDisplay({600, 300});
-    Open(5);
-    AwaitPicture();
-    const auto before = Paint();
-    const CPoint start(300, 150);
-    for (const CSize way : {CSize(-140, -74), CSize(140, 74)}) {
-        display->OnLButtonDown(0, start);
-        display->OnMouseMove(0, start + way);
-        display->OnLButtonUp(0, start + way);
-        display->OnLButtonDown(0, start + way);
-        display->OnMouseMove(0, start);
-        EXPECT_TRUE(before == Paint()) << "while dragging back";
-        display->OnLButtonUp(0, start);
+// The first paint after a switch shows the tiles that were asked for at its beginning.
+TEST_F(FastLoading, ALayerSwitchLeavesTheOrderOfTheTiles) {
+    for (const char* lines : {"THREADS=1\r\n", "FAST=1\r\nTHREADS=1\r\n"}) {
+        std::vector<std::string> orders[2];
+        for (const bool switches : {false, true}) {
+            display.reset();
+            script->Reset();
+            script->Hold();
+            Load(lines);
+            Open(switches ? 3 : 4);
+            ASSERT_TRUE(script->AwaitHeld(1, 10000));
+            if (switches) {
+                ZoomIn([] {});
+            }
+            script->Release();
+            AwaitPicture();
+            orders[switches] = script->Requests();
+        }
+        orders[true].erase(orders[true].begin());  // of the former layer
+        EXPECT_EQ(orders[false], orders[true]) << lines;
+    }
+}
+
+TEST_F(FastLoading, ADragShowsWhatWasFetchedBeyondTheViewHoweverItCame) {
+    const auto use = [&](MapToolKind tool) { display->SetTool(static_cast<UINT>(tool)); };
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"during a switch", [&] { ZoomIn([&] { AwaitPicture(kQuiet); }); }},
+        {"before the bitmap",
+         [&] {
+             use(MapToolKind::Arrow);
+             display->SetCenter(display->Center());
+             use(MapToolKind::Pan);
+         }},
+        {"from the cache",
+         [&] {
+             display->SetCenter({200, 0});
+             AwaitPicture(kQuiet);
+             display->SetCenter({90, 0});
+         }},
+    };
+    Open(4);
+    AwaitPicture(kQuiet);
+    for (const auto& [way, come] : ways) {
+        come();
+        display->OnLButtonDown(0, {100, 60});
+        for (const CPoint to : {CPoint(145, 85), CPoint(55, 35)}) {
+            display->OnMouseMove(0, to);
+            const auto dragged = Paint();
+            for (const std::uint32_t ground : {kWaitingGrey, 0x808080U, Rgb(Screen::kBackground)}) {
+                EXPECT_EQ(0, std::count(dragged.begin(), dragged.end(), ground)) << way;
+            }
+        }
+        display->OnLButtonUp(0, {100, 60});
+    }
+}
+
+TEST_F(FastLoading, ATileAsksForEachPixelThatItChangesAndForNoneOutOfView) {
+    ScriptedMap map = WorldMap();
+    map.zoomFactor = 0.85;  // 54.4 pixels: the sixteenth tile is painted 6 beyond its region
+    script->Hold();
+    Open(5, map);
+    const auto image = MakeBitmapFile(54, 54, [](int, int) { return RGB(1, 2, 3); });
+    const TileRange range = Tiles(kLoadRegionFactor);
+    for (int at = 0; at < range.columnCount * range.rowCount; ++at) {
+        auto record = std::make_unique<tagTILE_IMAGE>();
+        record->nColumn = static_cast<std::uint32_t>(range.firstColumn + at % range.columnCount);
+        record->nRow = static_cast<std::uint32_t>(range.firstRow + at / range.columnCount);
+        record->strKey = MakeTileKey(record->nColumn, record->nRow, 5);
+        record->stream.Write(image.data(), static_cast<UINT>(image.size()));
+        auto unasked = Paint();
+        Pump();
+        window->repaints.clear();
+        display->OnTileLoaded(record.release());
+        Pump();
+        const auto after = Paint();
+        for (const CRect& rect : window->repaints) {
+            ASSERT_TRUE(rect.left >= 0 && rect.top >= 0 && rect.right <= 200 && rect.bottom <= 120);
+            for (int y = rect.top; y < rect.bottom; ++y) {
+                std::copy(after.begin() + y * 200 + rect.left, after.begin() + y * 200 + rect.right,
+                          unasked.begin() + y * 200 + rect.left);
+            }
+        }
+        EXPECT_TRUE(after == unasked) << at;
     }
 }
 
@@ -173,45 +250,38 @@ TEST_F(FastLoading, EndsCleanlyAtEachStage) {
 }
 
 TEST(MergedRepaints, CoverEachChangeAfterItWasMade) {
-    constexpr int kSize = 64;
     constexpr int kPosts = 3000;
     HostWindow window;
     CHostWindow host(&window, true);
-    std::vector<std::atomic<bool>> stale(kSize * kSize);
-    const auto forEach = [&](const CRect& rect, const auto& work) {
-        for (int y = rect.top; y < rect.bottom; ++y) {
-            for (int x = rect.left; x < rect.right; ++x) {
-                work(stale[static_cast<std::size_t>(y * kSize + x)]);
-            }
-        }
-    };
-    std::atomic<bool> done{false};
+    std::vector<std::atomic<int>> changed(64);
+    std::vector<int> painted(changed.size());
+    std::atomic<int> posts{0};
     std::thread loading([&] {
         std::mt19937 random(7);
-        for (int i = 0; i < kPosts; ++i) {
-            const CPoint corner(static_cast<int>(random() % 60), static_cast<int>(random() % 60));
-            const CRect rect(corner, CSize(4, 4));
-            forEach(rect, [](auto& pixel) { pixel = true; });
-            host.PostRepaint(rect);
+        while (posts < kPosts) {
+            const auto column = random() % changed.size();
+            ++changed[column];
+            host.PostRepaint(CRect(CPoint(static_cast<int>(column), 0), CSize(1, 1)));
+            ++posts;
         }
-        done = true;
     });
-    std::size_t messages = 0;
+    int messages = 0;
     const auto paint = [&] {
         Pump();
         for (const CRect& rect : std::exchange(window.repaints, {})) {
-            forEach(rect, [](auto& pixel) { pixel = false; });
+            std::copy(changed.begin() + rect.left, changed.begin() + rect.right,
+                      painted.begin() + rect.left);
             host.OnPainted();
             ++messages;
         }
-        return std::none_of(stale.begin(), stale.end(), [](auto& pixel) { return pixel.load(); });
+        return std::equal(painted.begin(), painted.end(), changed.begin());
     };
-    while (!done) {
+    while (posts < kPosts) {
         paint();
     }
     loading.join();
     EXPECT_TRUE(Await(paint)) << "a change was never painted";
-    EXPECT_GT(kPosts / 2U, messages);
+    EXPECT_GT(kPosts / 2, messages);
 }
 
 TEST(MergedRepaints, GoOutAtOnceWhenTheHostHasPaintedElseByThemselves) {
