@@ -80,6 +80,8 @@ const ScaledSwitch kScaledSwitches[] = {
     {SwitchMode::ZoomOut, 0.55, 8, {727, 436}},  // to 0.55 / 2
     {SwitchMode::ZoomIn, 1.9, 1, {190, 114}},    // to 2 / 1.9
     {SwitchMode::ZoomOut, 1.9, 1, {210, 126}},   // to 1.9 / 2
+    {SwitchMode::ZoomOut, 2.0, 0, {200, 120}},   // to 1, as what no provider can mean
+    {SwitchMode::ZoomIn, 0.0, 0, {200, 120}},   {SwitchMode::ZoomIn, 1e308, 0, {200, 120}},
 };
 
 struct NoTool : ILayerSwitchTool {

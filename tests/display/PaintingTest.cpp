@@ -117,16 +117,6 @@ TEST_F(Painting, FollowsScaleAndOriginOfTheDeviceContextAndLeavesThem) {
     EXPECT_EQ(30, origin.x);
 }
 
-TEST_F(Painting, LeavesTheBackgroundWhereTheMapEnds) {
-    Open(1);  // 128 x 64 pixels in the middle of 200 x 120: from (36, 28)
-    AwaitPicture();
-    EXPECT_EQ(LayerPixel(0, 0, 1), PaintedAt(36, 28));
-    EXPECT_EQ(LayerPixel(127, 63, 1), PaintedAt(36 + 127, 28 + 63));
-    for (const CPoint at : {CPoint(35, 60), {36 + 128, 60}, {100, 27}, {100, 28 + 64}}) {
-        EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(at.x, at.y)) << at.x << "," << at.y;
-    }
-}
-
 TEST_F(Painting, ADragMovesThePixels) {
     Open(4);
     AwaitPicture();
@@ -159,23 +149,36 @@ TEST_F(Painting, APanToAnyFractionOfAPixelShowsWhatAFreshRenderingShows) {
     }
 }
 
-// There the load region keeps its corner and changes its size only: the first column leaves the
-// view, not the bitmap.
-TEST_F(Painting, APanAtTheMapsLeftAndTopEdgeKeepsWhatWasLoaded) {
-    ScriptedMap map = WorldMap();
-    map.tileWidth = map.tileHeight = 16;  // layer 5 has 512 x 256 pixels
-    MakeDisplay({96, 64});
-    Open(5, map);
-    display->SetCenter({-180 + 50 * 360.0F / 512, 90 - 32 * 180.0F / 256});
-    AwaitPicture();
-    const auto before = Paint();
-    display->OnLButtonDown(0, {40, 30});
-    display->OnMouseMove(0, {20, 18});
-    display->OnLButtonUp(0, {20, 18});
-    display->OnLButtonDown(0, {20, 18});
-    display->OnMouseMove(0, {40, 30});
-    EXPECT_EQ(before, Paint()) << "while dragging back";
-    display->OnLButtonUp(0, {40, 30});
+// Only the visible tiles are painted anew; these had been visible. At the map's left and top edge
+// the load region keeps its corner and changes its size only.
+TEST_F(Painting, APanKeepsWhatItPutsOutOfView) {
+    struct Pan {
+        CSize view;
+        int tileSize;
+        CPointF center;
+        CSize way;
+    };
+    const Pan pans[] = {
+        {{600, 300}, 64, {0, 0}, {-140, -74}},
+        {{600, 300}, 64, {0, 0}, {140, 74}},
+        {{96, 64}, 16, {-180 + 50 * 360.0F / 512, 90 - 32 * 180.0F / 256}, {-20, -12}}};
+    Load("THREADS=16\r\n");
+    for (const auto& [view, tileSize, center, way] : pans) {
+        ScriptedMap map = WorldMap();
+        map.tileWidth = map.tileHeight = tileSize;
+        MakeDisplay(view);
+        Open(5, map);
+        display->SetCenter(center);
+        AwaitPicture();
+        const auto before = Paint();
+        const CPoint start(view.cx / 2, view.cy / 2);
+        display->OnLButtonDown(0, start);
+        display->OnMouseMove(0, start + way);
+        display->OnLButtonUp(0, start + way);
+        display->OnLButtonDown(0, start + way);
+        display->OnMouseMove(0, start);
+        EXPECT_TRUE(before == Paint()) << way.cx << ": while dragging back";
+    }
 }
 
 // Columns and rows come from the provider's record: a wrong one paints another place, and what
@@ -202,15 +205,19 @@ TEST_F(Painting, ALargerViewAboutTheSameCornerGetsALargerBitmap) {
     EXPECT_EQ(0, WrongPixels(Paint(), {56, 8}, 3));
 }
 
-TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnew) {
+TEST_F(Painting, AnotherLayerAboutTheSameCornerIsRenderedAnewOnTheBackground) {
     MakeDisplay(CSize(600, 400));
     Open(1);
     AwaitPicture();
     ASSERT_TRUE(display->SetLayer(2));
     AwaitPicture();
-    // 256 x 128 pixels in the middle of 600 x 400: from (172, 136)
-    EXPECT_EQ(LayerPixel(255, 127, 2), PaintedAt(172 + 255, 136 + 127));
-    EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(172 + 256, 200));
+    const CRect map(CPoint(172, 136), CSize(256, 128));  // in the middle of the view
+    EXPECT_EQ(LayerPixel(0, 0, 2), PaintedAt(map.left, map.top));
+    EXPECT_EQ(LayerPixel(255, 127, 2), PaintedAt(map.right - 1, map.bottom - 1));
+    for (const CPoint at : {CPoint(map.left - 1, 200), CPoint(map.right, 200),
+                            CPoint(300, map.top - 1), CPoint(300, map.bottom)}) {
+        EXPECT_EQ(Rgb(Screen::kBackground), PaintedAt(at.x, at.y)) << at.x << "," << at.y;
+    }
 }
 
 }  // namespace

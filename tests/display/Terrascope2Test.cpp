@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <functional>
-#include <thread>
 
 #include "terrascope/display/DeviceUnits.h"
 #include "tests/display/DisplayFixture.h"
@@ -56,16 +55,6 @@ TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
     EXPECT_TRUE(display->IsPointOutside({200, 10}) && display->IsPointOutside({10, -1}));
 }
 
-TEST_F(Terrascope2, AsksForTheVisibleTilesOnlyAndOnce) {
-    Open(4);  // the view of 200 x 120 about (0, 0): 4 x 2 tiles of 64
-    AwaitPicture();
-    EXPECT_EQ(8U, script->Requests().size());
-    display->RefreshTiles();
-    display->SetCenter(display->Center());
-    AwaitPicture();
-    EXPECT_EQ(8U, script->Requests().size());
-}
-
 TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
     Open(1);
     AwaitPicture();
@@ -87,17 +76,6 @@ TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
         AwaitPicture();
         EXPECT_EQ(kWaitingGrey, PaintedAt(100, 60)) << static_cast<int>(answer);
     }
-}
-
-TEST_F(Terrascope2, DropsATileThatComesTooLate) {
-    script->Hold();
-    Open(5);
-    ASSERT_TRUE(script->AwaitHeld(2, 10000));
-    ASSERT_TRUE(display->SetLayer(1));
-    script->Release();
-    AwaitPicture();
-    EXPECT_EQ(FromColour(TileColour(1, 0, 0)), PaintedAt(46, 38));
-    EXPECT_EQ(FromColour(TileColour(1, 1, 0)), PaintedAt(136, 38));
 }
 
 TEST_F(Terrascope2, ShowsNoTileOfTheFormerMapInAnother) {
@@ -177,21 +155,6 @@ TEST_F(Terrascope2, LogsOnceThatARegionHasTooManyTiles) {
     Open(1, map);
     display->RefreshTiles();
     EXPECT_EQ(1, log.Count("too many")) << log.Text();
-}
-
-TEST_F(Terrascope2, CanBeDestroyedWhileBothThreadsFetch) {
-    for (int i = 0; i < 5; ++i) {
-        script->Reset();
-        script->Hold();
-        Open(4);
-        ASSERT_TRUE(script->AwaitHeld(2, 10000));
-        // The fetches end while the destructor waits for them.
-        std::jthread release([this] {
-            ::WaitForSingleObject(::GetCurrentThread(), 30);
-            script->Release();
-        });
-        display.reset();
-    }
 }
 
 TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <stdexcept>
 
 #include "tests/fixtures/Await.h"
 
@@ -45,20 +44,6 @@ TEST(Thread, RunsOnceHoweverOftenItIsStartedAndKeepsTheStopSignal) {
 
     thread.Start();
     EXPECT_TRUE(Await([&] { return thread.runs == 2; })) << "it can be started again";
-}
-
-TEST(Thread, EndsByItselfOrByAnExceptionAndIsThenFinished) {
-    struct EndingThread : CThread {
-        ~EndingThread() override { Stop(); }
-        DWORD Run() override { return fails ? throw std::runtime_error("a body that fails") : 0; }
-        bool fails = false;
-    };
-    for (const bool fails : {false, true}) {
-        EndingThread thread;
-        thread.fails = fails;
-        thread.Start();
-        EXPECT_TRUE(Await([&] { return thread.IsFinished(); }));
-    }
 }
 
 }  // namespace
