@@ -84,12 +84,12 @@ TEST_F(TileMapSelDlg, DescribesTheMapAndItsLayers) {
     Offer({{.name = "A %s map: 100%d", .remark = "%n%n", .layerCount = 2}});
     Show([](HWND window) {
         EXPECT_EQ(0, SelectedRow(window, IDC_MAP_LIST)) << "no name was given";
-        ExpectInfo(window, {"A %s map: 100%d\n", "2024-5-6 7:8:9\n", "bmp\n", "-180.00000\n",
+        ExpectInfo(window, {"A %s map: 100%d\n", "2024-5-1 7:8:9\n", "bmp\n", "-180.00000\n",
                             "-90.00000\n", ":360.00000\n", ":180.00000\n", ":64\n", "%n%n\n\n",
                             "Layer1:\n", "Layer2:\n", ":4\n", ":2\n\n"});
         if (::GetACP() == 936) {
             EXPECT_EQ("地图选择", TextOf(window, 0));
-            ExpectInfo(window, {"地图信息:\n名称:A %s map: 100%d\n更新时间:2024-5-6 7:8:9\n"
+            ExpectInfo(window, {"地图信息:\n名称:A %s map: 100%d\n更新时间:2024-5-1 7:8:9\n"
                                 "切片格式:bmp\n层数:2\n层起始编号:1\n经度起始值:-180.00000\n",
                                 "备注:%n%n\n\n图层信息:\nLayer1:\nX方向切片个数:2\n"
                                 "Y方向切片个数:1\n\nLayer2:\nX方向切片个数:4\n"});
