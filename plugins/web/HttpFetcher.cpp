@@ -1,0 +1,183 @@
+#include "plugins/web/HttpFetcher.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "terrascope/support/LogSink.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+constexpr int kMostRedirects = 5;
+constexpr int kRepetitions = 2;
+constexpr Milliseconds kFirstPause = 250;  // four times as long before the second repetition
+constexpr Milliseconds kClockStep = 20;
+constexpr int kTooManyRequests = 429;
+
+bool IsRedirect(int status) {
+    return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+/// What the server cannot do now, but perhaps soon.
+bool IsForNow(int status) {
+    return status == kTooManyRequests || status == 500 || status == 502 || status == 503 ||
+           status == 504;
+}
+
+HttpOutcome OutcomeOf(const HttpResponse& response) {
+    if (response.wasCancelled) {
+        return HttpOutcome::Cancelled;
+    }
+    switch (response.status) {
+        case 200:
+        case 206:
+            return HttpOutcome::Here;
+        case 304:
+            return HttpOutcome::NotModified;
+        case 204:
+        case 404:
+        case 410:
+            return HttpOutcome::Absent;
+        default:
+            return HttpOutcome::Failed;
+    }
+}
+
+/// Retry-After in seconds. Its other form, a date, is rare, and clocks differ: the pause is ours
+/// then.
+std::optional<Milliseconds> AskedPause(const HttpResponse& response) {
+    const std::string text = response.Header("retry-after");
+    Milliseconds seconds = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    constexpr Milliseconds kDay = 24 * 60 * 60;
+    if (text.empty() || error != std::errc() || end != text.data() + text.size() || seconds < 0) {
+        return std::nullopt;
+    }
+    return std::min(seconds, kDay) * 1000;
+}
+
+HttpHeaders HeadersFor(const HttpIdentity& identity, const HttpHeaders& extra,
+                       const HttpAddress& to, bool isOtherOrigin) {
+    HttpHeaders headers;
+    for (const auto& header : identity.headers) {
+        const bool isPublic = header.first == "User-Agent";
+        if (isPublic || (!isOtherOrigin && (to.isSecure || !identity.onlySecure))) {
+            headers.push_back(header);
+        }
+    }
+    headers.insert(headers.end(), extra.begin(), extra.end());
+    return headers;
+}
+
+HttpResult Failure(const HttpAddress& address, std::string reason) {
+    HttpResult result;
+    result.address = address;
+    result.reason = std::move(reason);
+    return result;
+}
+
+}  // namespace
+
+HttpFetcher& HttpFetcher::OfProcess() {
+    // Never destroyed: a fetch may outlive the module's end at the end of the process.
+    static Clock* const clock = new Clock;
+    static HttpFetcher* const fetcher = new HttpFetcher(*clock);
+    return *fetcher;
+}
+
+HttpResult HttpFetcher::Fetch(const HttpAddress& address, const HttpIdentity& identity,
+                              const HttpLimits& limits, const Cancellation& cancellation,
+                              const HttpHeaders& extra) {
+    const std::string text = address.Text();
+    if (limits.remembersAbsence && m_absent.Has(text)) {
+        HttpResult absent = Failure(address, "it is known to be absent");
+        absent.outcome = HttpOutcome::Absent;
+        return absent;
+    }
+    const Milliseconds end = m_clock.Now() + limits.total;
+    Milliseconds pause = kFirstPause;
+    for (int repetition = 0;; ++repetition) {
+        HttpResult result = FollowRedirects(address, identity, extra, limits, end, cancellation);
+        if (limits.remembersAbsence && result.outcome == HttpOutcome::Absent) {
+            m_absent.Add(text);
+        }
+        if (!IsForNow(result.response.status) || repetition == kRepetitions) {
+            return result;
+        }
+        // The clock has steps of 16 ms, and the host is not asked before its time.
+        const Milliseconds asked = AskedPause(result.response).value_or(pause) + kClockStep;
+        pause *= 4;
+        if (m_clock.Now() + asked >= end) {
+            return result;
+        }
+        if (!m_clock.Rest(asked, cancellation)) {
+            result.outcome = HttpOutcome::Cancelled;
+            return result;
+        }
+    }
+}
+
+HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpIdentity& identity,
+                                        const HttpHeaders& extra, const HttpLimits& limits,
+                                        Milliseconds end, const Cancellation& cancellation) {
+    HttpResult result;
+    result.address = address;
+    for (int redirects = 0;; ++redirects) {
+        const std::string origin = result.address.Origin();
+        if (!m_hosts.MayAsk(origin)) {
+            return Failure(result.address, "its host is left alone for a while");
+        }
+        HttpLimits left = limits;
+        left.total = std::max<Milliseconds>(end - m_clock.Now(), 0);
+        result.response = Transfer(HttpSession(),
+                                   {result.address, HeadersFor(identity, extra, result.address,
+                                                               origin != address.Origin())},
+                                   left, cancellation);
+        result.outcome = OutcomeOf(result.response);
+        Report(result);
+        if (!IsRedirect(result.response.status)) {
+            break;
+        }
+        const auto next = result.address.Resolve(result.response.Header("location"));
+        if (!next || (result.address.isSecure && !next->isSecure)) {
+            return Failure(result.address, "it leads where no redirect may lead");
+        }
+        if (redirects == kMostRedirects) {
+            return Failure(result.address, "there are too many redirects");
+        }
+        result.address = *next;
+    }
+    if (result.outcome == HttpOutcome::Failed) {
+        result.reason = result.response.status != 0
+                            ? "status " + std::to_string(result.response.status)
+                            : result.response.failure;
+    }
+    return result;
+}
+
+void HttpFetcher::Report(const HttpResult& result) {
+    const std::string origin = result.address.Origin();
+    const int status = result.response.status;
+    if (result.outcome == HttpOutcome::Cancelled) {
+        m_hosts.Undecided(origin);
+        return;
+    }
+    const auto asked = AskedPause(result.response);
+    if (IsForNow(status) && asked) {
+        m_hosts.AskedForPause(origin, *asked);
+        return;
+    }
+    if (status != 0 && !IsForNow(status)) {
+        m_hosts.Answered(origin);
+        return;
+    }
+    const Milliseconds rest = m_hosts.Failed(origin);
+    if (rest > 0) {
+        LogLine("%s is left alone for %d s: %s", origin.c_str(), static_cast<int>(rest / 1000),
+                status != 0 ? ("status " + std::to_string(status)).c_str()
+                            : result.response.failure.c_str());
+    }
+}
+
+}  // namespace Terrascope::Plugins

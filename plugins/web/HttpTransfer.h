@@ -1,0 +1,68 @@
+#pragma once
+
+#include <windows.h>
+
+#include <winhttp.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "plugins/web/Cancellation.h"
+#include "plugins/web/Clock.h"
+#include "plugins/web/HttpAddress.h"
+
+namespace Terrascope::Plugins {
+
+/// How long the steps of a request may take, and how large its answer may be.
+struct HttpLimits {
+    Milliseconds connect = 0;    ///< until the request has been sent
+    Milliseconds firstByte = 0;  ///< from then until the answer's headers are there
+    Milliseconds total = 0;      ///< with redirects, pauses and repetitions
+    std::size_t bytes = 0;
+    bool remembersAbsence = false;  ///< what was absent is not asked for again for ten minutes
+};
+
+using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
+
+struct HttpRequest {
+    HttpAddress address;
+    HttpHeaders headers;  ///< beside those that each request has
+};
+
+/// What came back. Without a status nothing usable did, and `failure` is why.
+struct HttpResponse {
+    int status = 0;
+    bool wasCancelled = false;
+    std::string failure;
+    std::map<std::string, std::string> headers;  ///< names in small letters; the last of each
+    std::vector<std::uint8_t> body;
+
+    /// Empty when there is no such header.
+    std::string Header(const char* name) const {
+        const auto found = headers.find(name);
+        return found != headers.end() ? found->second : std::string();
+    }
+};
+
+/// Sends one request and waits for the whole answer; redirects are answers here. The body of an
+/// answer other than 200 and 206 is not read. An answer whose length differs from the one that its
+/// header announces, or that is longer than the limit, is a failure.
+///
+/// WinHTTP works for it in asynchronous mode: when the caller leaves early, because it was
+/// cancelled or a limit is over, the request ends behind it, and what it still writes to outlives
+/// it. The code of this module must then stay in memory: see HttpSession.
+///
+/// Threads: any; the caller's waits. `session` is one of HttpSession.
+HttpResponse Transfer(HINTERNET session, const HttpRequest& request, const HttpLimits& limits,
+                      const Cancellation& cancellation);
+
+/// The WinHTTP session of the process, in asynchronous mode, with the system's proxy; made at the
+/// first call. From then on this module stays in the process: an end of the session would have to
+/// wait for requests that have ended behind their callers. Null when there is no WinHTTP.
+HINTERNET HttpSession();
+
+}  // namespace Terrascope::Plugins

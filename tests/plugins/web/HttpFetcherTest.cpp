@@ -1,0 +1,311 @@
+#include "plugins/web/HttpFetcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/fixtures/Await.h"
+#include "tests/fixtures/LogCapture.h"
+#include "tests/plugins/web/FaultServer.h"
+
+namespace {
+
+using namespace Terrascope::Plugins;
+using TerrascopeTest::FaultServer;
+using TerrascopeTest::Reply;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// Goes on by its rests alone, and takes no time for them.
+class SetClock : public Clock {
+public:
+    Milliseconds Now() override { return now; }
+    bool Rest(Milliseconds duration, const Cancellation& cancellation) override {
+        now += duration;
+        rests.push_back(duration);
+        return !cancellation.IsCancelled();
+    }
+    std::atomic<Milliseconds> now = 1000;
+    std::vector<Milliseconds> rests;
+};
+
+class Fetching : public testing::Test {
+protected:
+    HttpResult Fetch(const std::string& address) {
+        return m_fetcher.Fetch(*HttpAddress::Parse(address), m_identity, m_limits, m_cancellation);
+    }
+    HttpResult FetchPath(const std::string& path) { return Fetch(m_server.Address(path)); }
+    static std::string Body(const HttpResult& result) {
+        return result.outcome == HttpOutcome::Here
+                   ? std::string(result.response.body.begin(), result.response.body.end())
+                   : "outcome " + std::to_string(static_cast<int>(result.outcome)) + ": " +
+                         result.reason;
+    }
+
+    FaultServer m_server;
+    TerrascopeTest::LogCapture m_log;
+    SetClock m_clock;
+    HttpFetcher m_fetcher{m_clock};
+    HttpIdentity m_identity{{{"User-Agent", "Test/1"}, {"X-Key", "secret"}}, false};
+    HttpLimits m_limits{2000, 400, 1000, 100000, true};
+    Cancellation m_cancellation;
+};
+
+TEST_F(Fetching, BringsWholeAnswersOverKeptConnections) {
+    const std::string large(99999, 'x');
+    m_server.On("/a?key=1", Reply{200, "first"});
+    m_server.On("/b", Reply{200, large, "ETag: \"v1\"\r\n"});
+    m_server.On("/empty", Reply{200, ""});
+    m_server.On("/chunked", Reply{.body = "HTTP/1.1 200 X\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                          "5\r\nhello\r\n0\r\n\r\n",
+                                  .kind = Reply::Raw});
+
+    EXPECT_EQ("first", Body(FetchPath("/a?key=1")));
+    EXPECT_THAT(m_server.LastHead(), HasSubstr("User-Agent: Test/1\r\n"));
+    EXPECT_THAT(m_server.LastHead(), HasSubstr("X-Key: secret\r\n"));
+    const HttpResult second = FetchPath("/b");
+    EXPECT_EQ(large, Body(second));
+    EXPECT_EQ("\"v1\"", second.response.Header("etag"));
+    EXPECT_EQ("", Body(FetchPath("/empty")));
+    EXPECT_EQ(1, m_server.Connections());
+    EXPECT_EQ("hello", Body(FetchPath("/chunked")));
+}
+
+TEST_F(Fetching, RefusesWhatIsNotAWholeAnswerInTime) {
+    const std::string body(1000, 'x');
+    const auto raw = [](const std::string& headers) {
+        return Reply{.body = "HTTP/1.1 200 X\r\n" + headers + "\r\n0123456789", .kind = Reply::Raw};
+    };
+    const std::pair<Reply, const char*> cases[] = {
+        {{200, body, "", Reply::Half}, "breaks off"},
+        {{200, body, "", Reply::Endless}, "too"},  // large, or long
+        {{.kind = Reply::Silent}, "no answer"},
+        {{.kind = Reply::HangUp}, "no answer"},
+        {{200, std::string(100001, 'x')}, "too large"},
+        {raw("Content-Length: 11\r\n"), "breaks off"},
+        {raw("Content-Length: 99999999999999999999\r\n"), ""},
+        {raw("Content-Length: -1\r\n"), ""},
+        {{.body = "no answer at all", .kind = Reply::Raw}, ""},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const std::string path = "/" + std::to_string(i);
+        m_server.On(path, cases[i].first);
+        const ULONGLONG start = ::GetTickCount64();
+        HttpFetcher fresh(m_clock);  // five failures would end the test
+        const HttpResult result = fresh.Fetch(*HttpAddress::Parse(m_server.Address(path)),
+                                              m_identity, m_limits, m_cancellation);
+        EXPECT_EQ(HttpOutcome::Failed, result.outcome) << i << ": " << Body(result);
+        EXPECT_THAT(result.reason, HasSubstr(cases[i].second)) << i;
+        EXPECT_THAT(result.response.body, IsEmpty()) << i;
+        EXPECT_GT(1600U, ::GetTickCount64() - start) << i;
+    }
+}
+
+TEST_F(Fetching, FollowsRedirectsWithinBounds) {
+    FaultServer other;
+    m_server.On("/one/a", Reply{302, "", "Location: ../two?x=1\r\n"});
+    m_server.On("/two?x=1", Reply{301, "", "Location: " + other.Address("/there") + "\r\n"});
+    other.On("/there", Reply{200, "elsewhere"});
+    m_server.On("/loop", Reply{302, "", "Location: /loop\r\n"});
+    m_server.On("/file", Reply{302, "", "Location: file:///C:/windows/win.ini\r\n"});
+    m_server.On("/nowhere", Reply{302, ""});
+    m_server.On("/odd", Reply{302, "", "Location: //user@host/\r\n"});
+
+    EXPECT_EQ("elsewhere", Body(FetchPath("/one/a")));
+    EXPECT_THAT(other.LastHead(), HasSubstr("User-Agent: Test/1\r\n"));
+    EXPECT_THAT(other.LastHead(), Not(HasSubstr("secret"))) << "the key is for the first host";
+    EXPECT_THAT(Body(FetchPath("/loop")), HasSubstr("too many redirects"));
+    EXPECT_EQ(6, m_server.Requests("/loop"));
+    for (const char* path : {"/file", "/odd"}) {
+        EXPECT_THAT(Body(FetchPath(path)), HasSubstr("no redirect may lead")) << path;
+    }
+    EXPECT_EQ(HttpOutcome::Failed, FetchPath("/nowhere").outcome);
+}
+
+TEST_F(Fetching, AsksAgainWhatTheServerCannotDoNow) {
+    const Reply busy{429, "later", "Retry-After: 3\r\n"};
+    const Reply broken{500, "oops"};
+    m_limits.total = 8000;
+    m_server.On("/busy", {busy, Reply{200, "now"}});
+    m_server.On("/broken", {broken, broken, Reply{200, "mended"}});
+    m_server.On("/always", broken);
+    m_server.On("/long", Reply{503, "", "Retry-After: 60\r\n"});
+
+    EXPECT_EQ("now", Body(FetchPath("/busy")));
+    EXPECT_THAT(m_clock.rests, ElementsAre(3020));
+    EXPECT_EQ("mended", Body(FetchPath("/broken")));
+    EXPECT_EQ("outcome 3: status 500", Body(FetchPath("/always")));
+    EXPECT_EQ(3, m_server.Requests("/always"));
+    EXPECT_EQ("outcome 3: status 503", Body(FetchPath("/long"))) << "not within the tile's time";
+    EXPECT_THAT(Body(FetchPath("/busy")), HasSubstr("left alone")) << "the host asked for it";
+    EXPECT_EQ(1, m_server.Requests("/long"));
+    m_clock.now += 60000;
+    EXPECT_EQ("now", Body(FetchPath("/busy")));
+}
+
+TEST_F(Fetching, DoesNotAskForWhatIsKnownToBeAbsent) {
+    m_server.On("/none", Reply{204});
+    m_server.On("/gone", Reply{410});
+    m_server.On("/forbidden", Reply{403, "no"});
+    for (int i = 0; i < 2; ++i) {
+        for (const char* path : {"/none", "/gone", "/missing"}) {
+            EXPECT_EQ(HttpOutcome::Absent, FetchPath(path).outcome) << path;
+        }
+        EXPECT_EQ("outcome 3: status 403", Body(FetchPath("/forbidden")));
+    }
+    EXPECT_EQ(3 + 2, m_server.Requests());
+    m_server.On("/missing", Reply{200, "new"});
+    m_clock.now += 10 * 60 * 1000;
+    EXPECT_EQ("new", Body(FetchPath("/missing")));
+    AbsentAddresses many(m_clock);
+    for (int i = 0; i < 9000; ++i) {
+        many.Add(std::to_string(i));
+    }
+    EXPECT_FALSE(many.Has("0")) << "memory is bounded";
+    EXPECT_TRUE(many.Has("8999"));
+}
+
+TEST_F(Fetching, LeavesAHostAloneThatIsDown) {
+    m_limits.connect = 1500;  // a refused connection may be tried for a second
+    std::string down;
+    {
+        const FaultServer gone;
+        down = gone.Address("/tile?key=secret");
+    }
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_THAT(Body(Fetch(down)), Not(HasSubstr("left alone"))) << i;
+    }
+    EXPECT_THAT(Body(Fetch(down)), HasSubstr("left alone"));
+    m_server.On("/a", Reply{200, "other hosts are asked"});
+    EXPECT_EQ("other hosts are asked", Body(FetchPath("/a")));
+    EXPECT_EQ(1, m_log.Count("is left alone for 2 s")) << m_log.Text();
+    EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
+    m_clock.now += 2000;
+    EXPECT_THAT(Body(Fetch(down)), Not(HasSubstr("left alone")));
+    EXPECT_EQ(1, m_log.Count("is left alone for 4 s")) << m_log.Text();
+}
+
+TEST(HostHealth, RestsLongerEachTimeAndSendsOneToFindOut) {
+    SetClock clock;
+    HostHealth health(clock);
+    for (int i = 1; i < 5; ++i) {
+        EXPECT_EQ(0, health.Failed("h")) << i;
+    }
+    EXPECT_TRUE(health.MayAsk("h"));
+    for (const Milliseconds rest : {2000, 4000, 8000, 16000, 32000, 60000, 60000}) {
+        EXPECT_EQ(rest, health.Failed("h"));
+        EXPECT_EQ(0, health.Failed("h")) << "it was on its way before";
+        clock.now += rest - 1;
+        EXPECT_FALSE(health.MayAsk("h"));
+        clock.now += 1;
+        EXPECT_TRUE(health.MayAsk("h"));
+        EXPECT_FALSE(health.MayAsk("h")) << "one is enough to find out";
+    }
+    health.Undecided("h");
+    EXPECT_TRUE(health.MayAsk("h"));
+    health.Answered("h");
+    EXPECT_TRUE(health.MayAsk("h"));
+    EXPECT_EQ(0, health.Failed("h"));
+    for (int i = 0; i < 300; ++i) {
+        health.AskedForPause(std::to_string(i), 1000 + i);
+    }
+    EXPECT_TRUE(health.MayAsk("0")) << "forgotten: memory is bounded";
+    EXPECT_FALSE(health.MayAsk("299"));
+}
+
+TEST_F(Fetching, EndsForACallerThatLeaves) {
+    m_limits = kTileLimits;
+    m_server.On("/hangs", Reply{.kind = Reply::Silent});
+    m_server.On("/drips", Reply{.body = "x", .kind = Reply::Endless});
+    for (const char* path : {"/hangs", "/drips"}) {
+        Cancellation cancellation;
+        std::atomic<ULONGLONG> cancelled = 0;
+        std::thread leaving([&] {
+            EXPECT_TRUE(TerrascopeTest::Await([&] { return m_server.Requests(path) == 1; }));
+            cancelled = ::GetTickCount64();
+            cancellation.Cancel();
+        });
+        const HttpResult result = m_fetcher.Fetch(*HttpAddress::Parse(m_server.Address(path)),
+                                                  m_identity, m_limits, cancellation);
+        const ULONGLONG end = ::GetTickCount64();
+        leaving.join();
+        EXPECT_EQ(HttpOutcome::Cancelled, result.outcome) << path << Body(result);
+        EXPECT_GT(200U, end - cancelled) << path;
+    }
+    m_server.On("/next", Reply{200, "the next one works"});
+    EXPECT_EQ("the next one works", Body(FetchPath("/next")));
+}
+
+TEST_F(Fetching, ServesManyAtOnce) {
+    for (int i = 0; i < 8; ++i) {
+        m_server.On("/" + std::to_string(i),
+                    Reply{200, std::string(5000, static_cast<char>('a' + i))});
+    }
+    std::vector<std::thread> threads;
+    std::atomic<int> right = 0;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&, i] {
+            for (int n = 0; n < 50; ++n) {
+                right += Body(FetchPath("/" + std::to_string(i))) ==
+                                 std::string(5000, static_cast<char>('a' + i))
+                             ? 1
+                             : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(8 * 50, right);
+}
+
+TEST(HttpAddress, IsReadAndResolved) {
+    const auto text = [](const std::optional<HttpAddress>& address) {
+        return address ? address->Text() : std::string("none");
+    };
+    const std::pair<const char*, const char*> whole[] = {
+        {"HTTP://Example.org", "http://example.org/"},
+        {"https://a.b:443/x?y=1#z", "https://a.b/x?y=1"},
+        {"http://a:8080?q", "http://a:8080/?q"},
+        {"http://[::1]:81/a b\xC3\xA9%20", "http://[::1]:81/a%20b%C3%A9%20"},
+        {"ftp://a/", "none"},
+        {"file:///etc", "none"},
+        {"http:/a", "none"},
+        {"http://", "none"},
+        {"http://user:word@a/", "none"},
+        {"http://a:0/", "none"},
+        {"http://a:99999/", "none"},
+        {"http://a:8x/", "none"},
+        {"http://a\\b/", "none"},
+        {"http://b\xC3\xBC.de/", "none"},
+        {"C:\\maps", "none"},
+        {"", "none"}};
+    for (const auto& [given, expected] : whole) {
+        EXPECT_EQ(expected, text(HttpAddress::Parse(given))) << given;
+    }
+    EXPECT_EQ("none", text(HttpAddress::Parse("http://a/" + std::string(5000, 'x'))));
+    const HttpAddress base = *HttpAddress::Parse("https://a:8443/one/two/doc.json?key=1");
+    EXPECT_EQ("https://a:8443/one/two/doc.json", base.ForLog());
+    const std::pair<const char*, const char*> references[] = {
+        {"x", "https://a:8443/one/two/x"},
+        {"../x?y", "https://a:8443/one/x?y"},
+        {"../../../../x", "https://a:8443/x"},
+        {"./", "https://a:8443/one/two/"},
+        {"/x/./y/", "https://a:8443/x/y/"},
+        {"//b/x", "https://b/x"},
+        {"http://c", "http://c/"},
+        {"?z", "https://a:8443/one/two/doc.json?z"},
+        {"mailto:me", "none"},
+        {"//", "none"},
+        {"..", "https://a:8443/one/"},
+        {"a/?b=http://c/", "https://a:8443/one/two/a/?b=http://c/"}};
+    for (const auto& [reference, expected] : references) {
+        EXPECT_EQ(expected, text(base.Resolve(reference))) << reference;
+    }
+}
+
+}  // namespace
