@@ -1,0 +1,132 @@
+#include "plugins/web/MapDocument.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "plugins/web/DataPath.h"
+#include "plugins/web/TileJson.h"
+#include "terrascope/support/LogSink.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+using Json = nlohmann::json;
+using Maps = std::vector<std::shared_ptr<const WebMap>>;
+
+constexpr int kDeepestOfTemplate = 19;  // the last zoom level of a template that states none
+
+/// An address as the log may have it: without what stands behind a question mark.
+std::string ForLog(const std::string& address) {
+    return address.substr(0, address.find_first_of("?#"));
+}
+
+void LeaveOut(const std::string& what, const std::string& reason) {
+    LogLine("map left out: '%s': %s", ForLog(what).c_str(), reason.c_str());
+}
+
+void Add(Maps& maps, std::shared_ptr<const WebMap> map, const std::string& what,
+         const std::string& reason) {
+    if (map == nullptr) {
+        LeaveOut(what, reason);
+        return;
+    }
+    maps.push_back(std::move(map));
+}
+
+void ReadTemplate(const DataPath& path, Maps& maps) {
+    std::string reason;
+    auto pattern = TileAddressTemplate::Parse(path.address, nullptr, reason);
+    if (!pattern) {
+        LeaveOut(path.address, "the template " + reason);
+        return;
+    }
+    MapFacts facts;
+    facts.name = pattern->Host();
+    facts.format = pattern->Ending();
+    Add(maps,
+        MakeMercatorMap(path.Over(facts), kDeepestOfTemplate,
+                        std::make_shared<CTemplateSource>(
+                            std::vector<TileAddressTemplate>{std::move(*pattern)}, false),
+                        reason),
+        path.address, reason);
+}
+
+/// Distinct names, so that each map can be opened.
+WebLibrary Named(Maps maps) {
+    const auto isTaken = [&](const CString& name, std::size_t before) {
+        return std::any_of(
+            maps.begin(), maps.begin() + static_cast<std::ptrdiff_t>(before),
+            [&](const auto& map) { return map->info.strName.CompareNoCase(name) == 0; });
+    };
+    for (std::size_t i = 0; i < maps.size(); ++i) {
+        CString name = maps[i]->info.strName.IsEmpty() ? CString("?") : maps[i]->info.strName;
+        const CString plain = name;
+        for (int n = 2; isTaken(name, i); ++n) {
+            name.Format("%s (%d)", plain.GetString(), n);
+        }
+        if (name != maps[i]->info.strName) {
+            auto renamed = std::make_shared<WebMap>(*maps[i]);
+            renamed->info.strName = name;
+            maps[i] = std::move(renamed);
+        }
+    }
+    return maps;
+}
+
+/// Reads addresses, and the documents behind them.
+class Reader {
+public:
+    Reader(const WebAccess& access, const Cancellation& cancellation)
+        : m_access(access), m_cancellation(cancellation) {}
+
+    /// False when a document could not be had.
+    bool Read(const DataPath& path, Maps& maps) {
+        if (path.IsTemplate()) {
+            ReadTemplate(path, maps);
+            return true;
+        }
+        const auto address = HttpAddress::Parse(path.address);
+        if (!address) {
+            LeaveOut(path.address, "it is no address of http or https");
+            return true;
+        }
+        const HttpResult result =
+            m_access.fetcher.Fetch(*address, m_access.identity, kDocumentLimits, m_cancellation);
+        if (result.outcome != HttpOutcome::Here) {
+            LogLine("'%s' cannot be had: %s", address->ForLog().c_str(),
+                    result.outcome == HttpOutcome::Absent ? "it is absent" : result.reason.c_str());
+            return false;
+        }
+        ReadDocument(result, path, maps);
+        return true;
+    }
+
+private:
+    void ReadDocument(const HttpResult& result, const DataPath& path, Maps& maps) {
+        const std::vector<std::uint8_t>& body = result.response.body;
+        const Json document = Json::parse(body.begin(), body.end(), nullptr, false);
+        if (document.is_discarded()) {
+            LeaveOut(result.address.ForLog(), "it is no document that can be used");
+            return;
+        }
+        std::string reason;
+        auto map = ReadTileJson(document, result.address, path, reason);
+        Add(maps, std::move(map), result.address.ForLog(), reason);
+    }
+
+    const WebAccess& m_access;
+    const Cancellation& m_cancellation;
+};
+
+}  // namespace
+
+std::optional<WebLibrary> ReadMaps(const std::string& dataPath, const WebAccess& access,
+                                   const Cancellation& cancellation) {
+    Maps maps;
+    if (!Reader(access, cancellation).Read(DataPath::Parse(dataPath), maps)) {
+        return std::nullopt;
+    }
+    return Named(std::move(maps));
+}
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,27 @@
+#include "plugins/common/PluginLog.h"
+#include "plugins/common/ProviderFactory.h"
+#include "plugins/web/WebTileMapInfoProvider.h"
+#include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
+
+using Terrascope::Plugins::CWebTileMapInfoProvider;
+using Terrascope::Plugins::ProviderFactory;
+
+extern "C" {
+
+__declspec(dllexport) std::int32_t getEngineVersion() {
+    return 1;
+}
+
+__declspec(dllexport) void registerPlugin(Terrascope::CTileMapInfoProviderPluginKernel* kernel) {
+    Terrascope::Plugins::BeginPluginLog(CWebTileMapInfoProvider::kName);
+    kernel->RegisterFactory(
+        new ProviderFactory<CWebTileMapInfoProvider>(CWebTileMapInfoProvider::kName));
+}
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
+        Terrascope::Plugins::EndPluginLog();
+    }
+    return TRUE;
+}
+}

@@ -1,0 +1,183 @@
+#include "plugins/web/WebTileMapInfoProvider.h"
+
+#include "plugins/common/PlainText.h"
+#include "plugins/common/SafePath.h"
+#include "plugins/common/WithoutThrowing.h"
+#include "plugins/web/WebSettings.h"
+#include "terrascope/support/text/MultibyteText.h"
+#include "terrascope/tiles/ImageHeader.h"
+
+namespace Terrascope::Plugins {
+namespace {
+
+template <class TResult, class TWork>
+TResult Safely(TWork work) {
+    return WithoutThrowing<TResult>(CWebTileMapInfoProvider::kName, work);
+}
+
+/// Servers send error pages and vector tiles with every status.
+bool IsImage(const std::vector<std::uint8_t>& bytes) {
+    switch (ReadImageHeader(bytes).format) {
+        case ImageFormat::Unknown:
+        case ImageFormat::Gzip:
+        case ImageFormat::Markup:
+            return false;
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
+CWebTileMapInfoProvider::~CWebTileMapInfoProvider() {
+    delete m_pRemoteProvider;
+}
+
+std::shared_ptr<CMapReading> CWebTileMapInfoProvider::Reading() {
+    CSingleLock lock(&m_lock, TRUE);
+    return m_reading;
+}
+
+bool CWebTileMapInfoProvider::UpdateMapLib(bool) {
+    return Safely<bool>([this] {
+        const auto reading = Reading();
+        if (reading == nullptr) {
+            return false;
+        }
+        reading->Begin();
+        return reading->Await(m_cancellation);
+    });
+}
+
+void CWebTileMapInfoProvider::SetDataPath(const CString& path) {
+    Safely<bool>([&] {
+        const auto wide = ToWide(Trimmed(ViewOf(path)));
+        if (!wide) {
+            LogLine("the data path is not valid in the active code page");
+            return false;
+        }
+        const std::string text = Utf8FromWide(*wide);
+        constexpr char kSecure[] = "https:";
+        const bool isSecure = ::_strnicmp(text.c_str(), kSecure, sizeof kSecure - 1) == 0;
+        const HttpIdentity identity = ReadIdentity(isSecure);
+        const auto reading = CMapReading::OfProcess(text, identity);
+        reading->BeginIfOld();
+        CSingleLock lock(&m_lock, TRUE);
+        m_identity = identity;
+        m_reading = reading;
+        return true;
+    });
+}
+
+std::list<tagTILE_MAP_INFO*> CWebTileMapInfoProvider::GetMapList() {
+    return Safely<std::list<tagTILE_MAP_INFO*>>([this] {
+        std::list<tagTILE_MAP_INFO*> maps;
+        if (const auto reading = Reading(); reading != nullptr) {
+            for (const auto& map : *reading->Library(m_cancellation)) {
+                maps.push_back(new tagTILE_MAP_INFO(map->info));
+            }
+        }
+        return maps;
+    });
+}
+
+std::shared_ptr<const WebMap> CWebTileMapInfoProvider::FindMap(const CString& mapName) {
+    const auto reading = Reading();
+    if (reading == nullptr) {
+        return nullptr;
+    }
+    const auto library = reading->Library(m_cancellation);
+    for (const auto& map : *library) {
+        if (map->info.strName.CompareNoCase(mapName) == 0) {
+            return map;
+        }
+    }
+    return nullptr;
+}
+
+tagTILE_MAP_INFO* CWebTileMapInfoProvider::GetMapInfo(const CString& mapName) {
+    return Safely<tagTILE_MAP_INFO*>([&] {
+        const auto map = FindMap(mapName);
+        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : nullptr;
+    });
+}
+
+std::list<tagTILE_MAP_LAYER_INFO*> CWebTileMapInfoProvider::GetLayerList(const CString& mapName) {
+    return Safely<std::list<tagTILE_MAP_LAYER_INFO*>>([&] {
+        std::list<tagTILE_MAP_LAYER_INFO*> layers;
+        if (const auto map = FindMap(mapName); map != nullptr) {
+            for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
+                layers.push_back(new tagTILE_MAP_LAYER_INFO(layer));
+            }
+        }
+        return layers;
+    });
+}
+
+tagTILE_MAP_LAYER_INFO* CWebTileMapInfoProvider::GetLayerInfo(const CString& mapName,
+                                                              int layerNumber) {
+    return Safely<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
+        if (const auto map = FindMap(mapName); map != nullptr) {
+            for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
+                if (layer.nLayerNumber == layerNumber) {
+                    return new tagTILE_MAP_LAYER_INFO(layer);
+                }
+            }
+        }
+        return nullptr;
+    });
+}
+
+std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTile(const WebMap& map, int layerNumber,
+                                                            const CString& key) {
+    const auto address = ParseTileKey(ViewOf(key));
+    const auto place =
+        address && address->layer == layerNumber ? map.grid.Locate(*address) : std::nullopt;
+    if (!place || m_cancellation.IsCancelled()) {
+        return {};
+    }
+    HttpIdentity identity;
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        identity = m_identity;
+    }
+    const HttpResult result =
+        map.source->Load(layerNumber, *place, {HttpFetcher::OfProcess(), identity}, m_cancellation);
+    const std::vector<std::uint8_t>& bytes = result.response.body;
+    if (result.outcome == HttpOutcome::Here && IsImage(bytes)) {
+        auto image = std::make_unique<tagTILE_IMAGE>();
+        image->nColumn = address->column;
+        image->nRow = address->row;
+        image->strKey = key;
+        image->stream.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+        std::list<tagTILE_IMAGE*> one{image.get()};
+        static_cast<void>(image.release());
+        return one;
+    }
+    if (result.outcome == HttpOutcome::Here || result.outcome == HttpOutcome::Failed) {
+        LogTileFailure(key, (result.address.ForLog() + ": " +
+                             (result.reason.empty() ? "it is no image" : result.reason))
+                                .c_str());
+    }
+    return m_pRemoteProvider != nullptr && result.outcome != HttpOutcome::Cancelled
+               ? m_pRemoteProvider->LoadTiles(map.info.strName, layerNumber, {key})
+               : std::list<tagTILE_IMAGE*>();
+}
+
+std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTiles(const CString& mapName,
+                                                             int layerNumber,
+                                                             const std::list<CString>& tileKeys) {
+    return Safely<std::list<tagTILE_IMAGE*>>([&] {
+        std::list<tagTILE_IMAGE*> tiles;
+        if (const auto map = FindMap(mapName); map != nullptr) {
+            for (const CString& key : tileKeys) {
+                // Each on its own: one that fails costs no other.
+                tiles.splice(tiles.end(), Safely<std::list<tagTILE_IMAGE*>>(
+                                              [&] { return LoadTile(*map, layerNumber, key); }));
+            }
+        }
+        return tiles;
+    });
+}
+
+}  // namespace Terrascope::Plugins

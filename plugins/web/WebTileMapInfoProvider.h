@@ -1,0 +1,52 @@
+#pragma once
+
+#include <afx.h>
+#include <afxmt.h>
+
+#include <memory>
+
+#include "plugins/web/MapReading.h"
+#include "terrascope/providers/ITileMapInfoProvider.h"
+#include "terrascope/support/ThreadAnnotations.h"
+
+namespace Terrascope::Plugins {
+
+/// Serves maps whose tiles come from web servers. The data path is the address of a document that
+/// describes them, or a template for the addresses of tiles: see the README.
+///
+/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
+/// Threads: every operation may run beside every other. No server is waited for under a lock, and
+///          for long by LoadTiles alone: 8 s, or until Cancel.
+/// Errors:  nothing throws; what is missing or cannot be had is null or empty.
+class CWebTileMapInfoProvider : public ITileMapInfoProvider {
+public:
+    static constexpr char kName[] = "WebTileMapInfoProvider";
+
+    ~CWebTileMapInfoProvider() override;
+
+    /// Reads the documents anew; false, and the maps stay, when one cannot be had within 6 s. The
+    /// flag makes no difference.
+    bool UpdateMapLib(bool flag) override;
+    void SetDataPath(const CString& path) override;
+    std::list<tagTILE_MAP_INFO*> GetMapList() override;
+    tagTILE_MAP_INFO* GetMapInfo(const CString& mapName) override;
+    std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& mapName) override;
+    tagTILE_MAP_LAYER_INFO* GetLayerInfo(const CString& mapName, int layerNumber) override;
+    std::list<tagTILE_IMAGE*> LoadTiles(const CString& mapName, int layerNumber,
+                                        const std::list<CString>& tileKeys) override;
+
+    /// Ends what waits for a server, now and from now on.
+    void Cancel() { m_cancellation.Cancel(); }
+
+private:
+    std::shared_ptr<CMapReading> Reading();
+    std::shared_ptr<const WebMap> FindMap(const CString& mapName);
+    std::list<tagTILE_IMAGE*> LoadTile(const WebMap& map, int layerNumber, const CString& key);
+
+    Cancellation m_cancellation;
+    CCriticalSection m_lock;
+    std::shared_ptr<CMapReading> m_reading TERRASCOPE_GUARDED_BY(m_lock);  ///< null: no data path
+    HttpIdentity m_identity TERRASCOPE_GUARDED_BY(m_lock);
+};
+
+}  // namespace Terrascope::Plugins

@@ -1,0 +1,216 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "plugins/web/WebSettings.h"
+#include "plugins/web/WebTileMapInfoProvider.h"
+#include "tests/fixtures/LogCapture.h"
+#include "tests/fixtures/TemporaryFolder.h"
+#include "tests/plugins/web/FaultServer.h"
+
+namespace {
+
+using namespace Terrascope;
+using namespace Terrascope::Plugins;
+using TerrascopeTest::FaultServer;
+using TerrascopeTest::Reply;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+
+/// As much of a PNG as tells that it is one; `mark` makes them differ.
+std::string Image(const std::string& mark) {
+    return "\x89PNG\r\n\x1A\n" + mark;
+}
+
+class WebMaps : public testing::Test {
+protected:
+    std::vector<std::string> Open(const std::string& dataPath) {
+        m_provider = std::make_unique<CWebTileMapInfoProvider>();
+        m_provider->SetDataPath(dataPath.c_str());
+        return MapNames();
+    }
+    std::vector<std::string> OpenPath(const std::string& path) {
+        return Open(m_server.Address(path));
+    }
+    std::vector<std::string> MapNames() {
+        std::vector<std::string> names;
+        for (tagTILE_MAP_INFO* record : m_provider->GetMapList()) {
+            names.emplace_back(record->strName.GetString());
+            delete record;
+        }
+        return names;
+    }
+    tagTILE_MAP_INFO Info(const std::string& map) {
+        const std::unique_ptr<tagTILE_MAP_INFO> info(m_provider->GetMapInfo(map.c_str()));
+        return info != nullptr ? *info : tagTILE_MAP_INFO();
+    }
+    /// What the tile's image was marked with; "none" when none comes.
+    std::string Tile(const std::string& map, const std::string& key) {
+        std::string bytes;
+        for (tagTILE_IMAGE* tile : m_provider->LoadTiles(map.c_str(), static_cast<int>(key.size()),
+                                                         {CString(key.c_str())})) {
+            EXPECT_EQ(CString(key.c_str()), tile->strKey);
+            const auto span = tile->stream.Bytes();
+            bytes.assign(span.begin(), span.end());
+            delete tile;
+        }
+        return bytes.size() > 8 ? bytes.substr(8) : "none";
+    }
+
+    FaultServer m_server;
+    TerrascopeTest::LogCapture m_log;
+    std::unique_ptr<CWebTileMapInfoProvider> m_provider;
+};
+
+TEST_F(WebMaps, ATemplateIsAMapWithoutAskingTheServer) {
+    m_server.On("/3/6/2.png?key=secret", Reply{200, Image("row 2 of 8")});
+    EXPECT_THAT(OpenPath("/{z}/{x}/{y}.png?key=secret#name=Our%20map&minzoom=2&maxzoom=5"
+                         "&bounds=0,0,180,85.06&tilesize=512&attribution=%26copy%3B%20us&odd=1"),
+                ElementsAre("Our map"));
+    EXPECT_EQ(0, m_server.Requests());
+    const tagTILE_MAP_INFO info = Info("our MAP");
+    EXPECT_EQ(2, info.nFirstLayer);
+    EXPECT_EQ(4, info.nLayerCount);
+    EXPECT_EQ(512, info.nTileWidth);
+    EXPECT_EQ(CString("png"), info.strTileFormat);
+    EXPECT_DOUBLE_EQ(0, info.dLatitudeStart);
+    EXPECT_DOUBLE_EQ(180, info.dLatitude);
+    EXPECT_DOUBLE_EQ(0, info.dLongitudeStart);
+    EXPECT_THAT(info.strRemark.GetString(), HasSubstr("Web Mercator"));
+    EXPECT_EQ('s', info.strRemark[info.strRemark.GetLength() - 1]) << info.strRemark.GetString();
+    // The map's column 2 and row 2 of layer 3: its corner is column 4, row 0 of the world.
+    EXPECT_EQ("row 2 of 8", Tile("Our map", "030"));
+    EXPECT_EQ("none", Tile("Our map", "000")) << "absent";
+    EXPECT_EQ("none", Tile("Our map", "330")) << "beyond the map";
+    EXPECT_EQ(2, m_server.Requests());
+    EXPECT_EQ(nullptr, m_provider->GetLayerInfo("Our map", 6));
+    EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
+}
+
+TEST_F(WebMaps, ATileJsonDocumentIsAMap) {
+    m_server.On("/maps/tiles.json",
+                Reply{200, R"({"tilejson": "3.0.0", "name": "R<i>elief</i>", "unknown": {"a": [1]},
+                   "tiles": [7, "{z}-{x}-{y}", "/other/{z}/{x}/{y}.jpg"], "scheme": "tms",
+                   "minzoom": 0, "maxzoom": 3, "bounds": [170, 0, -170, 10], "center": "no",
+                   "description": "Land\nand sea",
+                   "attribution": "<a href=\"http://x\">&copy; Somebody &amp; Co</a>"})"});
+    m_server.On("/other/1/0/0.jpg", Reply{200, Image("south-west")});
+    m_server.On("/maps/1-0-1", Reply{200, Image("north-west")});
+
+    EXPECT_THAT(OpenPath("/maps/tiles.json"), ElementsAre("Relief"));
+    const tagTILE_MAP_INFO info = Info("Relief");
+    EXPECT_EQ(1, info.nFirstLayer);
+    EXPECT_EQ(3, info.nLayerCount);
+    EXPECT_DOUBLE_EQ(360, info.dLongitude) << "bounds that wrap count as absent";
+    EXPECT_THAT(info.strRemark.GetString(), testing::StartsWith("Land and sea Web Mercator"));
+    EXPECT_THAT(info.strRemark.GetString(), testing::EndsWith(" Somebody & Co"));
+    EXPECT_EQ("south-west", Tile("relief", "2"));
+    EXPECT_EQ("north-west", Tile("relief", "0"));
+    const int before = m_server.Requests();
+    EXPECT_THAT(OpenPath("/maps/tiles.json"), ElementsAre("Relief"));
+    EXPECT_EQ(before, m_server.Requests()) << "the next display finds what was read";
+    m_server.On("/maps/tiles.json", Reply{200, R"({"tilejson":"2.2.0","tiles":["{q}"]})"});
+    EXPECT_TRUE(m_provider->UpdateMapLib(false));
+    EXPECT_THAT(MapNames(), ElementsAre("127.0.0.1"));
+    m_server.On("/maps/tiles.json", Reply{500});
+    EXPECT_FALSE(m_provider->UpdateMapLib(false));
+    EXPECT_THAT(MapNames(), ElementsAre("127.0.0.1")) << "the maps stay";
+}
+
+TEST_F(WebMaps, WhatIsNoMapIsNamedInTheLog) {
+    const std::pair<const char*, const char*> documents[] = {
+        {"{\"tilejson\":\"3.0.0\"}", "'tiles' is missing"},
+        {"{\"tilejson\":3,\"tiles\":[\"{q}\"]}", "'tilejson' or"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[]}", "it is empty"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{z}/{y}\"]}", "does not name each tile"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{z}{x}{y}{q\"]}", "unknown field '{q'"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"file:///{q}\"]}", "no address of http"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"vector_layers\":[{}]}", "vector data"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"minzoom\":9,\"maxzoom\":8}", "zoom level"},
+        {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"minzoom\":\"x\"", "no document"},
+        {"<html>", "no document"},
+        {"", "no document"},
+    };
+    for (std::size_t i = 0; i < std::size(documents); ++i) {
+        const auto& [document, reason] = documents[i];
+        const std::string path = "/" + std::to_string(i) + "?key=secret";
+        m_server.On(path, Reply{200, document});
+        EXPECT_THAT(OpenPath(path), IsEmpty()) << document;
+        EXPECT_EQ(1, m_log.Count("/" + std::to_string(i) + "': ")) << m_log.Text();
+        EXPECT_THAT(m_log.Lines().back(), HasSubstr(reason)) << document;
+    }
+    m_server.On("/deep", Reply{200, std::string(1000000, '[')});
+    EXPECT_THAT(OpenPath("/deep"), IsEmpty());
+    EXPECT_THAT(OpenPath("/absent"), IsEmpty());
+    for (const char* path : {"C:\\maps", "http://", "{z}{x}{y}", "http://h/{z}/{x}", "#", "\x81"}) {
+        EXPECT_THAT(Open(path), IsEmpty()) << path;
+    }
+    EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
+}
+
+TEST_F(WebMaps, WhatIsNoImageIsNoTile) {
+    for (const char* page : {"<html>an error</html>", "\x1F\x8B packed", "text", ""}) {
+        m_server.On("/0", Reply{200, page});
+        OpenPath("/{q}");
+        EXPECT_EQ("none", Tile("127.0.0.1", "0")) << page;
+    }
+    m_server.On("/0", Reply{200, "\xFF\xD8\xFF\xE0 a JPEG"});
+    EXPECT_EQ("PEG", Tile("127.0.0.1", "0"));
+}
+
+TEST(TileAddressTemplate, NumbersATileAsItsServerDoes) {
+    const auto expand = [](const char* pattern, int zoom, std::uint32_t column, std::uint32_t row) {
+        std::string reason;
+        const auto parsed = TileAddressTemplate::Parse(pattern, nullptr, reason);
+        const PyramidTile tile{column, row, (1U << zoom) - 1 - row};
+        return parsed ? parsed->Expand(zoom, tile)->Text() : reason;
+    };
+    // Rows from the south: the worked example of the MBTiles specification.
+    EXPECT_EQ("http://h/11/327/1256", expand("http://h/{z}/{x}/{-y}", 11, 327, 791));
+    EXPECT_EQ("http://h/t213.png", expand("http://h/t{q}.png", 3, 3, 5));
+    EXPECT_EQ("https://h/3/3/5.png?k=%7D", expand("https://h/{z}/{x}/{y}{r}.png?k=}", 3, 3, 5));
+    EXPECT_THAT(expand("http://h/{z}/{x}/{y}/{t}", 1, 0, 0), HasSubstr("{t}"));
+    EXPECT_THAT(expand("http://{q}", 1, 0, 0), HasSubstr("http://0/"));
+    std::set<std::string> hosts;
+    for (std::uint32_t i = 0; i < 64; ++i) {
+        const std::string address = expand("http://{a-d}.h/{q}", 3, i % 8, i / 8);
+        EXPECT_EQ(address, expand("http://{a-d}.h/{q}", 3, i % 8, i / 8));
+        hosts.insert(address.substr(7, 1));
+    }
+    EXPECT_THAT(hosts, ElementsAre("a", "b", "c", "d"));
+}
+
+TEST(WebSettings, HeadersComeFromTheSettings) {
+    const TerrascopeTest::TemporaryFolder folder;
+    const TerrascopeTest::LogCapture log;
+    const std::string file = folder.WriteFile("Terrascope.ini",
+                                              "[WebTileMapInfoProvider]\nHEADER_1=X-Key: a b\n"
+                                              "HEADER_2=no header\nHEADER_9=Authorization:x:y\n"
+                                              "HEADER_3=Bad Name: x\nHEADER_4=A: secr\xC3\xA9t\n");
+    HttpIdentity identity = ReadIdentity(file.c_str(), true);
+    EXPECT_TRUE(identity.onlySecure);
+    EXPECT_THAT(identity.headers,
+                ElementsAre(Pair("User-Agent", testing::StartsWith("Terrascope/1")),
+                            Pair("X-Key", "a b"), Pair("Authorization", "x:y")));
+    EXPECT_EQ(3, log.Count("is not used")) << log.Text();
+    EXPECT_EQ(0, log.Count("secr"));
+    folder.WriteFile("Terrascope.ini", "[WebTileMapInfoProvider]\nUSER_AGENT=Our host/2\n");
+    EXPECT_THAT(ReadIdentity(file.c_str(), false).headers,
+                ElementsAre(Pair("User-Agent", "Our host/2")));
+}
+
+TEST_F(WebMaps, AnAbsentTileIsAskedOfTheRemoteProvider) {
+    FaultServer other;
+    other.On("/1/0", Reply{200, Image("remote")});
+    OpenPath("/{q}#name=both");
+    auto* remote = new CWebTileMapInfoProvider;
+    remote->SetDataPath(other.Address("/1/{q}#name=both").c_str());
+    m_provider->m_pRemoteProvider = remote;
+    EXPECT_EQ("remote", Tile("both", "0"));
+    EXPECT_EQ("none", Tile("both", "1"));
+}
+
+}  // namespace
