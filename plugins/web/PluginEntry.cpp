@@ -18,6 +18,12 @@ __declspec(dllexport) void registerPlugin(Terrascope::CTileMapInfoProviderPlugin
         new ProviderFactory<CWebTileMapInfoProvider>(CWebTileMapInfoProvider::kName));
 }
 
+__declspec(dllexport) void cancelLoads(Terrascope::ITileMapInfoProvider* provider) {
+    if (auto* web = dynamic_cast<CWebTileMapInfoProvider*>(provider); web != nullptr) {
+        web->Cancel();
+    }
+}
+
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
         Terrascope::Plugins::EndPluginLog();

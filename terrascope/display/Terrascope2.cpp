@@ -28,8 +28,10 @@ CTerrascope2::CTerrascope2(CSize viewSize, CWnd* window, double scale)
 
 // Tiles and bitmap go first, under their locks: a loading thread that is still delivering then
 // finds no tile and drops its record. The queue stops the loading threads; tools and switch thread
-// go after it. The current tool is taken away first, so that a step in progress is the last.
+// go after it; a provider that can end its loads early is asked to at the start, so that they have
+// ended by then. The current tool is taken away first, so that a step in progress is the last.
 CTerrascope2::~CTerrascope2() {
+    m_provider.CancelLoads();
     m_tool = nullptr;
     {
         CSingleLock tiles(&m_tiles.Lock(), TRUE);

@@ -1,6 +1,7 @@
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 
 #include "terrascope/providers/FailureOf.h"
+#include "terrascope/providers/LoadCancelling.h"
 #include "terrascope/providers/ProviderSelection.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/LogSink.h"
@@ -92,6 +93,12 @@ bool CTileMapInfoProviderWrapper::SelectProvider() {
     ASSERT(m_provider == nullptr);
     m_provider = CreateConfiguredProvider(m_identity);
     return m_provider != nullptr;
+}
+
+void CTileMapInfoProviderWrapper::CancelLoads() {
+    if (m_provider != nullptr) {
+        Terrascope::CancelLoads(*m_provider);
+    }
 }
 
 void CTileMapInfoProviderWrapper::SetCurrentMap(const CString& mapName, int firstLayer,

@@ -44,6 +44,10 @@ public:
     /// Which providers with which data paths these are: the same for the same configuration.
     const CString& Identity() const { return m_identity; }
 
+    /// Has calls of LoadTiles in progress return soon, if the plug-in of the provider, or of its
+    /// remote one, can do that. For the owner's end: nothing may be loaded afterwards.
+    void CancelLoads();
+
     /// Names the map being shown and the zoom factor that its first layer is to have.
     void SetCurrentMap(const CString& mapName, int firstLayer, double firstLayerScale);
 
