@@ -1,17 +1,13 @@
 #include "plugins/split_file/TileResource.h"
 
-#include <shlwapi.h>
-#include <xmllite.h>
-
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <string_view>
 
 #include "plugins/common/MapRemark.h"
 #include "plugins/common/SafePath.h"
-#include "terrascope/support/ComRef.h"
+#include "plugins/common/XmlDocument.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -28,52 +24,15 @@ struct Contents {
     std::map<int, double> unitsPerPixel;
 };
 
-std::optional<double> ParseReal(const std::wstring& text) {
-    std::string plain;
-    for (const wchar_t letter : text) {
-        plain += letter < 0x80 ? static_cast<char>(letter) : '?';
-    }
-    double value = 0;
-    const auto [end, error] = std::from_chars(plain.data(), plain.data() + plain.size(), value);
-    const bool isWhole = error == std::errc() && end == plain.data() + plain.size();
-    return isWhole && std::isfinite(value) ? std::optional(value) : std::nullopt;
-}
-
-/// xmllite.dll has no import library for every compiler.
-HRESULT CreateReader(IXmlReader** reader) {
-    static const HMODULE library =
-        ::LoadLibraryExW(L"xmllite.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    const auto create = reinterpret_cast<decltype(&::CreateXmlReader)>(reinterpret_cast<void*>(
-        library != nullptr ? ::GetProcAddress(library, "CreateXmlReader") : nullptr));
-    return create != nullptr
-               ? create(__uuidof(IXmlReader), reinterpret_cast<void**>(reader), nullptr)
-               : E_NOTIMPL;
-}
-
-/// The attributes of the element that the reader is at.
-std::map<std::wstring, std::wstring> AttributesAt(IXmlReader& reader) {
-    std::map<std::wstring, std::wstring> attributes;
-    for (HRESULT more = reader.MoveToFirstAttribute(); more == S_OK;
-         more = reader.MoveToNextAttribute()) {
-        const WCHAR* name = nullptr;
-        const WCHAR* value = nullptr;
-        if (SUCCEEDED(reader.GetLocalName(&name, nullptr)) &&
-            SUCCEEDED(reader.GetValue(&value, nullptr))) {
-            attributes[name] = value;
-        }
-    }
-    return attributes;
-}
-
 void Keep(Contents& contents, const std::wstring& element,
           const std::map<std::wstring, std::wstring>& attributes) {
     if (element == L"TileSet" && contents.unitsPerPixel.size() < kMostLevels) {
         const auto order = attributes.find(L"order");
         const auto units = attributes.find(L"units-per-pixel");
-        const auto level = order != attributes.end() ? ParseReal(order->second) : std::nullopt;
+        const auto level = order != attributes.end() ? XmlReal(order->second) : std::nullopt;
         if (level && *level >= 0 && *level <= kDeepestAddressableLayer) {
             contents.unitsPerPixel[static_cast<int>(*level)] =
-                units != attributes.end() ? ParseReal(units->second).value_or(0) : 0;
+                units != attributes.end() ? XmlReal(units->second).value_or(0) : 0;
         }
         return;
     }
@@ -82,34 +41,12 @@ void Keep(Contents& contents, const std::wstring& element,
     }
 }
 
-/// Nothing when it is no well-formed XML. A document type is refused, so that no entity grows.
-std::optional<Contents> ReadContents(std::span<const std::uint8_t> file) {
-    const CComRef<IStream> stream(::SHCreateMemStream(file.data(), static_cast<UINT>(file.size())));
-    IXmlReader* made = nullptr;
-    if (!stream || FAILED(CreateReader(&made))) {
-        return std::nullopt;
+void Collect(const XmlElement& element, Contents& contents) {
+    Keep(contents, element.name, element.attributes);
+    contents.values[element.name] += element.text;
+    for (const XmlElement& child : element.children) {
+        Collect(child, contents);
     }
-    const CComRef<IXmlReader> reader(made);
-    if (FAILED(reader->SetInput(stream.Get()))) {
-        return std::nullopt;
-    }
-    Contents contents;
-    std::wstring element;
-    XmlNodeType type = XmlNodeType_None;
-    HRESULT result = S_OK;
-    while ((result = reader->Read(&type)) == S_OK) {
-        const WCHAR* text = nullptr;
-        if (type == XmlNodeType_Element && SUCCEEDED(reader->GetLocalName(&text, nullptr))) {
-            element = text;
-            Keep(contents, element, AttributesAt(*reader.Get()));
-        } else if (type == XmlNodeType_EndElement) {
-            element.clear();
-        } else if (type == XmlNodeType_Text && !element.empty() &&
-                   SUCCEEDED(reader->GetValue(&text, nullptr))) {
-            contents.values[element] += text;
-        }
-    }
-    return result == S_FALSE ? std::optional(std::move(contents)) : std::nullopt;
 }
 
 /// Reads values and remembers the first problem.
@@ -126,7 +63,7 @@ public:
         if (text.empty()) {
             return fallback;
         }
-        const auto value = ParseReal(text);
+        const auto value = XmlReal(text);
         if (!value || *value < least || *value > most) {
             Refuse(name, "is not a number that can be used");
             return fallback;
@@ -241,11 +178,13 @@ Profile ReadProfile(Values& values) {
 
 MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& folderName,
                             const SYSTEMTIME& updateTime) {
-    const std::optional<Contents> contents = ReadContents(file);
-    if (!contents) {
+    const std::optional<XmlElement> root = ReadXml(file);
+    if (!root) {
         return {nullptr, {{"TileMap", "", "the file is no well-formed XML"}}};
     }
-    Values values(*contents);
+    Contents contents;
+    Collect(*root, contents);
+    Values values(contents);
     tagTILE_MAP_INFO info;
     info.stUpdateTime = updateTime;
     info.strName = ToNarrow(values.Text(L"Title")).value_or("").Trim();
@@ -260,7 +199,7 @@ MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& f
     }
     info.strTileFormat = CString(extension.c_str());
     const Profile profile = ReadProfile(values);
-    const auto [level, count] = Levels(*contents, profile.isGeodetic ? 0 : 1);
+    const auto [level, count] = Levels(contents, profile.isGeodetic ? 0 : 1);
     if (count == 0) {
         values.Refuse(L"TileSet.order", "there is no level that can be used");
     }
@@ -275,10 +214,9 @@ MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& f
         pyramid = GeodeticWorld(firstLayer);
         SetDegreesRight(box);
     } else {
-        const auto units = contents->unitsPerPixel.find(level);
-        pyramid =
-            OwnPyramid(values, box, units != contents->unitsPerPixel.end() ? units->second : 0,
-                       info, firstLayer);
+        const auto units = contents.unitsPerPixel.find(level);
+        pyramid = OwnPyramid(values, box, units != contents.unitsPerPixel.end() ? units->second : 0,
+                             info, firstLayer);
     }
     const int layers = std::min(count, kDeepestAddressableLayer + 1 - firstLayer);
     const std::optional<TileGrid> grid = TileGrid::Crop(pyramid, box, layers);

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "plugins/common/XmlDocument.h"
 #include "plugins/web/DataPath.h"
 #include "plugins/web/TileJson.h"
+#include "plugins/web/Wmts.h"
 #include "terrascope/support/LogSink.h"
+#include "terrascope/tiles/ImageHeader.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -13,6 +16,7 @@ namespace {
 using Json = nlohmann::json;
 using Maps = std::vector<std::shared_ptr<const WebMap>>;
 
+constexpr std::size_t kMostInList = 100;
 constexpr int kDeepestOfTemplate = 19;  // the last zoom level of a template that states none
 
 /// An address as the log may have it: without what stands behind a question mark.
@@ -33,9 +37,9 @@ void Add(Maps& maps, std::shared_ptr<const WebMap> map, const std::string& what,
     maps.push_back(std::move(map));
 }
 
-void ReadTemplate(const DataPath& path, Maps& maps) {
+void ReadTemplate(const DataPath& path, const HttpAddress* base, Maps& maps) {
     std::string reason;
-    auto pattern = TileAddressTemplate::Parse(path.address, nullptr, reason);
+    auto pattern = TileAddressTemplate::Parse(path.address, base, reason);
     if (!pattern) {
         LeaveOut(path.address, "the template " + reason);
         return;
@@ -82,7 +86,7 @@ public:
     /// False when a document could not be had.
     bool Read(const DataPath& path, Maps& maps) {
         if (path.IsTemplate()) {
-            ReadTemplate(path, maps);
+            ReadTemplate(path, nullptr, maps);
             return true;
         }
         const auto address = HttpAddress::Parse(path.address);
@@ -97,36 +101,88 @@ public:
                     result.outcome == HttpOutcome::Absent ? "it is absent" : result.reason.c_str());
             return false;
         }
-        ReadDocument(result, path, maps);
-        return true;
+        return ReadDocument(result, path, maps);
     }
 
 private:
-    void ReadDocument(const HttpResult& result, const DataPath& path, Maps& maps) {
+    bool ReadDocument(const HttpResult& result, const DataPath& path, Maps& maps) {
         const std::vector<std::uint8_t>& body = result.response.body;
+        if (ReadImageHeader(body).format == ImageFormat::Markup) {
+            ReadMarkup(body, result.address, path, maps);
+            return true;
+        }
         const Json document = Json::parse(body.begin(), body.end(), nullptr, false);
+        if (document.is_array() && !m_isInList) {
+            return ReadList(document, result.address, maps);
+        }
         if (document.is_discarded()) {
             LeaveOut(result.address.ForLog(), "it is no document that can be used");
-            return;
+            return true;
         }
         std::string reason;
         auto map = ReadTileJson(document, result.address, path, reason);
         Add(maps, std::move(map), result.address.ForLog(), reason);
+        return true;
     }
 
+    void ReadMarkup(const std::vector<std::uint8_t>& body, const HttpAddress& address,
+                    const DataPath& path, Maps& maps) {
+        const auto root = ReadXml(body);
+        if (!root) {
+            LeaveOut(address.ForLog(), "it is no well-formed XML");
+            return;
+        }
+        std::vector<WmtsProblem> problems;
+        for (auto& map : ReadWmts(*root, address, path, problems)) {
+            maps.push_back(std::move(map));
+        }
+        for (const WmtsProblem& problem : problems) {
+            LeaveOut(address.ForLog(), problem.layer.empty()
+                                           ? problem.reason
+                                           : "layer '" + problem.layer + "': " + problem.reason);
+        }
+    }
+
+    /// Documents, and addresses of such, in the order of the maps.
+    bool ReadList(const Json& list, const HttpAddress& address, Maps& maps) {
+        m_isInList = true;
+        bool isComplete = true;
+        std::size_t left = kMostInList;
+        for (const Json& entry : list) {
+            if (left-- == 0) {
+                LeaveOut(address.ForLog(), "its list has more than 100 entries");
+                break;
+            }
+            if (!entry.is_string()) {
+                std::string reason;
+                auto map = ReadTileJson(entry, address, {}, reason);
+                Add(maps, std::move(map), address.ForLog(), reason);
+                continue;
+            }
+            DataPath path = DataPath::Parse(entry.get_ref<const std::string&>());
+            if (path.IsTemplate()) {
+                ReadTemplate(path, &address, maps);
+                continue;
+            }
+            const auto absolute = address.Resolve(path.address);
+            path.address = absolute ? absolute->Text() : path.address;
+            isComplete = Read(path, maps) && isComplete;
+        }
+        return isComplete;
+    }
+
+    bool m_isInList = false;
     const WebAccess& m_access;
     const Cancellation& m_cancellation;
 };
 
 }  // namespace
 
-std::optional<WebLibrary> ReadMaps(const std::string& dataPath, const WebAccess& access,
-                                   const Cancellation& cancellation) {
+ReadMapsResult ReadMaps(const std::string& dataPath, const WebAccess& access,
+                        const Cancellation& cancellation) {
     Maps maps;
-    if (!Reader(access, cancellation).Read(DataPath::Parse(dataPath), maps)) {
-        return std::nullopt;
-    }
-    return Named(std::move(maps));
+    const bool isComplete = Reader(access, cancellation).Read(DataPath::Parse(dataPath), maps);
+    return {Named(std::move(maps)), isComplete};
 }
 
 }  // namespace Terrascope::Plugins

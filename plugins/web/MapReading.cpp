@@ -94,12 +94,12 @@ void CALLBACK CMapReading::Run(PTP_CALLBACK_INSTANCE instance, void* context) {
 }
 
 void CMapReading::Read() {
-    auto maps = WithoutThrowing<std::optional<WebLibrary>>(
+    auto read = WithoutThrowing<ReadMapsResult>(
         "WebTileMapInfoProvider", [this] { return ReadMaps(m_dataPath, m_access, m_never); });
     CSingleLock lock(&m_lock, TRUE);
-    m_hasSucceeded = maps.has_value();
-    if (maps) {
-        m_library = std::make_shared<WebLibrary>(*std::move(maps));
+    m_hasSucceeded = read.isComplete;
+    if (read.isComplete || m_library->empty()) {
+        m_library = std::make_shared<WebLibrary>(std::move(read.maps));
     }
     ++m_readings;
     m_end = Now();

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <set>
 
 #include "plugins/web/WebSettings.h"
@@ -19,6 +20,38 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
+
+/// A capabilities document: matrices as "name columns rows denominator corner", layers as they are.
+std::string Capabilities(const std::string& crs,
+                         const std::vector<std::array<std::string, 5>>& matrices,
+                         const std::string& layers) {
+    std::string text =
+        "<?xml version=\"1.0\"?><Capabilities xmlns:ows=\"o\" xmlns:xlink=\"x\">"
+        "<ows:ServiceProvider><ows:ProviderName>Survey</ows:ProviderName>"
+        "</ows:ServiceProvider><ows:OperationsMetadata><ows:Operation name=\"GetTile\">"
+        "<ows:DCP><ows:HTTP><ows:Get xlink:href=\"/kvp?map=1&amp;\"/></ows:HTTP>"
+        "</ows:DCP></ows:Operation></ows:OperationsMetadata><Contents>" +
+        layers +
+        "<TileMatrixSet><ows:Identifier>set 1</ows:Identifier>"
+        "<ows:SupportedCRS>" +
+        crs + "</ows:SupportedCRS>";
+    for (const auto& [name, columns, rows, denominator, corner] : matrices) {
+        text += "<TileMatrix><ows:Identifier>" + name + "</ows:Identifier><ScaleDenominator>" +
+                denominator + "</ScaleDenominator><TopLeftCorner>" + corner +
+                "</TopLeftCorner><TileWidth>256</TileWidth><TileHeight>256</TileHeight>"
+                "<MatrixWidth>" +
+                columns + "</MatrixWidth><MatrixHeight>" + rows + "</MatrixHeight></TileMatrix>";
+    }
+    return text + "</TileMatrixSet></Contents></Capabilities>";
+}
+
+/// A layer of the capabilities.
+std::string Layer(const std::string& name, const std::string& rest) {
+    return "<Layer><ows:Title>" + name + "</ows:Title><ows:Identifier>" + name +
+           "</ows:Identifier><Style isDefault=\"true\"><ows:Identifier>plain</ows:Identifier>"
+           "</Style><TileMatrixSetLink><TileMatrixSet>set 1</TileMatrixSet></TileMatrixSetLink>" +
+           rest + "</Layer>";
+}
 
 /// As much of a PNG as tells that it is one; `mark` makes them differ.
 std::string Image(const std::string& mark) {
@@ -131,7 +164,7 @@ TEST_F(WebMaps, WhatIsNoMapIsNamedInTheLog) {
         {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"vector_layers\":[{}]}", "vector data"},
         {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"minzoom\":9,\"maxzoom\":8}", "zoom level"},
         {"{\"tilejson\":\"3.0.0\",\"tiles\":[\"{q}\"],\"minzoom\":\"x\"", "no document"},
-        {"<html>", "no document"},
+        {"<html>", "no well-formed XML"},
         {"", "no document"},
     };
     for (std::size_t i = 0; i < std::size(documents); ++i) {
@@ -211,6 +244,104 @@ TEST_F(WebMaps, AnAbsentTileIsAskedOfTheRemoteProvider) {
     m_provider->m_pRemoteProvider = remote;
     EXPECT_EQ("remote", Tile("both", "0"));
     EXPECT_EQ("none", Tile("both", "1"));
+}
+
+TEST_F(WebMaps, AListHasTheMapsOfItsDocuments) {
+    const std::string one = R"({"tilejson":"3.0.0","name":"one","tiles":["/one/{q}"]})";
+    m_server.On("/list/all.json", Reply{200, "[\"a.json\", " + one +
+                                                 ", \"/t/{z}/{x}/{y}#name=two\", 5, \"down\", "
+                                                 "\"all.json\", \"file:///x\", \"ONE.json\"]"});
+    m_server.On("/list/a.json", Reply{200, R"({"tilejson":"3.0.0","name":"a","tiles":["x{q}"]})"});
+    m_server.On("/list/ONE.json", Reply{200, R"({"tilejson":"2","name":"ONE","tiles":["o{q}"]})"});
+    m_server.On("/list/x3", Reply{200, Image("south-east")});
+    m_server.On("/t/1/1/1", Reply{200, Image("by template")});
+
+    EXPECT_THAT(OpenPath("/list/all.json"), ElementsAre("a", "one", "two", "ONE (2)"));
+    EXPECT_EQ("south-east", Tile("a", "3"));
+    EXPECT_EQ("by template", Tile("two", "3"));
+    EXPECT_EQ(1, m_log.Count("/list/down' cannot be had")) << m_log.Text();
+    EXPECT_EQ(2, m_log.Count("/list/all.json': it is no TileJSON")) << "5, and itself";
+    EXPECT_EQ(1, m_log.Count("'file:///x': it is no address"));
+}
+
+TEST_F(WebMaps, WmtsLayersAreMaps) {
+    const std::string half = "20037508.342789244";
+    const std::string corner = "-" + half + " " + half;
+    const std::string rest =
+        "<ows:WGS84BoundingBox><ows:LowerCorner>1 1</ows:LowerCorner>"
+        "<ows:UpperCorner>170 80</ows:UpperCorner></ows:WGS84BoundingBox>";
+    m_server.On("/wmts.xml",
+                Reply{200, Capabilities(
+                               "urn:ogc:def:crs:EPSG::3857",
+                               {{"L2", "4", "4", "139770566.0071794", corner},
+                                {"L0", "1", "1", "559082264.0287178", corner},
+                                {"L1", "2", "2", "279541132.0143589", corner},
+                                {"odd", "9", "9", "100000000", corner}},
+                               Layer("a b", rest + "<Format>text/html</Format><Format>image/webp"
+                                                   "</Format><Format>image/jpeg</Format>") +
+                                   Layer("rest",
+                                         "<Format>image/png</Format><Dimension><ows:Identifier>Time"
+                                         "</ows:Identifier><Default>now</Default></Dimension>"
+                                         "<ResourceURL format=\"image/png\" resourceType=\"tile\" "
+                                         "template=\"" +
+                                             m_server.Address("/{Time}/{style}/{TileMatrixSet}/"
+                                                              "{TileMatrix}-{TileCol}-{TileRow}") +
+                                             "\"/>") +
+                                   Layer("vector", "<Format>application/pbf</Format>"))});
+    m_server.On(
+        "/kvp?map=1&&service=WMTS&request=GetTile&version=1.0.0&layer=a%20b&style=plain"
+        "&tilematrixset=set%201&format=image%2Fjpeg&tilematrix=L2&tilerow=0&tilecol=3",
+        Reply{200, Image("by key and value")});
+    m_server.On("/now/plain/set%201/L1-0-1", Reply{200, Image("by template")});
+
+    EXPECT_THAT(OpenPath("/wmts.xml"), ElementsAre("a b", "rest"));
+    EXPECT_EQ(1, m_log.Count("layer 'vector': its tiles have no format")) << m_log.Text();
+    const tagTILE_MAP_INFO cropped = Info("a b");
+    EXPECT_EQ(1, cropped.nFirstLayer);
+    EXPECT_EQ(2, cropped.nLayerCount) << "to the matrix that does not halve";
+    EXPECT_NEAR(180, cropped.dLongitude, 1e-6);
+    EXPECT_NEAR(0, cropped.dLatitudeStart, 1e-6);
+    EXPECT_EQ(CString("jpeg"), cropped.strTileFormat);
+    EXPECT_THAT(cropped.strRemark.GetString(), testing::EndsWith("scale.\nSurvey"));
+    EXPECT_EQ("by key and value", Tile("a b", "01"));
+    EXPECT_EQ("by template", Tile("rest", "2"));
+}
+
+TEST_F(WebMaps, WmtsInDegreesAndWhatIsNoneOfIts) {
+    const std::string layer = Layer("m", "<Format>image/png</Format>");
+    const std::vector<std::array<std::string, 5>> world = {
+        {"0", "2", "1", "279541132.0143589", "90 -180"},
+        {"1", "4", "2", "139770566.0071794", "90 -180"}};
+    const std::vector<std::array<std::string, 5>> uneven = {{"0", "2", "1", "279541132", "-180 90"},
+                                                            {"1", "6", "3", "93180377", "-180 90"}};
+    const std::string kDegrees = "urn:ogc:def:crs:EPSG::4326";
+    m_server.On("/ok", Reply{200, Capabilities(kDegrees, world, layer)});
+    EXPECT_THAT(OpenPath("/ok"), ElementsAre("m"));
+    const tagTILE_MAP_INFO info = Info("m");
+    EXPECT_EQ(1, info.nFirstLayer);
+    EXPECT_EQ(2, info.nLayerCount);
+    EXPECT_NEAR(-180, info.dLongitudeStart, 1e-6);
+    EXPECT_NEAR(-90, info.dLatitudeStart, 1e-6);
+    EXPECT_NEAR(180, info.dLatitude, 1e-6);
+
+    std::string deep;
+    for (int i = 0; i < 5000; ++i) {
+        deep += "<a>";
+    }
+    const std::pair<std::string, const char*> documents[] = {
+        {Capabilities(kDegrees, uneven, layer), "does not halve"},
+        {Capabilities("urn:ogc:def:crs:EPSG::31467", world, layer), "neither web Mercator"},
+        {Capabilities(kDegrees, {}, layer), "no matrix that can be used"},
+        {Capabilities(kDegrees, {{"0", "-1", "1", "0", "x"}}, layer), "no matrix that can be used"},
+        {"<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>", "no well-formed XML"},
+        {"<a><b></a>", "no well-formed XML"},
+        {deep, "no well-formed XML"},
+        {"<html/>", "no WMTS"}};
+    for (std::size_t i = 0; i < std::size(documents); ++i) {
+        m_server.On("/" + std::to_string(i), Reply{200, documents[i].first});
+        EXPECT_THAT(OpenPath("/" + std::to_string(i)), IsEmpty()) << documents[i].first;
+        EXPECT_THAT(m_log.Lines().back(), HasSubstr(documents[i].second));
+    }
 }
 
 }  // namespace
