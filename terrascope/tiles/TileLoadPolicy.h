@@ -2,6 +2,7 @@
 
 #include <afx.h>
 
+#include <array>
 #include <cstddef>
 
 namespace Terrascope {
@@ -15,6 +16,9 @@ struct TileLoadPolicy {
     int threads = 2;             ///< THREADS, 1 to 16
     std::size_t cacheBytes = 0;  ///< CACHE_MB, 0 to 4096: pictures of tiles that are out of sight
     bool codecs = false;         ///< CODECS: decoder plug-ins are asked before GDI+
+    /// With FAST: how long after each failure a tile that is in view is asked for again, in ms. Not
+    /// a setting.
+    std::array<unsigned, 3> retryDelays{2000, 8000, 30000};
 };
 
 /// Reads the settings beside the library's own file. What is absent has its default; so has what

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "terrascope/support/text/MultibyteText.h"
@@ -80,6 +81,7 @@ bool CTileLoadQueue2::Push(const CString& mapName, std::int32_t layerNumber, con
             Requests& list = ahead ? m_ahead : m_requests;
             list.push_back({mapName, layerNumber, key, tileSize, ahead, m_serial});
             m_byKey.emplace(std::move(folded), std::prev(list.end()));
+            m_failed.Remove(key);
         }
     }
     if (m_policy.fast && !held) {
@@ -98,6 +100,7 @@ tagTILE_LOAD_REQUEST CTileLoadQueue2::PopLocked(Requests& taken) {
     if (m_paused || m_holds > 0) {
         return {};
     }
+    AskAgainLocked();
     // What lies ahead waits until the view is complete.
     Requests& list = IsViewWaitingLocked() ? m_requests : m_ahead;
     if (list.empty()) {
@@ -114,33 +117,74 @@ bool CTileLoadQueue2::IsViewWaitingLocked() const {
                                               [](const auto& request) { return !request.ahead; });
 }
 
+/// Queues what failed and is due.
+void CTileLoadQueue2::AskAgainLocked() {
+    const ULONGLONG now = ::GetTickCount64();
+    for (;;) {
+        Requests due{m_failed.Take(now)};
+        if (due.front().strKey.IsEmpty()) {
+            return;
+        }
+        // It may have been pushed anew while it was being fetched.
+        if (m_byKey.emplace(FoldCase(ViewOf(due.front().strKey)), due.begin()).second) {
+            m_requests.splice(m_requests.end(), due);
+        }
+    }
+}
+
+/// How long a thread may sleep that found nothing to do.
+DWORD CTileLoadQueue2::WaitLocked() const {
+    const std::uint64_t due = m_failed.NextDue();
+    const std::uint64_t now = ::GetTickCount64();
+    if (m_holds > 0 || due == CFailedRequests::kNever) {
+        return INFINITE;
+    }
+    constexpr std::uint64_t kLongest = 60000;
+    return due > now ? static_cast<DWORD>(std::min(due - now, kLongest)) : 0;
+}
+
 tagTILE_LOAD_REQUEST CTileLoadQueue2::Next() {
     CSingleLock lock(&m_lock, TRUE);
     tagTILE_LOAD_REQUEST request = PopLocked(m_fetching);
     while (m_policy.fast && !m_paused && request.strKey.IsEmpty()) {
-        ::SleepConditionVariableCS(&m_changed, m_lock, INFINITE);
+        ::SleepConditionVariableCS(&m_changed, m_lock, WaitLocked());
         request = PopLocked(m_fetching);
     }
     return request;
 }
 
-void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request) {
-    bool aheadMayGo = false;
+void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request, bool failed) {
+    bool wakes = false;
     {
         CSingleLock lock(&m_lock, TRUE);
-        // A key may be fetched again while its stale request still is.
-        const auto fetched =
-            std::find_if(m_fetching.begin(), m_fetching.end(), [&](const auto& each) {
-                return each.serial == request.serial && each.strKey == request.strKey;
-            });
-        if (fetched != m_fetching.end()) {
-            m_fetching.erase(fetched);
-            aheadMayGo = !m_ahead.empty() && !IsViewWaitingLocked();
-        }
+        wakes = NoteLocked(request, failed);
     }
-    if (aheadMayGo) {
+    if (wakes) {
         ::WakeAllConditionVariable(&m_changed);
     }
+}
+
+/// Whether threads that found nothing to do are to look again.
+bool CTileLoadQueue2::NoteLocked(const tagTILE_LOAD_REQUEST& request, bool failed) {
+    // A key may be fetched again while its stale request still is.
+    const auto fetched = std::find_if(m_fetching.begin(), m_fetching.end(), [&](const auto& each) {
+        return each.serial == request.serial && each.strKey == request.strKey;
+    });
+    if (fetched == m_fetching.end()) {
+        return false;
+    }
+    Requests done;
+    done.splice(done.end(), m_fetching, fetched);
+    bool wakes = !m_ahead.empty() && !IsViewWaitingLocked();
+    if (failed && m_policy.fast) {
+        try {
+            m_failed.Add(done.front(), ::GetTickCount64(), m_policy.retryDelays);
+            wakes = true;
+        } catch (const std::bad_alloc&) {
+            // It is not asked for again.
+        }
+    }
+    return wakes;
 }
 
 CTileLoadQueue2::CHold::CHold(CTileLoadQueue2& queue) : m_queue(queue) {
@@ -215,6 +259,7 @@ void CTileLoadQueue2::ArrangeLocked(const Ranks& ranks) {
     };
     m_requests.sort(nearer);
     m_ahead.sort(nearer);
+    m_failed.Arrange(ranks);
     // The view waits for what it shows now: one slow tile of the former must not hold up the rest.
     for (tagTILE_LOAD_REQUEST& request : m_fetching) {
         const auto rank = ranks.find(request.strKey);
@@ -255,6 +300,7 @@ void CTileLoadQueue2::ClearLocked() {
     m_requests.clear();
     m_ahead.clear();
     m_fetching.clear();
+    m_failed.Clear();
     m_byKey.clear();
 }
 

@@ -4,13 +4,13 @@
 
 #include <cstdint>
 #include <list>
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
 
 #include "terrascope/providers/TileMapInfoProviderWrapper.h"
 #include "terrascope/support/ThreadAnnotations.h"
+#include "terrascope/tiles/FailedRequests.h"
 #include "terrascope/tiles/ITileLoadedSlot.h"
 #include "terrascope/tiles/ImageDecoders.h"
 #include "terrascope/tiles/PixelStore.h"
@@ -20,12 +20,6 @@
 namespace Terrascope {
 
 class CTileLoadThread;
-
-/// Where a tile is, for the order of its request.
-struct TileRank {
-    bool visible = false;
-    double distance = 0.0;  ///< from the view's middle, any unit
-};
 
 /// The tiles that still want their image, in the order in which they will be fetched, and the
 /// threads that fetch them: two, or what the policy gives. A key is queued once, whatever map or
@@ -59,9 +53,11 @@ public:
 
     /// The same for a loading thread, which reports with Done that it has delivered or failed. With
     /// FAST it waits for a request, and is woken without one when the queue ends.
-    /// Requires: each request of Next comes back to Done once, however it ended.
+    /// With FAST, one that brought no tile is made again after a while, if the tile is in view
+    /// then: see TileLoadPolicy::retryDelays. Requires: each request of Next comes back to Done
+    /// once, however it ended.
     tagTILE_LOAD_REQUEST Next();
-    void Done(const tagTILE_LOAD_REQUEST& request);
+    void Done(const tagTILE_LOAD_REQUEST& request, bool failed = false);
 
     /// With FAST, no request is taken while one of these lives: the user interface is about to push
     /// and arrange many, and each would wake a thread that takes its processor and its locks.
@@ -78,7 +74,7 @@ public:
 
     /// With FAST, after the view has moved: withdraws what has no rank, and orders the rest, the
     /// visible tiles first, the nearest first.
-    using Ranks = std::map<CString, TileRank>;
+    using Ranks = TileRanks;
     void Arrange(const Ranks& ranks);
 
     const TileLoadPolicy& Policy() const { return m_policy; }
@@ -107,6 +103,9 @@ private:
     /// Moves the request at the front into `taken`; nothing has changed when it throws.
     tagTILE_LOAD_REQUEST PopLocked(Requests& taken) TERRASCOPE_REQUIRES(m_lock);
     bool IsViewWaitingLocked() const TERRASCOPE_REQUIRES(m_lock);
+    void AskAgainLocked() TERRASCOPE_REQUIRES(m_lock);
+    DWORD WaitLocked() const TERRASCOPE_REQUIRES(m_lock);
+    bool NoteLocked(const tagTILE_LOAD_REQUEST& request, bool failed) TERRASCOPE_REQUIRES(m_lock);
     void Hold(int change);
     /// Nothing is served any more; whoever waits in Next is woken.
     void EndServing();
@@ -121,10 +120,11 @@ private:
     CCriticalSection m_lock;
     CONDITION_VARIABLE m_changed = CONDITION_VARIABLE_INIT;  ///< something may be taken, or the end
     bool m_paused TERRASCOPE_GUARDED_BY(m_lock) = false;
-    Requests m_requests TERRASCOPE_GUARDED_BY(m_lock);  ///< front = next to fetch
-    Requests m_ahead TERRASCOPE_GUARDED_BY(m_lock);     ///< the same for what was pushed ahead
-    int m_holds TERRASCOPE_GUARDED_BY(m_lock) = 0;      ///< objects of CHold
-    Requests m_fetching TERRASCOPE_GUARDED_BY(m_lock);  ///< taken by Next, not done, not stale
+    Requests m_requests TERRASCOPE_GUARDED_BY(m_lock);       ///< front = next to fetch
+    Requests m_ahead TERRASCOPE_GUARDED_BY(m_lock);          ///< the same for what was pushed ahead
+    CFailedRequests m_failed TERRASCOPE_GUARDED_BY(m_lock);  ///< with FAST
+    int m_holds TERRASCOPE_GUARDED_BY(m_lock) = 0;           ///< objects of CHold
+    Requests m_fetching TERRASCOPE_GUARDED_BY(m_lock);       ///< taken by Next, not done, not stale
     /// Each queued key with its case folded, and its request.
     std::unordered_map<std::string, Requests::iterator> m_byKey TERRASCOPE_GUARDED_BY(m_lock);
     std::uint32_t m_serial TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< ended and renewed by Clear

@@ -2,6 +2,7 @@
 
 #include <afxwin.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Terrascope {
@@ -16,7 +17,8 @@ struct tagTILE_LOAD_REQUEST {
     bool ahead = false;  ///< its tile is not in view yet
     /// How often the queue had been cleared when this was pushed.
     std::uint32_t serial = 0;
-    double distance = 0.0;  ///< as in TileRank, when the queue was last arranged
+    double distance = 0.0;     ///< as in TileRank, when the queue was last arranged
+    std::size_t failures = 0;  ///< how often it brought no tile
 };
 
 }  // namespace Terrascope

@@ -81,7 +81,7 @@ bool CTileLoadThread::ServeOne() {
     if (!Advance(State::Delivering, State::Polling) && !Advance(State::Fetching, State::Polling)) {
         return false;
     }
-    m_queue->Done(request);
+    m_queue->Done(request, !delivered);
     if (delivered && !m_queue->Policy().fast) {
         Pace(start);
     }

@@ -185,6 +185,7 @@ protected:
         TileLoadPolicy policy;
         policy.fast = true;
         policy.threads = threads;
+        policy.retryDelays = {20, 30, 40};
         queue = std::make_unique<CTileLoadQueue2>(&receiver, &provider, policy);
         queue->Push("map", 1, "gate");
         ASSERT_TRUE(Await([&] { return provider.entered == 1; }));
@@ -266,6 +267,30 @@ TEST_F(FastTileLoadQueue, ArrangesTheVisibleFirstTheNearestFirstAndWithdrawsTheR
         provider.Fetched(1));
     queue->Push("map", 1, "gone");
     EXPECT_TRUE(Enter(7)) << "withdrawn, it can be pushed again";
+}
+
+TEST_F(FastTileLoadQueue, AsksAgainForWhatFailedWhileItIsInView) {
+    Start(2);
+    provider.missing = true;
+    PushAhead("beyond");
+    queue->Push("map", 1, "pushed anew");
+    provider.Open();
+    EXPECT_TRUE(Enter(2 * 4 + 1)) << "twice four times, and once for what is out of view";
+    EXPECT_FALSE(Enter(2 * 4 + 2, 100)) << "three more times are enough";
+    queue->Arrange({{"beyond", {true, 1.0}}});
+    EXPECT_TRUE(Enter(2 * 4 + 1 + 3)) << "now it is in view";
+    queue->Push("map", 1, "withdrawn");
+    queue->Push("map", 1, "cleared");
+    EXPECT_TRUE(Enter(2 * 4 + 1 + 3 + 2));
+    queue->Arrange({{"cleared", {true, 1.0}}});
+    queue->Clear();
+    const int before = provider.entered;
+    EXPECT_FALSE(Enter(before + 1, 100)) << "neither is wanted any more";
+    queue->Push("map", 1, "comes");
+    EXPECT_TRUE(Enter(before + 1));
+    provider.missing = false;
+    EXPECT_TRUE(Await([&] { return receiver.delivered == 1; })) << "it is there the second time";
+    EXPECT_FALSE(Enter(before + 3, 100)) << "and is not asked for again";
 }
 
 TEST(TileLoadQueueEnd, DoesNotWaitForEverForAReceiverThatHangs) {
