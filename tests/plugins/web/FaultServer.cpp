@@ -140,8 +140,8 @@ void FaultServer::Serve(Socket connection) {
         if (head.empty()) {
             return;
         }
-        Answer(connection, reply);
-        if (reply.kind != Reply::Whole) {
+        Answer(connection, reply, head);
+        if (reply.kind != Reply::Whole && reply.kind != Reply::Ranges) {
             ::shutdown(connection, SD_BOTH);
             return;
         }
@@ -162,7 +162,7 @@ Reply FaultServer::Next(const std::string& path, const std::string& head) {
     return found->second[std::min(past, found->second.size() - 1)];
 }
 
-void FaultServer::Answer(Socket connection, const Reply& reply) {
+void FaultServer::Answer(Socket connection, const Reply& reply, const std::string& request) {
     const std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " X\r\n" + reply.headers;
     const std::string length = "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
     switch (reply.kind) {
@@ -171,6 +171,29 @@ void FaultServer::Answer(Socket connection, const Reply& reply) {
                 connection,
                 head + (reply.status == 204 || reply.status == 304 ? "\r\n" : length + reply.body));
             break;
+        case Reply::Ranges: {
+            const std::size_t asked = request.find("Range: bytes=");
+            const std::size_t condition = request.find("If-Range: ");
+            unsigned first = 0;
+            unsigned last = 0;
+            const bool isCurrent =
+                condition == std::string::npos ||
+                reply.headers.find(request.substr(
+                    condition + 10, request.find("\r\n", condition) - condition - 10)) !=
+                    std::string::npos;
+            if (!isCurrent || asked == std::string::npos ||
+                sscanf(request.c_str() + asked, "Range: bytes=%u-%u", &first, &last) != 2) {
+                SendAll(connection, head + length + reply.body);
+                break;
+            }
+            const std::string part = reply.body.substr(first, last - first + 1);
+            SendAll(connection,
+                    "HTTP/1.1 206 X\r\n" + reply.headers + "Content-Range: bytes " +
+                        std::to_string(first) + "-" + std::to_string(first + part.size() - 1) +
+                        "/" + std::to_string(reply.body.size()) +
+                        "\r\nContent-Length: " + std::to_string(part.size()) + "\r\n\r\n" + part);
+            break;
+        }
         case Reply::Half:
             SendAll(connection, head + length + reply.body.substr(0, reply.body.size() / 2));
             break;

@@ -19,6 +19,7 @@ struct Reply {
         Silent,   ///< answers nothing while the server lives
         HangUp,   ///< closes the connection without an answer
         Raw,      ///< the body is all that is sent, headers included
+        Ranges,   ///< as Whole, or the range of the body that was asked for
     };
     int status = 200;
     std::string body = {};
@@ -54,7 +55,7 @@ private:
     void Accept();
     std::string ReceiveHead(Socket connection) const;
     void Serve(Socket connection);
-    void Answer(Socket connection, const Reply& reply);
+    void Answer(Socket connection, const Reply& reply, const std::string& request);
     Reply Next(const std::string& path, const std::string& head);
 
     Socket m_listener = 0;

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <thread>
 
+#include "plugins/web/HttpByteSource.h"
 #include "tests/fixtures/Await.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/plugins/web/FaultServer.h"
@@ -261,6 +262,69 @@ TEST_F(Fetching, ServesManyAtOnce) {
         thread.join();
     }
     EXPECT_EQ(8 * 50, right);
+}
+
+class Ranges : public Fetching {
+protected:
+    std::unique_ptr<CHttpByteSource> Open(const std::string& path) {
+        reason.clear();
+        return CHttpByteSource::Open(*HttpAddress::Parse(m_server.Address(path)),
+                                     {m_fetcher, m_identity}, m_cancellation, reason);
+    }
+    static std::string Read(IByteSource& source, std::uint64_t offset, std::size_t count) {
+        std::vector<std::uint8_t> buffer(count);
+        return source.Read(offset, buffer) ? std::string(buffer.begin(), buffer.end()) : "failed";
+    }
+    std::string reason;
+};
+
+TEST_F(Ranges, AreReadOfTheSameFileAlone) {
+    std::string content;
+    for (int i = 0; content.size() < 50000; ++i) {
+        content += std::to_string(i) + ",";
+    }
+    m_server.On("/f", Reply{200, content, "ETag: \"1\"\r\n", Reply::Ranges});
+    const auto source = Open("/f");
+    ASSERT_NE(nullptr, source) << reason;
+    EXPECT_EQ(content.size(), source->Size());
+    EXPECT_EQ(content.substr(0, 127), Read(*source, 0, 127));
+    EXPECT_EQ(content.substr(16000, 384), Read(*source, 16000, 384));
+    EXPECT_EQ(1, m_server.Requests()) << "the start is kept";
+    EXPECT_EQ(content.substr(16000, 385), Read(*source, 16000, 385));
+    EXPECT_EQ(content.substr(40000), Read(*source, 40000, content.size() - 40000));
+    EXPECT_EQ("", Read(*source, content.size(), 0));
+    EXPECT_EQ(3, m_server.Requests());
+    for (const std::uint64_t offset : {content.size() - 1, content.size() + 1, ~std::size_t{0}}) {
+        EXPECT_EQ("failed", Read(*source, offset, 2)) << "beyond the end";
+    }
+    EXPECT_EQ(3, m_server.Requests());
+    m_server.On("/f", Reply{200, content, "ETag: \"2\"\r\n", Reply::Ranges});
+    EXPECT_EQ("failed", Read(*source, 20000, 10)) << "it is another file now";
+
+    m_server.On("/small", Reply{200, "as a whole"});
+    EXPECT_EQ("whole", Read(*Open("/small"), 5, 5));
+    m_server.On("/whole", Reply{200, content});
+    EXPECT_EQ(nullptr, Open("/whole"));
+    EXPECT_EQ("its server delivers no ranges", reason);
+    for (const char* range : {"bytes 1-16384/50000", "bytes 0-9/50000", "bytes 0-16383/*",
+                              "bytes 0-16383/100", "0-16383/50000", ""}) {
+        m_server.On("/odd", Reply{206, content.substr(0, 16384),
+                                  std::string("Content-Range: ") + range + "\r\n"});
+        EXPECT_EQ(nullptr, Open("/odd")) << range;
+    }
+    EXPECT_EQ(nullptr, Open("/absent"));
+}
+
+TEST_F(Ranges, EndForACallerThatLeaves) {
+    m_server.On("/f", {Reply{200, std::string(50000, 'x'), "", Reply::Ranges},
+                       Reply{.kind = Reply::Silent}});
+    const auto source = Open("/f");
+    ASSERT_NE(nullptr, source);
+    m_cancellation.Cancel();
+    const CHttpByteSource::CEndsWith ends(m_cancellation);
+    const ULONGLONG start = ::GetTickCount64();
+    EXPECT_EQ("failed", Read(*source, 20000, 10));
+    EXPECT_GT(300U, ::GetTickCount64() - start);
 }
 
 TEST(HttpAddress, IsReadAndResolved) {
