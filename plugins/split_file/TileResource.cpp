@@ -37,7 +37,9 @@ void Keep(Contents& contents, const std::wstring& element,
         return;
     }
     for (const auto& [name, value] : attributes) {
-        contents.values[element + L'.' + name] = value;
+        std::wstring key = element;
+        key += L'.';
+        contents.values[key += name] = value;
     }
 }
 

@@ -4,7 +4,7 @@ namespace Terrascope::Plugins {
 namespace {
 
 constexpr std::size_t kMost = 8192;
-constexpr Milliseconds kValid = 10 * 60 * 1000;
+constexpr Milliseconds kValid = 600'000;  // ten minutes
 
 }  // namespace
 

@@ -8,7 +8,7 @@
 namespace Terrascope::Plugins {
 namespace {
 
-constexpr std::uint64_t kStart = 16 * 1024;
+constexpr std::uint64_t kStart = std::uint64_t{16} * 1024;
 constexpr int kPartialContent = 206;
 
 /// The innermost CEndsWith of this thread; null: none.

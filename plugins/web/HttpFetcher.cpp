@@ -50,7 +50,7 @@ std::optional<Milliseconds> AskedPause(const HttpResponse& response) {
     const std::string text = response.Header("retry-after");
     Milliseconds seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    constexpr Milliseconds kDay = 24 * 60 * 60;
+    constexpr Milliseconds kDay = 86'400;
     if (text.empty() || error != std::errc() || end != text.data() + text.size() || seconds < 0) {
         return std::nullopt;
     }

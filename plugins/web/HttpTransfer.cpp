@@ -160,7 +160,8 @@ private:
 
     bool AddHeaders(const HttpHeaders& headers) {
         for (const auto& [name, value] : headers) {
-            const std::wstring line = Widened(name + ": " + value);
+            std::wstring line = Widened(name);
+            (line += L": ") += Widened(value);
             if (!::WinHttpAddRequestHeaders(
                     m_request.Get(), line.c_str(), static_cast<DWORD>(line.size()),
                     WINHTTP_ADDREQ_FLAG_ADD | WINHTTP_ADDREQ_FLAG_REPLACE)) {

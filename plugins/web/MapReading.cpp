@@ -12,7 +12,7 @@ namespace {
 
 constexpr Milliseconds kFirstWait = 6000;
 constexpr Milliseconds kLaterWait = 1000;
-constexpr Milliseconds kFresh = 5 * 60 * 1000;
+constexpr Milliseconds kFresh = 300'000;  // five minutes
 constexpr std::size_t kMostReadings = 16;
 
 Milliseconds Now() {

@@ -69,7 +69,8 @@ HttpIdentity ReadIdentity(bool isSecure) {
     wchar_t library[MAX_PATH] = L"";
     ::GetModuleFileNameW(::GetModuleHandleW(L"Terrascope.dll"), library, MAX_PATH - 1);
     std::wstring path(library);
-    path = path.substr(0, path.find_last_of(L'\\') + 1) + L"Terrascope.ini";
+    path.resize(path.find_last_of(L'\\') + 1);
+    path += L"Terrascope.ini";
     return ReadIdentity(ToNarrow(path).value_or(""), isSecure);
 }
 

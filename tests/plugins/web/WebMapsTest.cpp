@@ -3,9 +3,11 @@
 
 #include <array>
 #include <set>
+#include <thread>
 
 #include "plugins/web/WebSettings.h"
 #include "plugins/web/WebTileMapInfoProvider.h"
+#include "tests/fixtures/Await.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/TemporaryFolder.h"
 #include "tests/plugins/web/FaultServer.h"
@@ -182,6 +184,22 @@ TEST_F(WebMaps, WhatIsNoMapIsNamedInTheLog) {
         EXPECT_THAT(Open(path), IsEmpty()) << path;
     }
     EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
+}
+
+TEST_F(WebMaps, NobodyWaitsForADocumentThatDoesNotCome) {
+    m_server.On("/hangs", Reply{.kind = Reply::Silent});
+    m_provider = std::make_unique<CWebTileMapInfoProvider>();
+    const ULONGLONG start = ::GetTickCount64();
+    m_provider->SetDataPath(m_server.Address("/hangs").c_str());
+    EXPECT_GT(300U, ::GetTickCount64() - start);
+    std::thread leaving([this] {
+        EXPECT_TRUE(TerrascopeTest::Await([this] { return m_server.Requests() == 1; }));
+        m_provider->Cancel();
+    });
+    EXPECT_THAT(MapNames(), IsEmpty());
+    EXPECT_FALSE(m_provider->UpdateMapLib(true));
+    leaving.join();
+    EXPECT_GT(1000U, ::GetTickCount64() - start);
 }
 
 TEST_F(WebMaps, WhatIsNoImageIsNoTile) {
