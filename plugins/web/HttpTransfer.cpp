@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <memory>
 
@@ -17,10 +18,12 @@ constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
 
 /// What WinHTTP's threads write to, and the event that wakes the caller. There is one operation at
-/// a time, and the caller reads what it wrote only after the event; so there is no lock.
+/// a time, and the caller reads what else it wrote only when `completed` is set; so there is no
+/// lock.
 struct Operation {
     CUniqueHandle<HANDLE, &::CloseHandle> event{::CreateEventW(nullptr, FALSE, FALSE, nullptr)};
-    DWORD completed = 0;  ///< WINHTTP_CALLBACK_STATUS_...
+    std::atomic<bool> isConnected{false};
+    std::atomic<DWORD> completed{0};  ///< WINHTTP_CALLBACK_STATUS_...; 0: nothing yet
     DWORD error = 0;
     DWORD bytes = 0;
     std::array<char, kBufferBytes> buffer{};
@@ -49,6 +52,10 @@ void CALLBACK Operation::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, vo
         case WINHTTP_CALLBACK_STATUS_REQUEST_ERROR:
             operation.error = static_cast<const WINHTTP_ASYNC_RESULT*>(info)->dwError;
             break;
+        case WINHTTP_CALLBACK_STATUS_SENDING_REQUEST:
+            operation.isConnected = true;
+            ::SetEvent(operation.event.Get());
+            return;
         case WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE:
         case WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE:
             break;
@@ -57,6 +64,10 @@ void CALLBACK Operation::OnStatus(HINTERNET, DWORD_PTR context, DWORD status, vo
     }
     operation.completed = status;
     ::SetEvent(operation.event.Get());
+}
+
+Milliseconds Now() {
+    return static_cast<Milliseconds>(::GetTickCount64());
 }
 
 /// ASCII only: addresses and headers have nothing else.
@@ -87,9 +98,7 @@ std::string SmallLetters(std::string text) {
 class Request {
 public:
     Request(const HttpLimits& limits, const Cancellation& cancellation)
-        : m_limits(limits),
-          m_cancellation(cancellation),
-          m_end(static_cast<Milliseconds>(::GetTickCount64()) + limits.total) {}
+        : m_limits(limits), m_cancellation(cancellation), m_end(Now() + limits.total) {}
 
     HttpResponse Run(HINTERNET session, const HttpRequest& request) {
         if (Open(session, request) && Send() && Receive()) {
@@ -127,8 +136,9 @@ private:
         }
         auto share = std::make_unique<Share>(m_operation);
         m_context = reinterpret_cast<DWORD_PTR>(share.get());
-        constexpr DWORD kNotifications =
-            WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS | WINHTTP_CALLBACK_FLAG_HANDLES;
+        constexpr DWORD kNotifications = WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS |
+                                         WINHTTP_CALLBACK_FLAG_SEND_REQUEST |
+                                         WINHTTP_CALLBACK_FLAG_HANDLES;
         if (!SetOption(WINHTTP_OPTION_CONTEXT_VALUE, m_context) ||
             ::WinHttpSetStatusCallback(m_request.Get(), &Operation::OnStatus, kNotifications, 0) ==
                 WINHTTP_INVALID_STATUS_CALLBACK) {
@@ -171,35 +181,59 @@ private:
         return true;
     }
 
+    /// Waits until `isThere`, up to `limit`; false, with the reason, when it does not come.
+    template <class TCondition>
+    bool AwaitEvent(TCondition isThere, Milliseconds limit, const char* what) {
+        const Milliseconds end = std::min(Now() + limit, m_end);
+        const std::array<HANDLE, 2> handles{m_operation->event.Get(), m_cancellation.Event()};
+        while (!isThere()) {
+            const auto left = static_cast<DWORD>(std::max<Milliseconds>(end - Now(), 0));
+            const DWORD result = ::WaitForMultipleObjects(2, handles.data(), FALSE, left);
+            if (result == WAIT_OBJECT_0 + 1) {
+                m_response.wasCancelled = true;
+                return false;
+            }
+            if (result != WAIT_OBJECT_0) {
+                return Fail((std::string(what) + ": it takes too long").c_str(), 0);
+            }
+        }
+        return true;
+    }
+
     /// Waits for the operation that was begun; `begun` is what WinHTTP answered.
     bool Await(BOOL begun, DWORD completion, Milliseconds limit, const char* what) {
         if (!begun) {
             return Fail(what, ::GetLastError());
         }
-        const Milliseconds left = m_end - static_cast<Milliseconds>(::GetTickCount64());
-        const std::array<HANDLE, 2> handles{m_operation->event.Get(), m_cancellation.Event()};
-        const DWORD result = ::WaitForMultipleObjects(
-            2, handles.data(), FALSE, static_cast<DWORD>(std::clamp<Milliseconds>(left, 0, limit)));
-        if (result == WAIT_OBJECT_0 + 1) {
-            m_response.wasCancelled = true;
+        if (!AwaitEvent([this] { return m_operation->completed != 0; }, limit, what)) {
             return false;
         }
-        if (result != WAIT_OBJECT_0) {
-            return Fail((std::string(what) + ": it takes too long").c_str(), 0);
-        }
-        return m_operation->completed == completion || Fail(what, m_operation->error);
+        return m_operation->completed.exchange(0) == completion || Fail(what, m_operation->error);
     }
 
+    /// Wine reports that the request was sent when the answer begins, so the limit of the
+    /// connection ends with the report that it is being sent.
     bool Send() {
-        return Await(::WinHttpSendRequest(m_request.Get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
-                                          WINHTTP_NO_REQUEST_DATA, 0, 0, m_context),
-                     WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE, m_limits.connect,
-                     "no connection");
+        constexpr char kNone[] = "no connection";
+        const BOOL begun = ::WinHttpSendRequest(m_request.Get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
+                                                WINHTTP_NO_REQUEST_DATA, 0, 0, m_context);
+        if (!begun) {
+            return Fail(kNone, ::GetLastError());
+        }
+        const auto isConnected = [this] {
+            return m_operation->isConnected || m_operation->completed != 0;
+        };
+        if (!AwaitEvent(isConnected, m_limits.connect, kNone)) {
+            return false;
+        }
+        m_headersEnd = Now() + m_limits.firstByte;
+        return Await(TRUE, WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE, m_limits.firstByte,
+                     m_operation->isConnected ? "no answer" : kNone);
     }
 
     bool Receive() {
         if (!Await(::WinHttpReceiveResponse(m_request.Get(), nullptr),
-                   WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE, m_limits.firstByte, "no answer")) {
+                   WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE, m_headersEnd - Now(), "no answer")) {
             return false;
         }
         DWORD status = 0;
@@ -280,6 +314,7 @@ private:
     const HttpLimits& m_limits;
     const Cancellation& m_cancellation;
     const Milliseconds m_end;
+    Milliseconds m_headersEnd = 0;
     const Share m_operation = std::make_shared<Operation>();
     HttpResponse m_response;
     DWORD_PTR m_context = 0;  ///< a Share*, which the request's end deletes

@@ -166,6 +166,11 @@ void FaultServer::Answer(Socket connection, const Reply& reply, const std::strin
     const std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " X\r\n" + reply.headers;
     const std::string length = "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
     switch (reply.kind) {
+        case Reply::Slow: {
+            std::unique_lock lock(m_mutex);
+            m_ended.wait_for(lock, std::chrono::milliseconds(500), [this] { return m_ends; });
+        }
+            [[fallthrough]];
         case Reply::Whole:
             SendAll(
                 connection,

@@ -19,6 +19,7 @@ struct Reply {
         Silent,   ///< answers nothing while the server lives
         HangUp,   ///< closes the connection without an answer
         Raw,      ///< the body is all that is sent, headers included
+        Slow,     ///< as Whole, half a second later
         Ranges,   ///< as Whole, or the range of the body that was asked for
     };
     int status = 200;

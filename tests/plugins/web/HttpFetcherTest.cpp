@@ -106,6 +106,14 @@ TEST_F(Fetching, RefusesWhatIsNotAWholeAnswerInTime) {
     }
 }
 
+TEST_F(Fetching, AServerMayThinkLongerThanItsConnectionTakes) {
+    m_limits = {300, 2000, 3000, 1000, false};
+    m_server.On("/slow", Reply{.body = "thought over", .kind = Reply::Slow});
+    EXPECT_EQ("thought over", Body(FetchPath("/slow")));
+    m_limits.firstByte = 300;
+    EXPECT_THAT(Body(FetchPath("/slow")), HasSubstr("no answer"));
+}
+
 TEST_F(Fetching, FollowsRedirectsWithinBounds) {
     FaultServer other;
     m_server.On("/one/a", Reply{302, "", "Location: ../two?x=1\r\n"});
