@@ -23,6 +23,9 @@ struct HttpAddress {
     /// What a reference in a document at this address, or a redirect from it, leads to.
     std::optional<HttpAddress> Resolve(std::string_view reference) const;
 
+    /// Whether a redirect from here may lead there: never from https to http.
+    bool MayLeadTo(const HttpAddress& next) const { return next.isSecure || !isSecure; }
+
     /// Scheme, host and port: "https://example.org:8443".
     std::string Origin() const;
     std::string Text() const { return Origin() + target; }

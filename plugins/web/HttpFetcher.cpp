@@ -128,19 +128,22 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
         if (!m_hosts.MayAsk(origin)) {
             return Failure(result.address, "its host is left alone for a while");
         }
-        HttpLimits left = limits;
-        left.total = std::max<Milliseconds>(end - m_clock.Now(), 0);
-        result.response = Transfer(HttpSession(),
-                                   {result.address, HeadersFor(identity, extra, result.address,
-                                                               origin != address.Origin())},
-                                   left, cancellation);
+        const HttpRequest request{result.address, HeadersFor(identity, extra, result.address,
+                                                             origin != address.Origin())};
+        // A kept connection may have ended a moment ago; the second one is new.
+        for (int attempt = 0; attempt == 0 || (attempt == 1 && result.response.wasHungUp);
+             ++attempt) {
+            HttpLimits left = limits;
+            left.total = std::max<Milliseconds>(end - m_clock.Now(), 0);
+            result.response = Transfer(HttpSession(), request, left, cancellation);
+        }
         result.outcome = OutcomeOf(result.response);
         Report(result);
         if (!IsRedirect(result.response.status)) {
             break;
         }
         const auto next = result.address.Resolve(result.response.Header("location"));
-        if (!next || (result.address.isSecure && !next->isSecure)) {
+        if (!next || !result.address.MayLeadTo(*next)) {
             return Failure(result.address, "it leads where no redirect may lead");
         }
         if (redirects == kMostRedirects) {

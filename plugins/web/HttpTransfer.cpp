@@ -14,6 +14,8 @@ namespace {
 using InternetHandle = CUniqueHandle<HINTERNET, &::WinHttpCloseHandle>;
 
 constexpr DWORD kBufferBytes = 64 * 1024;
+/// WINHTTP_AUTOLOGON_SECURITY_LEVEL_PROXY_ONLY of newer headers.
+constexpr DWORD kLogOnToProxiesOnly = 3;
 constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
 
@@ -160,8 +162,11 @@ private:
         const auto firstByte = static_cast<int>(m_limits.firstByte);
         ::WinHttpSetTimeouts(m_request.Get(), connect, connect, firstByte, firstByte);
         SetOption(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(firstByte));
-        // The user's passwords are not for tile servers.
-        SetOption(WINHTTP_OPTION_AUTOLOGON_POLICY, DWORD{WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH});
+        // The user's passwords are for proxies at most, where the system has that choice.
+        if (!SetOption(WINHTTP_OPTION_AUTOLOGON_POLICY, kLogOnToProxiesOnly)) {
+            SetOption(WINHTTP_OPTION_AUTOLOGON_POLICY,
+                      DWORD{WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH});
+        }
         SetOption(WINHTTP_OPTION_DISABLE_FEATURE, DWORD{WINHTTP_DISABLE_COOKIES});
         // WinHTTP would point the connection at the new place, and go anywhere.
         return SetOption(WINHTTP_OPTION_DISABLE_FEATURE, DWORD{WINHTTP_DISABLE_REDIRECTS}) ||
@@ -208,7 +213,14 @@ private:
         if (!AwaitEvent([this] { return m_operation->completed != 0; }, limit, what)) {
             return false;
         }
-        return m_operation->completed.exchange(0) == completion || Fail(what, m_operation->error);
+        if (m_operation->completed.exchange(0) == completion) {
+            return true;
+        }
+        // Wine reports the socket's error for the timeout.
+        const bool isTimeout =
+            m_operation->error == ERROR_WINHTTP_TIMEOUT || m_operation->error == WSAETIMEDOUT;
+        m_response.wasHungUp = m_operation->isConnected && m_response.status == 0 && !isTimeout;
+        return Fail(what, m_operation->error);
     }
 
     /// Wine reports that the request was sent when the answer begins, so the limit of the

@@ -37,6 +37,8 @@ struct HttpRequest {
 struct HttpResponse {
     int status = 0;
     bool wasCancelled = false;
+    bool wasHungUp =
+        false;  ///< the connection ended before an answer: a kept one may have been old
     std::string failure;
     std::map<std::string, std::string> headers;  ///< names in small letters; the last of each
     std::vector<std::uint8_t> body;

@@ -74,6 +74,10 @@ TEST_F(Fetching, BringsWholeAnswersOverKeptConnections) {
     EXPECT_EQ("", Body(FetchPath("/empty")));
     EXPECT_EQ(1, m_server.Connections());
     EXPECT_EQ("hello", Body(FetchPath("/chunked")));
+    m_identity.onlySecure = true;
+    FetchPath("/b");
+    EXPECT_THAT(m_server.LastHead(), HasSubstr("User-Agent: Test/1\r\n"));
+    EXPECT_THAT(m_server.LastHead(), Not(HasSubstr("secret"))) << "not over http";
 }
 
 TEST_F(Fetching, RefusesWhatIsNotAWholeAnswerInTime) {
@@ -104,6 +108,17 @@ TEST_F(Fetching, RefusesWhatIsNotAWholeAnswerInTime) {
         EXPECT_THAT(result.response.body, IsEmpty()) << i;
         EXPECT_GT(1600U, ::GetTickCount64() - start) << i;
     }
+}
+
+TEST_F(Fetching, AsksOnceMoreWhenTheServerHangsUp) {
+    m_server.On("/a", {Reply{.kind = Reply::HangUp}, Reply{200, "on a new connection"}});
+    EXPECT_EQ("on a new connection", Body(FetchPath("/a")));
+    m_server.On("/always", Reply{.kind = Reply::HangUp});
+    EXPECT_THAT(Body(FetchPath("/always")), HasSubstr("no answer"));
+    m_server.On("/silent", Reply{.kind = Reply::Silent});
+    EXPECT_THAT(Body(FetchPath("/silent")), HasSubstr("no answer"));
+    EXPECT_EQ(1, m_server.Requests("/silent")) << "who is slow is not asked twice";
+    EXPECT_GE(4, m_server.Requests("/always"));  // the system repeats some of them itself
 }
 
 TEST_F(Fetching, AServerMayThinkLongerThanItsConnectionTakes) {
@@ -362,6 +377,8 @@ TEST(HttpAddress, IsReadAndResolved) {
     EXPECT_EQ("none", text(HttpAddress::Parse("http://a/" + std::string(5000, 'x'))));
     const HttpAddress base = *HttpAddress::Parse("https://a:8443/one/two/doc.json?key=1");
     EXPECT_EQ("https://a:8443/one/two/doc.json", base.ForLog());
+    EXPECT_FALSE(base.MayLeadTo(*HttpAddress::Parse("http://a:8443/one")));
+    EXPECT_TRUE(HttpAddress::Parse("http://a/")->MayLeadTo(base));
     const std::pair<const char*, const char*> references[] = {
         {"x", "https://a:8443/one/two/x"},
         {"../x?y", "https://a:8443/one/x?y"},
