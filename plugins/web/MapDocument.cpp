@@ -5,6 +5,7 @@
 
 #include "plugins/common/XmlDocument.h"
 #include "plugins/web/DataPath.h"
+#include "plugins/web/PmtilesMap.h"
 #include "plugins/web/TileJson.h"
 #include "plugins/web/Wmts.h"
 #include "terrascope/support/LogSink.h"
@@ -94,6 +95,9 @@ public:
             LeaveOut(path.address, "it is no address of http or https");
             return true;
         }
+        if (NamesPmtiles(*address)) {
+            return ReadArchive(*address, path, maps);
+        }
         const HttpResult result =
             m_access.fetcher.Fetch(*address, m_access.identity, kDocumentLimits, m_cancellation);
         if (result.outcome != HttpOutcome::Here) {
@@ -105,6 +109,16 @@ public:
     }
 
 private:
+    bool ReadArchive(const HttpAddress& address, const DataPath& path, Maps& maps) {
+        PmtilesMapResult result = ReadPmtilesMap(address, path, m_access, m_cancellation);
+        if (!result.isHere) {
+            LogLine("'%s' cannot be had: %s", address.ForLog().c_str(), result.reason.c_str());
+            return false;
+        }
+        Add(maps, std::move(result.map), address.ForLog(), result.reason);
+        return true;
+    }
+
     bool ReadDocument(const HttpResult& result, const DataPath& path, Maps& maps) {
         const std::vector<std::uint8_t>& body = result.response.body;
         if (ReadImageHeader(body).format == ImageFormat::Markup) {

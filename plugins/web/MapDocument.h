@@ -12,10 +12,9 @@ struct ReadMapsResult {
 };
 
 /// The maps of a data path (UTF-8), for which a template needs no server: a TileJSON document, a
-/// WMTS capabilities document, or a list of documents and addresses. What cannot be used, or cannot
-/// be had now, is named in the log, and the others stay. No two maps have the same name, ignoring
-/// case.
-/// Threads: any; waits for servers.
+/// WMTS capabilities document, a PMTiles archive, or a list of documents and addresses. What cannot
+/// be used, or cannot be had now, is named in the log, and the others stay. No two maps have the
+/// same name, ignoring case. Threads: any; waits for servers.
 ReadMapsResult ReadMaps(const std::string& dataPath, const WebAccess& access,
                         const Cancellation& cancellation);
 

@@ -10,6 +10,7 @@
 #include "tests/fixtures/Await.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/TemporaryFolder.h"
+#include "tests/plugins/db/PmtilesWriter.h"
 #include "tests/plugins/web/FaultServer.h"
 
 namespace {
@@ -280,6 +281,37 @@ TEST_F(WebMaps, AListHasTheMapsOfItsDocuments) {
     EXPECT_EQ(1, m_log.Count("/list/down' cannot be had")) << m_log.Text();
     EXPECT_EQ(2, m_log.Count("/list/all.json': it is no TileJSON")) << "5, and itself";
     EXPECT_EQ(1, m_log.Count("'file:///x': it is no address"));
+}
+
+TEST_F(WebMaps, APmtilesArchiveIsReadInRanges) {
+    auto parts = TerrascopeTest::PmtilesWorld();
+    // Tiles that are images, far behind what is kept of the start.
+    parts.tiles.assign(40000, 'x');
+    parts.tiles += Image("north-west") + Image("south-east");
+    parts.root = TerrascopeTest::PmtilesDirectoryBytes({{1, 40000, 18, 1}, {3, 40018, 18, 1}});
+    parts.leaves.clear();
+    parts.metadata = R"({"name":"Packed","attribution":"Us"})";
+    parts.maxZoom = 1;
+    parts.bounds[0] = parts.bounds[1] = -850'000'000;
+    parts.bounds[2] = parts.bounds[3] = 850'000'000;
+    m_server.On("/a.PMTILES?key=secret", Reply{200, parts.Bytes(), "", Reply::Ranges});
+    EXPECT_THAT(OpenPath("/a.PMTILES?key=secret#attribution=You"), ElementsAre("Packed"));
+    EXPECT_EQ(1, Info("Packed").nLayerCount);
+    EXPECT_DOUBLE_EQ(360, Info("Packed").dLatitude);
+    EXPECT_THAT(Info("Packed").strRemark.GetString(), testing::EndsWith("scale.\nYou"));
+    const int before = m_server.Requests();
+    EXPECT_EQ("north-west", Tile("Packed", "0"));
+    EXPECT_EQ("south-east", Tile("Packed", "3"));
+    EXPECT_EQ("none", Tile("Packed", "1"));
+    EXPECT_EQ(before + 2, m_server.Requests()) << "one range for each tile that is there";
+
+    m_server.On("/no.pmtiles", Reply{200, std::string(500, 'x'), "", Reply::Ranges});
+    EXPECT_THAT(OpenPath("/no.pmtiles"), IsEmpty());
+    EXPECT_EQ(1, m_log.Count("/no.pmtiles': it is not of version 3")) << m_log.Text();
+    m_server.On("/all.pmtiles", Reply{200, parts.Bytes()});
+    EXPECT_THAT(OpenPath("/all.pmtiles"), IsEmpty());
+    EXPECT_EQ(1, m_log.Count("/all.pmtiles' cannot be had: its server delivers no ranges"));
+    EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
 }
 
 TEST_F(WebMaps, WmtsLayersAreMaps) {
