@@ -214,8 +214,11 @@ TEST_F(FastTileLoadQueue, FetchesAheadWhenTheViewWaitsForNothingThatItShowsNow) 
     EXPECT_EQ((std::vector<std::string>{"map/1/2", "map/1/1"}), provider.Fetched(1));
     queue->Arrange({{"0", {false, 1.0}}});
     EXPECT_TRUE(Enter(4)) << "the view has left what was being fetched";
-    PushAhead("3");
-    queue->Arrange({{"0", {true, 1.0}}, {"3", {false, 2.0}}});
+    {
+        const CTileLoadQueue2::CHold hold(*queue);  // a thread may take it before it is arranged
+        PushAhead("3");
+        queue->Arrange({{"0", {true, 1.0}}, {"3", {false, 2.0}}});
+    }
     EXPECT_FALSE(Enter(5, 100)) << "the view shows what was fetched ahead";
     queue->Clear();
     queue->Push("map", 1, "0");
