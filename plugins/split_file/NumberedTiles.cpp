@@ -68,7 +68,7 @@ bool TakeColumn(const std::wstring& folder, std::uint32_t end, FirstLevel& level
         }
         if (level.image.empty()) {
             level.ending = ending;
-            level.image = folder + L'\\' + name;
+            level.image = std::wstring(folder).append(1, L'\\').append(name);
         }
         if (level.ending != ending) {
             return false;
