@@ -33,7 +33,8 @@ void __wrap_jinit_upsampler(j_decompress_ptr info) {
 void __wrap_jpeg_idct_16x16(j_decompress_ptr info, jpeg_component_info* part, JCOEFPTR coefficients,
                             JSAMPARRAY rows, JDIMENSION column) {
     static const bool isFast = __builtin_cpu_supports("avx2") != 0;
-    if (isFast) {
+    // A component that no scan has named has no table; all its coefficients are 0.
+    if (isFast && part->quant_table != nullptr) {
         Terrascope::Codecs::TransformTo16(coefficients, part->quant_table->quantval, rows, column);
     } else {
         __real_jpeg_idct_16x16(info, part, coefficients, rows, column);

@@ -103,10 +103,10 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
         }
         if (m_pRemoteProvider != nullptr) {
             for (tagTILE_MAP_INFO* entry : m_pRemoteProvider->GetMapList()) {
-                std::unique_ptr<tagTILE_MAP_INFO> map(entry);
-                if (map != nullptr && FindMap(*library, map->strName) == nullptr) {
-                    maps.push_back(map.get());
-                    static_cast<void>(map.release());
+                if (entry != nullptr && FindMap(*library, entry->strName) == nullptr) {
+                    maps.push_back(entry);
+                } else {
+                    delete entry;
                 }
             }
         }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cstring>
 #include <optional>
 
@@ -13,6 +14,8 @@ constexpr int kPartialContent = 206;
 
 /// The innermost CEndsWith of this thread; null: none.
 thread_local const Cancellation* t_cancellation = nullptr;
+/// When its reads are to end, in milliseconds of GetTickCount64.
+thread_local ULONGLONG t_end = ULLONG_MAX;
 
 /// "bytes first-last/size".
 struct ContentRange {
@@ -59,12 +62,15 @@ bool IsRange(const HttpResult& result, std::uint64_t offset, std::uint64_t count
 
 }  // namespace
 
-CHttpByteSource::CEndsWith::CEndsWith(const Cancellation& cancellation) : m_former(t_cancellation) {
+CHttpByteSource::CEndsWith::CEndsWith(const Cancellation& cancellation, Milliseconds time)
+    : m_former(t_cancellation), m_formerEnd(t_end) {
     t_cancellation = &cancellation;
+    t_end = ::GetTickCount64() + static_cast<ULONGLONG>(time);
 }
 
 CHttpByteSource::CEndsWith::~CEndsWith() {
     t_cancellation = m_former;
+    t_end = m_formerEnd;
 }
 
 std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& address,
@@ -105,6 +111,11 @@ HttpResult CHttpByteSource::Fetch(std::uint64_t offset, std::uint64_t count,
     HttpLimits limits = kTileLimits;
     // The file is there: a range beyond its end is not to be remembered as absent.
     limits.remembersAbsence = false;
+    const ULONGLONG now = ::GetTickCount64();
+    const ULONGLONG left = t_end > now ? t_end - now : 0;
+    if (left < static_cast<ULONGLONG>(limits.total)) {
+        limits.total = static_cast<Milliseconds>(left);
+    }
     return m_access.fetcher.Fetch(m_address, m_access.identity, limits, cancellation, headers);
 }
 

@@ -27,16 +27,18 @@ public:
     /// False as well once the server has another version of the file.
     bool Read(std::uint64_t offset, std::span<std::uint8_t> buffer) override;
 
-    /// While it lives, reads of this thread end with the cancellation.
+    /// While it lives, reads of this thread end with the cancellation, and take so many
+    /// milliseconds at most, all together.
     class CEndsWith {
     public:
-        explicit CEndsWith(const Cancellation& cancellation);
+        CEndsWith(const Cancellation& cancellation, Milliseconds time);
         ~CEndsWith();
         CEndsWith(const CEndsWith&) = delete;
         CEndsWith& operator=(const CEndsWith&) = delete;
 
     private:
         const Cancellation* const m_former;
+        const ULONGLONG m_formerEnd;
     };
 
 private:

@@ -58,7 +58,9 @@ std::optional<Milliseconds> AskedPause(const HttpResponse& response) {
 }
 
 HttpHeaders HeadersFor(const HttpIdentity& identity, const HttpHeaders& extra,
-                       const HttpAddress& to, bool isOtherOrigin) {
+                       const HttpAddress& to, const HttpAddress& first) {
+    const std::string own = identity.origin.empty() ? first.Origin() : identity.origin;
+    const bool isOtherOrigin = to.Origin() != own;
     HttpHeaders headers;
     for (const auto& header : identity.headers) {
         const bool isPublic = header.first == "User-Agent";
@@ -128,8 +130,8 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
         if (!m_hosts.MayAsk(origin)) {
             return Failure(result.address, "its host is left alone for a while");
         }
-        const HttpRequest request{result.address, HeadersFor(identity, extra, result.address,
-                                                             origin != address.Origin())};
+        const HttpRequest request{result.address,
+                                  HeadersFor(identity, extra, result.address, address)};
         // A kept connection may have ended a moment ago; the second one is new.
         for (int attempt = 0; attempt == 0 || (attempt == 1 && result.response.wasHungUp);
              ++attempt) {
@@ -162,7 +164,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
 void HttpFetcher::Report(const HttpResult& result) {
     const std::string origin = result.address.Origin();
     const int status = result.response.status;
-    if (result.outcome == HttpOutcome::Cancelled) {
+    if (result.outcome == HttpOutcome::Cancelled || result.response.isOurRefusal) {
         m_hosts.Undecided(origin);
         return;
     }

@@ -15,6 +15,7 @@ inline constexpr HttpLimits kDocumentLimits{4000, 6000, 15000, std::size_t{8} * 
 struct HttpIdentity {
     HttpHeaders headers;      ///< "User-Agent", and the keys of paid services: never logged
     bool onlySecure = false;  ///< headers other than "User-Agent" are not sent over http
+    std::string origin;       ///< ... and go nowhere else; empty: wherever a request goes at first
 };
 
 enum class HttpOutcome {

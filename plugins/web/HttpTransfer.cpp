@@ -122,6 +122,12 @@ private:
         return false;
     }
 
+    /// A failure that is none of the host's.
+    bool Refuse(const char* what, DWORD error) {
+        m_response.isOurRefusal = true;
+        return Fail(what, error);
+    }
+
     bool Open(HINTERNET session, const HttpRequest& request) {
         const HttpAddress& address = request.address;
         m_connection = InternetHandle(
@@ -134,7 +140,7 @@ private:
                       WINHTTP_FLAG_ESCAPE_DISABLE | (address.isSecure ? WINHTTP_FLAG_SECURE : 0U))
                 : nullptr);
         if (!m_request || !m_operation->event) {
-            return Fail("no request could be made", ::GetLastError());
+            return Refuse("no request could be made", ::GetLastError());
         }
         auto share = std::make_unique<Share>(m_operation);
         m_context = reinterpret_cast<DWORD_PTR>(share.get());
@@ -145,7 +151,7 @@ private:
             ::WinHttpSetStatusCallback(m_request.Get(), &Operation::OnStatus, kNotifications, 0) ==
                 WINHTTP_INVALID_STATUS_CALLBACK) {
             // Nobody will be notified of the handle's end.
-            return Fail("no request could be made", ::GetLastError());
+            return Refuse("no request could be made", ::GetLastError());
         }
         static_cast<void>(share.release());
         return Configure() && AddHeaders(request.headers);
@@ -170,7 +176,7 @@ private:
         SetOption(WINHTTP_OPTION_DISABLE_FEATURE, DWORD{WINHTTP_DISABLE_COOKIES});
         // WinHTTP would point the connection at the new place, and go anywhere.
         return SetOption(WINHTTP_OPTION_DISABLE_FEATURE, DWORD{WINHTTP_DISABLE_REDIRECTS}) ||
-               Fail("no request could be made", ::GetLastError());
+               Refuse("no request could be made", ::GetLastError());
     }
 
     bool AddHeaders(const HttpHeaders& headers) {
@@ -180,7 +186,7 @@ private:
             if (!::WinHttpAddRequestHeaders(
                     m_request.Get(), line.c_str(), static_cast<DWORD>(line.size()),
                     WINHTTP_ADDREQ_FLAG_ADD | WINHTTP_ADDREQ_FLAG_REPLACE)) {
-                return Fail("a header could not be set", ::GetLastError());
+                return Refuse("a header could not be set", ::GetLastError());
             }
         }
         return true;
@@ -298,7 +304,7 @@ private:
             return;
         }
         if (announced > m_limits.bytes) {
-            Fail("the answer is too large", 0);
+            Refuse("the answer is too large", 0);
             return;
         }
         std::vector<std::uint8_t>& body = m_response.body;
@@ -313,7 +319,7 @@ private:
             body.insert(body.end(), m_operation->buffer.data(),
                         m_operation->buffer.data() + m_operation->bytes);
             if (body.size() > m_limits.bytes) {
-                Fail("the answer is too large", 0);
+                Refuse("the answer is too large", 0);
                 return;
             }
         } while (m_operation->bytes > 0);

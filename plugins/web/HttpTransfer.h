@@ -37,6 +37,7 @@ struct HttpRequest {
 struct HttpResponse {
     int status = 0;
     bool wasCancelled = false;
+    bool isOurRefusal = false;  ///< the failure says nothing of the host
     bool wasHungUp =
         false;  ///< the connection ended before an answer: a kept one may have been old
     std::string failure;

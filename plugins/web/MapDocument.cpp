@@ -1,7 +1,9 @@
 #include "plugins/web/MapDocument.h"
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "plugins/common/XmlDocument.h"
 #include "plugins/web/DataPath.h"
@@ -9,6 +11,7 @@
 #include "plugins/web/TileJson.h"
 #include "plugins/web/Wmts.h"
 #include "terrascope/support/LogSink.h"
+#include "terrascope/support/text/MultibyteText.h"
 #include "terrascope/tiles/ImageHeader.h"
 
 namespace Terrascope::Plugins {
@@ -18,11 +21,15 @@ using Json = nlohmann::json;
 using Maps = std::vector<std::shared_ptr<const WebMap>>;
 
 constexpr std::size_t kMostInList = 100;
+constexpr std::size_t kMostMaps = 1000;
 constexpr int kDeepestOfTemplate = 19;  // the last zoom level of a template that states none
 
-/// An address as the log may have it: without what stands behind a question mark.
+/// An address as the log may have it: without what stands behind a question mark, and without what
+/// may be a name and a password in front of the host.
 std::string ForLog(const std::string& address) {
-    return address.substr(0, address.find_first_of("?#"));
+    const std::string plain = address.substr(0, address.find_first_of("?#"));
+    const std::size_t at = plain.rfind('@');
+    return at == std::string::npos ? plain : plain.substr(at + 1);
 }
 
 void LeaveOut(const std::string& what, const std::string& reason) {
@@ -58,21 +65,25 @@ void ReadTemplate(const DataPath& path, const HttpAddress* base, Maps& maps) {
 
 /// Distinct names, so that each map can be opened.
 WebLibrary Named(Maps maps) {
-    const auto isTaken = [&](const CString& name, std::size_t before) {
-        return std::any_of(
-            maps.begin(), maps.begin() + static_cast<std::ptrdiff_t>(before),
-            [&](const auto& map) { return map->info.strName.CompareNoCase(name) == 0; });
-    };
-    for (std::size_t i = 0; i < maps.size(); ++i) {
-        CString name = maps[i]->info.strName.IsEmpty() ? CString("?") : maps[i]->info.strName;
+    if (maps.size() > kMostMaps) {
+        LogLine("%d maps are too many: the first %d are used", static_cast<int>(maps.size()),
+                static_cast<int>(kMostMaps));
+        maps.resize(kMostMaps);
+    }
+    std::set<std::string> taken;
+    std::map<std::string, int> next;  // of each name, the number for its next namesake
+    for (auto& map : maps) {
+        CString name = map->info.strName.IsEmpty() ? CString("?") : map->info.strName;
         const CString plain = name;
-        for (int n = 2; isTaken(name, i); ++n) {
-            name.Format("%s (%d)", plain.GetString(), n);
+        int& number = next[FoldCase(ViewOf(plain))];
+        while (!taken.insert(FoldCase(ViewOf(name))).second) {
+            number = std::max(number, 1) + 1;
+            name.Format("%s (%d)", plain.GetString(), number);
         }
-        if (name != maps[i]->info.strName) {
-            auto renamed = std::make_shared<WebMap>(*maps[i]);
+        if (name != map->info.strName) {
+            auto renamed = std::make_shared<WebMap>(*map);
             renamed->info.strName = name;
-            maps[i] = std::move(renamed);
+            map = std::move(renamed);
         }
     }
     return maps;

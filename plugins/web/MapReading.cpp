@@ -56,6 +56,7 @@ void CMapReading::Begin() {
         Read();  // needs no server
         return;
     }
+    auto self = std::make_unique<std::shared_ptr<CMapReading>>(shared_from_this());
     {
         CSingleLock lock(&m_lock, TRUE);
         if (m_isReading) {
@@ -65,8 +66,7 @@ void CMapReading::Begin() {
         m_start = Now();
         ::ResetEvent(m_idle.Get());
     }
-    // Pins the module before a thread enters it.
-    auto self = std::make_unique<std::shared_ptr<CMapReading>>(shared_from_this());
+    // HttpSession pins the module before a thread enters it.
     if (HttpSession() != nullptr && ::TrySubmitThreadpoolCallback(&Run, self.get(), nullptr)) {
         static_cast<void>(self.release());
         return;
@@ -94,12 +94,18 @@ void CALLBACK CMapReading::Run(PTP_CALLBACK_INSTANCE instance, void* context) {
 }
 
 void CMapReading::Read() {
-    auto read = WithoutThrowing<ReadMapsResult>(
-        "WebTileMapInfoProvider", [this] { return ReadMaps(m_dataPath, m_access, m_never); });
+    struct Reading {
+        std::shared_ptr<const WebLibrary> library;
+        bool isComplete = false;
+    };
+    Reading read = WithoutThrowing<Reading>("WebTileMapInfoProvider", [this] {
+        ReadMapsResult maps = ReadMaps(m_dataPath, m_access, m_never);
+        return Reading{std::make_shared<WebLibrary>(std::move(maps.maps)), maps.isComplete};
+    });
     CSingleLock lock(&m_lock, TRUE);
     m_hasSucceeded = read.isComplete;
-    if (read.isComplete || m_library->empty()) {
-        m_library = std::make_shared<WebLibrary>(std::move(read.maps));
+    if (read.library != nullptr && (read.isComplete || m_library->empty())) {
+        m_library = std::move(read.library);
     }
     ++m_readings;
     m_end = Now();

@@ -24,7 +24,7 @@ public:
 
     HttpResult Load(int layer, const PyramidTile& tile, const WebAccess&,
                     const Cancellation& cancellation) const override {
-        const CHttpByteSource::CEndsWith ends(cancellation);
+        const CHttpByteSource::CEndsWith ends(cancellation, kTileLimits.total);
         HttpResult result;
         result.address = m_address;
         if (m_archive->ReadTile(0, {layer, tile.column, tile.row}, result.response.body)) {
@@ -57,7 +57,7 @@ PmtilesMapResult ReadPmtilesMap(const HttpAddress& address, const DataPath& path
         result.isHere = false;
         return result;
     }
-    const CHttpByteSource::CEndsWith ends(cancellation);
+    const CHttpByteSource::CEndsWith ends(cancellation, kDocumentLimits.total);
     auto archive = CPmtilesArchive::Open(std::move(bytes), 0, result.reason);
     if (archive == nullptr) {
         return result;

@@ -82,7 +82,11 @@ std::optional<TileAddressTemplate> TileAddressTemplate::Parse(std::string_view p
                                ? ParseField(text.substr(open + 1, close - open - 1))
                                : std::nullopt;
         if (!piece) {
-            reason = "has the unknown field '" + absolute.substr(open, close - open + 1) + "'";
+            // What stands behind a question mark may be a key.
+            reason = close == std::string_view::npos ? "has a '{' without a '}'"
+                     : text.find('?') < close        ? "has an unknown field"
+                                                     : "has the unknown field '" +
+                                                    absolute.substr(open, close - open + 1) + "'";
             return std::nullopt;
         }
         result.m_pieces.push_back(*piece);

@@ -3,6 +3,7 @@
 #include "plugins/common/PlainText.h"
 #include "plugins/common/SafePath.h"
 #include "plugins/common/WithoutThrowing.h"
+#include "plugins/web/DataPath.h"
 #include "plugins/web/WebSettings.h"
 #include "terrascope/support/text/MultibyteText.h"
 #include "terrascope/tiles/ImageHeader.h"
@@ -59,7 +60,13 @@ void CWebTileMapInfoProvider::SetDataPath(const CString& path) {
         const std::string text = Utf8FromWide(*wide);
         constexpr char kSecure[] = "https:";
         const bool isSecure = ::_strnicmp(text.c_str(), kSecure, sizeof kSecure - 1) == 0;
-        const HttpIdentity identity = ReadIdentity(isSecure);
+        HttpIdentity identity = ReadIdentity(isSecure);
+        const DataPath parsed = DataPath::Parse(text);
+        const auto address = HttpAddress::Parse(parsed.address);
+        if (address && !parsed.IsTemplate()) {
+            // What a document there names elsewhere is not to have the keys.
+            identity.origin = address->Origin();
+        }
         const auto reading = CMapReading::OfProcess(text, identity);
         reading->BeginIfOld();
         CSingleLock lock(&m_lock, TRUE);

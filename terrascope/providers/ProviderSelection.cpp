@@ -1,5 +1,8 @@
 #include "terrascope/providers/ProviderSelection.h"
 
+#include <cstring>
+#include <string>
+
 #include "terrascope/providers/FailureOf.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/LogSink.h"
@@ -43,6 +46,16 @@ Factory* FindFactory(const CString& name) {
     return nullptr;
 }
 
+/// A data path without what may be a key or a password: an address ends at its query, and begins
+/// with its host.
+CString ForLog(const ProviderChoice& choice, const CString& path) {
+    if (choice.name.CompareNoCase(kWebProvider) != 0) {
+        return path;
+    }
+    const std::string plain(path.GetString(), std::strcspn(path, "?#"));
+    return plain.substr(plain.rfind('@') + 1).c_str();  // npos + 1 is 0
+}
+
 /// Makes the chosen provider and gives it its data path. Null when no plug-in offers it, or when
 /// it fails at either.
 std::unique_ptr<ITileMapInfoProvider> CreateProvider(ProviderRole role,
@@ -62,7 +75,7 @@ std::unique_ptr<ITileMapInfoProvider> CreateProvider(ProviderRole role,
             });
             if (!failure) {
                 LogLine("%s provider: '%s', data path '%s'", RoleName(role),
-                        choice.name.GetString(), path.GetString());
+                        choice.name.GetString(), ForLog(choice, path).GetString());
                 return provider;
             }
             reason = "it failed to take its data path";

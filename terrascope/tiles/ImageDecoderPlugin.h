@@ -10,7 +10,8 @@
  *
  * Threads: all functions are called by several threads at once.
  * Errors:  shown by the result 0; the library then asks the next decoder, and at last GDI+. No
- *          C++ exception may leave a function; one that does counts as 0.
+ *          C++ exception may leave a function; one that does counts as 0 if the decoder was built
+ *          with the library's compiler, and may end the process if not.
  */
 
 /** The version of this interface; a decoder of another version is not used. */

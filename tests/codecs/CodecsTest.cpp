@@ -146,6 +146,25 @@ TEST_F(Codecs, LeaveTheRareKindsToGdiplus) {
     }
 }
 
+/// A JPEG of 16 x 16 pixels with halved chroma, of whose three components one has data at all.
+std::string JpegWithoutChroma() {
+    std::string file;
+    const auto add = [&file](std::initializer_list<int> bytes) {
+        for (const int byte : bytes) {
+            file += static_cast<char>(byte);
+        }
+    };
+    add({0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0});  // the table of quantities: 64 ones
+    file.append(64, 1);
+    add({0xFF, 0xC0, 0, 17, 8, 0, 16, 0, 16, 3, 1, 0x22, 0, 2, 0x11, 0, 3, 0x11, 0});
+    for (const int table : {0x00, 0x10}) {  // Huffman tables with one code, of length 1, for 0
+        add({0xFF, 0xC4, 0, 20, table, 1});
+        file.append(16, 0);
+    }
+    add({0xFF, 0xDA, 0, 8, 1, 1, 0, 0, 63, 0, 0x00, 0xFF, 0xD9});
+    return file;
+}
+
 TEST_F(Codecs, SurviveCutAndDamagedFiles) {
     std::mt19937 random(11);
     const std::size_t rowBytes = static_cast<std::size_t>(kSize.cx) * 4;
@@ -167,6 +186,7 @@ TEST_F(Codecs, SurviveCutAndDamagedFiles) {
                                        static_cast<std::uint32_t>(kSize.cy)};
         decode(bytes.data(), bytes.size(), &rows);
     };
+    show(JpegWithoutChroma());
     const std::vector<std::string> formats[] = {
         {"whole.jpg", "halved.jpg", "progressive.jpg", "cmyk.jpg"},
         {"rgba.png", "interlaced.png", "palettea.png", "grey2.png"},

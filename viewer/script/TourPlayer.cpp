@@ -136,6 +136,7 @@ std::string CTourPlayer::Act(const DropStep& step) {
     const HGLOBAL block = ::GlobalAlloc(GHND, sizeof(header) + step.file.size() + 2);
     void* bytes = block != nullptr ? ::GlobalLock(block) : nullptr;
     if (bytes == nullptr) {
+        ::GlobalFree(block);
         return "no memory";
     }
     std::memcpy(bytes, &header, sizeof(header));
