@@ -152,6 +152,13 @@ std::optional<double> XmlReal(const std::wstring& text) {
     for (const wchar_t letter : text) {
         plain += letter < 0x80 ? static_cast<char>(letter) : '?';
     }
+    // Source: XML Schema Part 2, double: blanks do not count, and a plus may be in front.
+    constexpr const char* kBlanks = " \t\r\n";
+    plain.erase(0, plain.find_first_not_of(kBlanks));
+    plain.erase(plain.find_last_not_of(kBlanks) + 1);
+    if (plain.starts_with('+') && !plain.starts_with("+-")) {
+        plain.erase(0, 1);
+    }
     double value = 0;
     const auto [end, error] = std::from_chars(plain.data(), plain.data() + plain.size(), value);
     const bool isWhole = error == std::errc() && end == plain.data() + plain.size();

@@ -31,7 +31,8 @@ struct XmlElement {
 /// Requires: COM is not needed. Threads: any.
 std::optional<XmlElement> ReadXml(std::span<const std::uint8_t> file);
 
-/// A number with a full stop for the decimals; nothing for any other text and infinite values.
+/// A number with a full stop for the decimals, which may have blanks around it and a plus in front;
+/// nothing for any other text and infinite values.
 std::optional<double> XmlReal(const std::wstring& text);
 
 }  // namespace Terrascope::Plugins

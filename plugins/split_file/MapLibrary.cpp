@@ -68,7 +68,7 @@ std::unique_ptr<MapDescription> ReadDescribedMap(const MapFolder& facts,
         CMemIniFile file(*path, false);
         reading = ReadMapDescription(file, folderName, time);
     } else if (const auto bytes = ReadWholeFile(widePath, kLargestDescription)) {
-        reading = ReadTileResource(*bytes, folderName, time);
+        reading = ReadTileResource(*bytes, mapFolder, folderName, time);
     } else {
         LeaveOut(*path, "cannot be read");
     }

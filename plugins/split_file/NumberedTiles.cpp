@@ -32,20 +32,6 @@ std::optional<std::uint32_t> ParseNumber(std::wstring_view text, std::uint32_t e
                                    : std::nullopt;
 }
 
-/// The names of all folders in a folder as numbers below `end`, ordered; empty when one is none.
-std::vector<std::uint32_t> NumberedFolders(const std::wstring& folder, std::uint32_t end) {
-    std::vector<std::uint32_t> numbers;
-    for (const FolderFacts& facts : ListFolders(folder).value_or(std::vector<FolderFacts>())) {
-        const auto number = ParseNumber(facts.name, end);
-        if (!number) {
-            return {};
-        }
-        numbers.push_back(*number);
-    }
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
-}
-
 /// What the files of the first level are.
 struct FirstLevel {
     std::wstring ending;
@@ -97,6 +83,19 @@ std::optional<FirstLevel> ReadFirstLevel(const std::wstring& folder, int zoom) {
 }
 
 }  // namespace
+
+std::vector<std::uint32_t> NumberedFolders(const std::wstring& folder, std::uint32_t end) {
+    std::vector<std::uint32_t> numbers;
+    for (const FolderFacts& facts : ListFolders(folder).value_or(std::vector<FolderFacts>())) {
+        const auto number = ParseNumber(facts.name, end);
+        if (!number) {
+            return {};
+        }
+        numbers.push_back(*number);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
 
 std::unique_ptr<MapDescription> ReadNumberedTiles(const std::wstring& folder,
                                                   const CString& folderName,

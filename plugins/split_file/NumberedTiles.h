@@ -2,12 +2,18 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "plugins/split_file/MapDescription.h"
 
 namespace Terrascope::Plugins {
+
+/// The names of all folders in a folder as plain numbers below `end`, ordered; empty when one is
+/// none.
+std::vector<std::uint32_t> NumberedFolders(const std::wstring& folder, std::uint32_t end);
 
 /// A folder whose tiles are zoom\column\row.ending and which has no description, as tilers leave
 /// it: every folder in it is a zoom level from 0 to 30, those of the first level that can be used

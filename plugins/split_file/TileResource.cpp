@@ -8,6 +8,7 @@
 #include "plugins/common/MapRemark.h"
 #include "plugins/common/SafePath.h"
 #include "plugins/common/XmlDocument.h"
+#include "plugins/split_file/NumberedTiles.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -51,7 +52,8 @@ void Collect(const XmlElement& element, Contents& contents) {
     }
 }
 
-/// Reads values and remembers the first problem.
+/// Reads values and remembers what is wrong: the first problem for which there is no map, and those
+/// that are passed over.
 class Values {
 public:
     explicit Values(const Contents& contents) : m_contents(contents) {}
@@ -67,10 +69,16 @@ public:
         }
         const auto value = XmlReal(text);
         if (!value || *value < least || *value > most) {
-            Refuse(name, "is not a number that can be used");
+            m_passedOver.push_back({"TileMap", CString(name), "is not a number that can be used"});
             return fallback;
         }
         return *value;
+    }
+    /// For values without which there is no map.
+    void RefuseWhatIsPassedOver() {
+        if (!m_problem && !m_passedOver.empty()) {
+            m_problem = m_passedOver.front();
+        }
     }
     void Refuse(const wchar_t* key, const CString& reason) {
         if (!m_problem) {
@@ -78,19 +86,25 @@ public:
         }
     }
     const std::optional<MapProblem>& Problem() const { return m_problem; }
+    const std::vector<MapProblem>& PassedOver() const { return m_passedOver; }
 
 private:
     const Contents& m_contents;
     std::optional<MapProblem> m_problem;
+    std::vector<MapProblem> m_passedOver;
 };
 
-/// The bounding box: of the pyramid's world where there is none.
+/// The bounding box: of the pyramid's world where there is none, or one of its numbers is wrong.
 MapExtent ReadBox(Values& values, const MapExtent& world) {
     constexpr double kFarthest = 1e9;
+    const std::size_t before = values.PassedOver().size();
     MapExtent box{values.Real(L"BoundingBox.minx", -kFarthest, kFarthest, world.west),
                   values.Real(L"BoundingBox.miny", -kFarthest, kFarthest, world.south),
                   values.Real(L"BoundingBox.maxx", -kFarthest, kFarthest, world.east),
                   values.Real(L"BoundingBox.maxy", -kFarthest, kFarthest, world.north)};
+    if (values.PassedOver().size() > before) {
+        return world;  // its numbers are in units that the others do not show
+    }
     if (!(box.west < box.east) || !(box.south < box.north)) {
         values.Refuse(L"BoundingBox", "is empty");
     }
@@ -161,6 +175,40 @@ bool IsExtension(const std::wstring& text) {
            });
 }
 
+/// The world in degrees when level 0 is one tile of 360 degrees, whose upper half is above the
+/// pole.
+TilePyramid OneTileWorld(int level) {
+    return {{-180, -90, 180, 270}, 1U << level, 1U << level, level};
+}
+
+/// How far the columns from `first` to `last` are from those that hold the box.
+double Misfit(const MapExtent& box, double columnWidth, std::uint32_t first, std::uint32_t last) {
+    constexpr double kOnTheEdge = 1e-6;  // of a column
+    const double west = std::floor((box.west + 180) / columnWidth + kOnTheEdge);
+    const double east = std::ceil((box.east + 180) / columnWidth - kOnTheEdge) - 1;
+    return std::abs(first - west) + std::abs(last - east);
+}
+
+/// Whether level 0 is one tile of 360 degrees, as GDAL's tiler counts unless it is told to be
+/// compatible with the Tile Map Service; its description is the same either way. The first level
+/// whose columns differ decides.
+bool CountsFromOneTile(const std::wstring& mapFolder, const Contents& contents,
+                       const MapExtent& box) {
+    for (const auto& [level, units] : contents.unitsPerPixel) {
+        const auto columns =
+            NumberedFolders(mapFolder + L'\\' + std::to_wstring(level), 2U << level);
+        if (columns.empty()) {
+            continue;
+        }
+        const double one = Misfit(box, std::ldexp(360.0, -level), columns.front(), columns.back());
+        const double two = Misfit(box, std::ldexp(180.0, -level), columns.front(), columns.back());
+        if (one != two) {
+            return one < two;
+        }
+    }
+    return false;
+}
+
 struct Profile {
     bool isMercator = false;
     bool isGeodetic = false;
@@ -178,8 +226,8 @@ Profile ReadProfile(Values& values) {
 
 }  // namespace
 
-MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& folderName,
-                            const SYSTEMTIME& updateTime) {
+MapReading ReadTileResource(std::span<const std::uint8_t> file, const std::wstring& mapFolder,
+                            const CString& folderName, const SYSTEMTIME& updateTime) {
     const std::optional<XmlElement> root = ReadXml(file);
     if (!root) {
         return {nullptr, {{"TileMap", "", "the file is no well-formed XML"}}};
@@ -193,28 +241,33 @@ MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& f
     if (info.strName.IsEmpty() || info.strName.GetLength() > kLongestMapName) {
         info.strName = folderName;
     }
-    info.nTileWidth = static_cast<int>(values.Real(L"TileFormat.width", 1, kLargestTile, 256));
-    info.nTileHeight = static_cast<int>(values.Real(L"TileFormat.height", 1, kLargestTile, 256));
     const std::wstring extension = values.Text(L"TileFormat.extension");
     if (!IsExtension(extension)) {
         values.Refuse(L"TileFormat.extension", "is not the ending of a file name");
     }
     info.strTileFormat = CString(extension.c_str());
     const Profile profile = ReadProfile(values);
-    const auto [level, count] = Levels(contents, profile.isGeodetic ? 0 : 1);
+    MapExtent box =
+        ReadBox(values, profile.isMercator ? MercatorWorld(1).extent : GeodeticWorld(1).extent);
+    if (profile.isGeodetic) {
+        SetDegreesRight(box);
+    } else if (!profile.isMercator) {
+        values.RefuseWhatIsPassedOver();  // there is no world to take the box of
+    }
+    info.nTileWidth = static_cast<int>(values.Real(L"TileFormat.width", 1, kLargestTile, 256));
+    info.nTileHeight = static_cast<int>(values.Real(L"TileFormat.height", 1, kLargestTile, 256));
+    const bool hasTwoTiles = profile.isGeodetic && !CountsFromOneTile(mapFolder, contents, box);
+    const auto [level, count] = Levels(contents, hasTwoTiles ? 0 : 1);
     if (count == 0) {
         values.Refuse(L"TileSet.order", "there is no level that can be used");
     }
-    const int firstLayer = profile.isGeodetic ? level + 1 : std::max(level, 1);
-    MapExtent box =
-        ReadBox(values, profile.isMercator ? MercatorWorld(1).extent : GeodeticWorld(1).extent);
+    const int firstLayer = hasTwoTiles ? level + 1 : std::max(level, 1);
     TilePyramid pyramid;
     if (profile.isMercator) {
         pyramid = MercatorWorld(firstLayer);
         box = MercatorBox(box);
     } else if (profile.isGeodetic) {
-        pyramid = GeodeticWorld(firstLayer);
-        SetDegreesRight(box);
+        pyramid = hasTwoTiles ? GeodeticWorld(firstLayer) : OneTileWorld(firstLayer);
     } else {
         const auto units = contents.unitsPerPixel.find(level);
         pyramid = OwnPyramid(values, box, units != contents.unitsPerPixel.end() ? units->second : 0,
@@ -229,16 +282,16 @@ MapReading ReadTileResource(std::span<const std::uint8_t> file, const CString& f
         return {nullptr, {*values.Problem()}};
     }
     std::string reason;
-    auto tilePath = TilePathTemplate::Parse(profile.isGeodetic
-                                                ? "{layer-1}\\{column}\\{row-from-bottom}.{format}"
-                                                : "{layer}\\{column}\\{row-from-bottom}.{format}",
-                                            reason);
+    auto tilePath =
+        TilePathTemplate::Parse(hasTwoTiles ? "{layer-1}\\{column}\\{row-from-bottom}.{format}"
+                                            : "{layer}\\{column}\\{row-from-bottom}.{format}",
+                                reason);
     info.strRemark =
         MapRemark(ToNarrow(values.Text(L"Abstract")).value_or(""), profile.isMercator, "");
     grid->Describe(info);
     return {std::make_unique<MapDescription>(
                 MapDescription{{}, info, grid->Layers(info), *std::move(tilePath), *grid}),
-            {}};
+            values.PassedOver()};
 }
 
 }  // namespace Terrascope::Plugins

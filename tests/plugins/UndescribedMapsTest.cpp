@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 
 #include "plugins/split_file/SplittedFileTileMapInfoProvider.h"
@@ -92,12 +93,22 @@ TEST_F(UndescribedMaps, AreWhatTheTilerSays) {
         xml, Resource("mercator", R"(minx="-80" miny="-180" maxx="80" maxy="180")", TileSet(1)));
     EXPECT_EQ("T 1+1 2x2 of 256: -180 -180 360 360", OnlyMap(m_folder / "lib")) << "swapped";
 
-    m_folder.WriteFile(xml, Resource("geodetic", R"(minx="-180" miny="-90" maxx="180" maxy="90")",
-                                     TileSet(0) + TileSet(1)));
+    m_folder.WriteFile(xml,
+                       Resource("geodetic", R"(minx=" -180" miny="-90 " maxx="+180" maxy="90")",
+                                TileSet(0) + TileSet(1)));
     // The folder itself is the map.
     EXPECT_EQ("T 1+2 2x1 of 256: -180 -90 360 180", OnlyMap(m_folder / "lib\\m"));
     EXPECT_TRUE(HasTile("T", "1", "lib\\m\\0\\1\\0.png"));
     EXPECT_TRUE(HasTile("T", "10", "lib\\m\\1\\2\\1.png"));
+
+    // Without folders to look at there are two tiles in level 0; with these there is one.
+    m_folder.WriteFile(xml, Resource("geodetic", europe, TileSet(0) + TileSet(1) + TileSet(4)));
+    EXPECT_EQ("T 1+2 1x1 of 256: 0 -90 180 180", OnlyMap(m_folder / "lib"));
+    std::filesystem::remove_all(m_folder / "lib\\m\\0");
+    EXPECT_TRUE(HasTile("T", "0", "lib\\m\\0\\1\\0.png"));
+    std::filesystem::rename(m_folder / "lib\\m\\0\\1", m_folder / "lib\\m\\0\\0");
+    EXPECT_EQ("T 1+1 1x1 of 256: 0 -90 180 180", OnlyMap(m_folder / "lib"));
+    EXPECT_TRUE(HasTile("T", "0", "lib\\m\\1\\1\\0.png"));
 
     m_folder.WriteFile(xml, Resource("raster", R"(minx="0" miny="-1000" maxx="2000" maxy="0")",
                                      TileSet(1, "4") + TileSet(2, "2")));
@@ -116,7 +127,7 @@ TEST_F(UndescribedMaps, AreLeftOutWithTheReason) {
         {Resource("polar", box, TileSet(1)), "TileSets.profile: is not"},
         {Resource("mercator", box, TileSet(1), "..\\x"), "TileFormat.extension: is not"},
         {Resource("mercator", R"(minx="0" miny="9" maxx="9" maxy="9")", TileSet(1)), "is empty"},
-        {Resource("mercator", R"(minx="nan" miny="0" maxx="9" maxy="9")", TileSet(1)),
+        {Resource("raster", R"(minx="+-1" miny="0" maxx="9" maxy="9")", TileSet(1)),
          "BoundingBox.minx: is not a number"},
         {Resource("geodetic", R"(minx="400" miny="0" maxx="500" maxy="9")", TileSet(1)), "no tile"},
         {Resource("mercator", box, TileSet(0) + TileSet(31) + TileSet(-1)), "no level"},
@@ -129,6 +140,16 @@ TEST_F(UndescribedMaps, AreLeftOutWithTheReason) {
         EXPECT_EQ("", OnlyMap(m_folder / "lib")) << reason;
         EXPECT_EQ(before + 1, m_log.Count(reason)) << reason << m_log.Text();
     }
+}
+
+TEST_F(UndescribedMaps, DoWithoutValuesThatAreWrong) {
+    std::string file = Resource("mercator", R"(minx="1" miny="no" maxx="9" maxy="9")", TileSet(1));
+    file.replace(file.find("width=\"256\""), 11, "width=\"256px\"");
+    m_folder.WriteFile("lib\\m\\tilemapresource.xml", file);
+    EXPECT_EQ("T 1+1 2x2 of 256: -180 -180 360 360", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ(1, m_log.Count("BoundingBox.miny: is not a number")) << m_log.Text();
+    EXPECT_EQ(1, m_log.Count("TileFormat.width: is not a number")) << m_log.Text();
+    EXPECT_EQ(2U, m_log.Lines().size()) << m_log.Text();
 }
 
 TEST_F(UndescribedMaps, AreFoldersOfNumberedTiles) {
