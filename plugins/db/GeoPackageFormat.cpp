@@ -61,15 +61,22 @@ MapExtent ExtentAt(const CSqliteStatement& row, int column) {
 
 std::vector<Table> ReadTables(CSqliteConnection& database, std::string& reason) {
     std::vector<Table> tables;
+    std::size_t bytes = 0;
     CSqliteStatement rows = database.Prepare(kTablesQuery);
     while (rows.Next()) {
         Table& table = tables.emplace_back();
-        table.name = rows.Text(0);
-        table.identifier = rows.Text(1);
-        table.description = rows.Text(2);
+        table.name = rows.ShortText(0);
+        table.identifier = rows.ShortText(1);
+        table.description = rows.ShortText(2);
+        bytes += table.name.size() + table.identifier.size() + table.description.size();
+        if (bytes > kMostDescription) {
+            reason = kTooMuchDescription;
+            return {};
+        }
         table.matrixSet = ExtentAt(rows, 3);
         table.contents = ExtentAt(rows, 7);
-        table.organization = rows.Text(11);
+        table.organization = rows.ShortText(11);
+        bytes += table.organization.size();
         table.system = rows.Whole(12);
     }
     if (tables.empty()) {
@@ -94,6 +101,9 @@ std::string BreakAt(const Matrix& above, const Matrix& below) {
     }
     if (below.tileWidth != above.tileWidth || below.tileHeight != above.tileHeight) {
         return "tiles of another size";
+    }
+    if (below.columns > 2 * above.columns || below.rows > 2 * above.rows) {
+        return "more tiles than that above can be divided into";
     }
     if (!Halves(above.pixelWidth, below.pixelWidth, below.columns * below.tileWidth) ||
         !Halves(above.pixelHeight, below.pixelHeight, below.rows * below.tileHeight)) {
@@ -280,10 +290,9 @@ std::optional<SqliteMaps> ReadGeoPackage(CSqliteConnection& database, std::strin
         return std::nullopt;
     }
     result.descriptionQueries = {
-        "SELECT name, sql FROM sqlite_schema",
-        "SELECT table_name, min_x || ' ' || max_y || ' ' || srs_id FROM gpkg_tile_matrix_set",
-        "SELECT table_name, zoom_level || ' ' || matrix_width || ' ' || pixel_x_size FROM "
-        "gpkg_tile_matrix"};
+        "SELECT name, sql FROM sqlite_schema", kTablesQuery,
+        "SELECT table_name, zoom_level, matrix_width, matrix_height, tile_width, tile_height, "
+        "pixel_x_size, pixel_y_size FROM gpkg_tile_matrix"};
     return result;
 }
 

@@ -13,6 +13,8 @@ namespace {
 constexpr char kMetadataQuery[] =
     "SELECT name, value FROM metadata WHERE name IN ('name', 'format', 'bounds', 'minzoom', "
     "'maxzoom', 'attribution', 'description') LIMIT 100";
+/// The first one in the index, or the one that was written first.
+constexpr char kSomeTileQuery[] = "SELECT zoom_level, tile_column, tile_row FROM tiles LIMIT 1";
 constexpr int kUsualTile = 256;                // pixels
 constexpr std::uint64_t kTimeForZooms = 1000;  // milliseconds
 constexpr std::uint64_t kTimeForRest = 2000;
@@ -29,7 +31,7 @@ Metadata ReadMetadata(CSqliteConnection& database) {
     Metadata metadata;
     CSqliteStatement rows = database.Prepare(kMetadataQuery);
     while (rows.Next()) {
-        metadata.emplace(rows.Text(0), rows.Text(1));
+        metadata.emplace(rows.ShortText(0), rows.ShortText(1));
     }
     return metadata;
 }
@@ -74,10 +76,14 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     // Writers state levels that have no tiles, so both count. Without an index the tiles are no
     // help.
     database.AllowTime(kTimeForZooms);
-    std::optional<int> lowest =
-        Inner<std::greater<>>(ZoomOf(ValueOf(metadata, "minzoom")), tiles.LowestZoom());
-    std::optional<int> highest =
-        Inner<std::less<>>(ZoomOf(ValueOf(metadata, "maxzoom")), tiles.HighestZoom());
+    const std::optional<int> lowestFound = tiles.LowestZoom();
+    const std::optional<int> highestFound = tiles.HighestZoom();
+    auto lowest = Inner<std::greater<>>(ZoomOf(ValueOf(metadata, "minzoom")), lowestFound);
+    auto highest = Inner<std::less<>>(ZoomOf(ValueOf(metadata, "maxzoom")), highestFound);
+    if (lowest && highest && *lowest > *highest && lowestFound && highestFound) {
+        lowest = lowestFound;  // what is stated is not true of these tiles
+        highest = highestFound;
+    }
     if (!lowest || !highest) {
         reason = "it has no tiles (" + database.LastError() + ")";
         return std::nullopt;
@@ -101,8 +107,13 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     }
     map.tileWidth = header.width > 0 ? header.width : kUsualTile;
     map.tileHeight = header.height > 0 ? header.height : kUsualTile;
+    result.descriptionQueries = {"SELECT name, sql FROM sqlite_schema"};
     std::optional<TileRange> range = RangeOfBounds(ValueOf(metadata, "bounds"), firstZoom);
     if (!range) {
+        // The tiles make the map. In a view the look may take too long.
+        if (database.Prepare(kSomeTileQuery).Next()) {
+            result.descriptionQueries.emplace_back(kSomeTileQuery);
+        }
         const std::int64_t last = MercatorWorldTiles(firstZoom).lastRow;
         range = tiles.UsedTiles(firstZoom, last + 1, last + 1);
         const std::int64_t bottom = range->firstRow;
@@ -115,7 +126,6 @@ std::optional<SqliteMaps> ReadMbtiles(CSqliteConnection& database, std::string& 
     map.description = TextOfHtml(ValueOf(metadata, "description"));
     map.attribution = TextOfHtml(ValueOf(metadata, "attribution"));
     result.maps.push_back(std::move(map));
-    result.descriptionQueries = {"SELECT name, sql FROM sqlite_schema"};
     if (database.Prepare(kMetadataQuery).IsValid()) {
         result.descriptionQueries.emplace_back(kMetadataQuery);
     }

@@ -38,6 +38,9 @@ public:
     /// Valid until the next call of Next or Rewind.
     std::string_view Text(int column) const;
     std::span<const std::uint8_t> Bytes(int column) const;
+    /// A text that describes: what is beyond its first MiB is cut off.
+    std::string_view ShortText(int column) const { return Text(column).substr(0, 1024 * 1024); }
+    int Columns() const;
 
 private:
     struct Finalize {
@@ -48,7 +51,8 @@ private:
 };
 
 /// A connection to a database that is only read. Its content is trusted in nothing: a query
-/// ends after a time, and no value is longer than the largest tile.
+/// ends after a time, no value is longer than the largest tile, and queries, those of the file's
+/// views among them, call no functions but a few that are quick.
 ///
 /// Threads: one at a time.
 class CSqliteConnection {

@@ -16,19 +16,25 @@ CString Shown(const std::wstring& path) {
     return NarrowFromUtf8(Utf8FromWide(path), kLongestNote);
 }
 
-/// All values of all rows, each behind its length. Nothing when a query fails.
+/// All values of all rows, each behind its length. Nothing, with the reason, when a query fails or
+/// it is too much.
 std::optional<std::string> AnswersOf(CSqliteConnection& connection,
-                                     const std::vector<std::string>& queries) {
+                                     const std::vector<std::string>& queries, std::string& reason) {
     std::string answers;
     for (const std::string& query : queries) {
         CSqliteStatement rows = connection.Prepare(query);
         while (rows.Next()) {
-            for (const int column : {0, 1}) {
+            for (int column = 0; column < rows.Columns(); ++column) {
                 const std::string_view value = rows.Text(column);
                 answers.append(std::to_string(value.size())).append(" ").append(value);
+                if (answers.size() > kMostDescription) {
+                    reason = kTooMuchDescription;
+                    return std::nullopt;
+                }
             }
         }
         if (rows.HasFailed()) {
+            reason = connection.LastError();
             return std::nullopt;
         }
     }
@@ -71,9 +77,9 @@ bool CSqliteArchive::Describe(CSqliteConnection& connection, std::string& reason
         LogLine("'%s': %s", Shown(m_file->Path()).GetString(),
                 NarrowFromUtf8(note, kLongestNote).GetString());
     }
-    std::optional<std::string> description = AnswersOf(connection, maps->descriptionQueries);
+    std::optional<std::string> description =
+        AnswersOf(connection, maps->descriptionQueries, reason);
     if (!description) {
-        reason = connection.LastError();
         return false;
     }
     m_maps = std::move(*maps);
@@ -99,7 +105,7 @@ std::unique_ptr<CSqliteArchive::Session> CSqliteArchive::MakeSession() {
     session->connection->AllowTime(kTimeForTile);
     const CSqliteReading reading(*session->connection);
     const std::optional<std::string> description =
-        AnswersOf(*session->connection, m_maps.descriptionQueries);
+        AnswersOf(*session->connection, m_maps.descriptionQueries, ignored);
     if (!description) {
         return nullptr;
     }

@@ -11,6 +11,10 @@
 
 namespace Terrascope::Plugins {
 
+/// The most bytes of descriptions that are kept of a database.
+inline constexpr std::size_t kMostDescription = std::size_t{4} * 1024 * 1024;
+inline constexpr char kTooMuchDescription[] = "its descriptions have more than 4 MiB";
+
 /// What the reader of a format finds out about a database.
 struct SqliteMaps {
     std::vector<ArchiveMap> maps;

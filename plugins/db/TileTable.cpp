@@ -71,7 +71,9 @@ TileRange CTileTable::UsedTiles(int zoom, std::int64_t columns, std::int64_t row
     CSqliteStatement last = Prepare(kLastColumn.select, kLastColumn.rest);
     const auto firstColumn = First(next.Bind(1, std::int64_t{zoom}).Bind(2, std::int64_t{-1}));
     const auto lastColumn = First(last.Bind(1, std::int64_t{zoom}));
-    if (!firstColumn || !lastColumn || *firstColumn >= columns) {
+    // A column may hold texts, which are in order behind all numbers whatever their value.
+    if (!firstColumn || !lastColumn || *firstColumn < 0 || *firstColumn >= columns ||
+        *lastColumn < *firstColumn) {
         return range;
     }
     range.firstColumn = *firstColumn;
@@ -90,6 +92,9 @@ TileRange CTileTable::UsedTiles(int zoom, std::int64_t columns, std::int64_t row
         lastRow = std::max(
             lastRow, First(highest.Bind(1, std::int64_t{zoom}).Bind(2, *column)).value_or(rows));
         column = First(next.Bind(1, std::int64_t{zoom}).Bind(2, *column));
+    }
+    if (next.HasFailed()) {
+        return range;  // the columns that were not reached have rows too
     }
     firstRow = std::max<std::int64_t>(firstRow, 0);
     lastRow = std::min(lastRow, rows - 1);

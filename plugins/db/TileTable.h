@@ -28,7 +28,7 @@ public:
 
     /// The area of a zoom level's tiles in a matrix of so many columns and rows; the whole matrix
     /// when there is no tile in it. The index finds rows by their column: where there are more
-    /// columns than are worth the look, all rows are taken.
+    /// columns than are worth the look, or than there is time for, all rows are taken.
     TileRange UsedTiles(int zoom, std::int64_t columns, std::int64_t rows);
 
     /// The header of one of a zoom level's tiles: of the first four, the first one with a size.

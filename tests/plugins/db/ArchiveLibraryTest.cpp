@@ -252,10 +252,20 @@ TEST_F(ArchiveLibrary, ReadsNoDatabaseWithoutEnd) {
     Execute("n.mbtiles",
             "CREATE VIEW tiles AS SELECT 1 AS zoom_level, 0 AS tile_column, 1 AS tile_row, "
             "zeroblob(900000000) AS tile_data;");
+    // One step of SQLite's machine.
+    const std::string slow = "hex(zeroblob(60000)) LIKE '%" + std::string(3000, '0') + "1'";
+    Execute("o.mbtiles",
+            "CREATE VIEW tiles AS SELECT 1 AS zoom_level, 0 AS tile_column, 1 AS tile_row, " +
+                slow + " AS tile_data;");
+    Execute("p.mbtiles", "CREATE TABLE tiles (zoom_level, tile_column, tile_row, tile_data AS (" +
+                             slow + ")); INSERT INTO tiles VALUES (1, 0, 1);");
     const ULONGLONG start = ::GetTickCount64();
     Open();
     EXPECT_EQ("none", Tile("m", "0"));
     EXPECT_EQ("none", Tile("n", "0"));
+    EXPECT_EQ("none", Tile("o", "0"));
+    EXPECT_EQ("none", Tile("p", "0"));
+    EXPECT_EQ(1, m_log.Count("not authorized")) << m_log.Text();
     EXPECT_LE(::GetTickCount64() - start, 15000U);
 }
 

@@ -130,6 +130,7 @@ TEST_F(GeoPackage, AMapEndsWhereItsMatricesDoNotHalve) {
         {{{1, 2, 2, 4}, {2, 4, 4, 1.9999}}, "1-2 2x2..4x4", nullptr},
         {{{1, 2, 2, 4}, {3, 4, 4, 1}}, "1-1 2x2..2x2", "no zoom level 2"},
         {{{1, 2, 2, 4}, {2, 2, 2, 2, 512}}, "1-1 2x2..2x2", "tiles of another size"},
+        {{{0, 1, 1, 8}, {1, 5, 2, 4}}, "1-1 1x1..1x1", "more tiles than"},
         {{{1, 2, 2, 4}, {2, 4, 4, -2}}, "1-1 2x2..2x2", "an unusable matrix"},
         {{{1, 2, 2, 1e7}}, nullptr, "its extent is larger than a map can have"},
         {{{1, 2, 2, 0}}, nullptr, "an unusable matrix"},
@@ -150,6 +151,28 @@ TEST_F(GeoPackage, AMapEndsWhereItsMatricesDoNotHalve) {
             EXPECT_THAT(m_log.Lines().back(), testing::HasSubstr(one.reason));
         }
     }
+}
+
+TEST_F(GeoPackage, IsAnotherFileWithOtherContents) {
+    for (const char* change : {"min_x = 0", "identifier = 'x'", "description = NULL"}) {
+        m_provider.reset();
+        std::filesystem::remove(m_folder / "g.gpkg");
+        Execute("g.gpkg",
+                kTables + TableSql("t", 2, "0, 0, 2048, 2048", "1, 0, 2048, 2048", {{1, 2, 2, 4}}));
+        Open();
+        EXPECT_EQ("1/1/0", Tile("t", "1"));
+        Execute("g.gpkg", std::string("UPDATE gpkg_contents SET ") + change);
+        EXPECT_EQ("none", Tile("t", "1")) << change;
+    }
+    Execute("g.gpkg",
+            "UPDATE gpkg_contents SET description = printf('%.*c', 1500000, 'x');"
+            "INSERT INTO gpkg_spatial_ref_sys VALUES ('', 2, 'a', 2, '', '')");
+    Open();
+    EXPECT_EQ("1/1/0", Tile("t", "1"));
+    Execute("g.gpkg", "UPDATE gpkg_contents SET description = printf('%.*c', 5000000, 'x')");
+    Open();
+    EXPECT_TRUE(MapNames().empty());
+    EXPECT_EQ(1, m_log.Count("more than 4 MiB")) << m_log.Text();
 }
 
 }  // namespace

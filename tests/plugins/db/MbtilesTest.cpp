@@ -42,6 +42,12 @@ TEST_F(Mbtiles, IsDescribedByItsMetadataOrElseByItsTiles) {
         {region + Metadata("minzoom", "3") + Metadata("maxzoom", "40") +
              Metadata("bounds", "1,2,3"),
          "a.b  3-4 2x2..4x4 (-90 -90 90 90) 256x256"},
+        {region + Metadata("minzoom", "22"), "a.b  2-4 1x1..4x4 (-90 -90 90 90) 256x256"},
+        {MbtilesSql(1, 1, 0, 0,
+                    "DROP TABLE tiles; CREATE TABLE tiles (zoom_level, tile_column, "
+                    "tile_row, tile_data); INSERT INTO tiles VALUES (2, 3, 1, 'a'), "
+                    "(2, '1', 1, 'a'), (2, '-4', 1, 'a');"),
+         "a.b  2-2 4x4..4x4 (-180 -180 360 360) 256x256"},
         {region + Metadata("minzoom", "0") + Metadata("maxzoom", "9"),
          "a.b  2-4 1x1..4x4 (-90 -90 90 90) 256x256"},
         {region + Metadata("minzoom", "x") + Metadata("maxzoom", "-3") +
