@@ -38,11 +38,17 @@ bool CDBTileMapInfoProvider::Reopen() {
     m_library.swap(library);
     // The former archives are closed behind the lock.
     lock.Unlock();
+    m_remoteTiles.Forget();
     return true;
 }
 
-bool CDBTileMapInfoProvider::UpdateMapLib(bool) {
-    return WithoutThrowing<bool>(kName, [this] { return Reopen(); });
+bool CDBTileMapInfoProvider::UpdateMapLib(bool flag) {
+    const bool isRead = WithoutThrowing<bool>(kName, [this] { return Reopen(); });
+    WithoutThrowing<bool>(kName, [&] {
+        return m_pRemoteProvider != nullptr && m_pRemoteProvider->UpdateMapLib(flag);
+    });
+    m_remoteTiles.Forget();
+    return isRead;
 }
 
 void CDBTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -117,9 +123,7 @@ std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTile(const LibraryMap& map
         static_cast<void>(image.release());
         return one;
     }
-    return m_pRemoteProvider != nullptr
-               ? m_pRemoteProvider->LoadTiles(map.info.strName, layerNumber, {key})
-               : std::list<tagTILE_IMAGE*>();
+    return m_remoteTiles.Load(m_pRemoteProvider, map.info, map.Layer(layerNumber), key);
 }
 
 std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTiles(const CString& mapName, int layerNumber,

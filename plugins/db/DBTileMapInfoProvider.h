@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "plugins/common/RemoteTiles.h"
 #include "plugins/db/ArchiveLibrary.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -14,7 +15,9 @@ namespace Terrascope::Plugins {
 /// Serves maps whose tiles are in archives: MBTiles, GeoPackage, PMTiles. The data path is one of
 /// them or a folder of them. docs/maps.md has what is read of each.
 ///
-/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
+/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing
+/// where
+///          it has the same map.
 /// Threads: every operation may run beside every other, and no reading of tiles waits for another.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
 ///          maintainer of the maps looks for it.
@@ -24,8 +27,9 @@ public:
 
     ~CDBTileMapInfoProvider() override;
 
-    /// Opens the archives anew; the flag makes no difference. False, and the maps stay, when the
-    /// data path is neither a file nor a folder.
+    /// Opens the archives anew; the flag makes no difference here, and goes on to the remote
+    /// provider, which updates its maps too. False, and the maps stay, when the data path is
+    /// neither a file nor a folder.
     bool UpdateMapLib(bool flag) override;
     void SetDataPath(const CString& path) override;
     std::list<tagTILE_MAP_INFO*> GetMapList() override;
@@ -40,6 +44,7 @@ private:
     bool Reopen();
     std::list<tagTILE_IMAGE*> LoadTile(const LibraryMap& map, int layerNumber, const CString& key);
 
+    CRemoteTiles m_remoteTiles;
     CCriticalSection m_lock;
     CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
     std::shared_ptr<const CArchiveLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =

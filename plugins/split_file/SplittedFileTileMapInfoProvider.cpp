@@ -77,11 +77,17 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
     }
     CSingleLock lock(&m_lock, TRUE);
     m_library = std::move(library);
+    lock.Unlock();
+    m_remoteTiles.Forget();
     return true;
 }
 
-bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool) {
-    return WithoutThrowing<bool>([this] { return Rescan(); });
+bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool flag) {
+    const bool isRead = WithoutThrowing<bool>([this] { return Rescan(); });
+    WithoutThrowing<bool>(
+        [&] { return m_pRemoteProvider != nullptr && m_pRemoteProvider->UpdateMapLib(flag); });
+    m_remoteTiles.Forget();
+    return isRead;
 }
 
 void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -168,9 +174,7 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
         static_cast<void>(tile.release());
         return one;
     }
-    return m_pRemoteProvider != nullptr
-               ? m_pRemoteProvider->LoadTiles(map.info.strName, layer.nLayerNumber, {key})
-               : std::list<tagTILE_IMAGE*>();
+    return m_remoteTiles.Load(m_pRemoteProvider, map.info, layer, key);
 }
 
 std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(

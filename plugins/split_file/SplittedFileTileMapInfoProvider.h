@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "plugins/common/RemoteTiles.h"
 #include "plugins/split_file/MapLibrary.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -16,7 +17,8 @@ namespace Terrascope::Plugins {
 /// the data path itself if it is one of the latter two. See the README for the formats.
 ///
 /// Owns:    the remote provider that was attached to it, whose maps follow its own, and which it
-///          asks for tiles that are missing in these. Of two maps of one name the own one counts.
+///          asks for tiles that are missing in these where it has the same map. Of two maps of one
+///          name the own one counts.
 /// Threads: every operation may run beside every other. No file is read under the lock.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
 ///          maintainer of the maps looks for it.
@@ -27,7 +29,8 @@ public:
     ~CSplittedFileTileMapInfoProvider() override;
 
     /// Reads what has changed in the library since it was last read in this process; the flag makes
-    /// no difference. False, and the maps stay, when the folder cannot be read.
+    /// no difference here, and goes on to the remote provider, which updates its maps too. False,
+    /// and the maps stay, when the folder cannot be read.
     bool UpdateMapLib(bool flag) override;
     void SetDataPath(const CString& path) override;
     std::list<tagTILE_MAP_INFO*> GetMapList() override;
@@ -43,6 +46,7 @@ private:
     std::list<tagTILE_IMAGE*> LoadTile(const MapDescription& map,
                                        const tagTILE_MAP_LAYER_INFO& layer, const CString& key);
 
+    CRemoteTiles m_remoteTiles;
     CCriticalSection m_lock;
     CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
     std::shared_ptr<const MapLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =

@@ -214,6 +214,11 @@ TEST_F(SplitFile, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
     EXPECT_EQ("remote", Tile("m", "1"));
     EXPECT_EQ("none", Tile("m", "2")) << "outside the map";
     EXPECT_EQ("localremote", Tiles("m", 2, {"01", "10", "00"})) << "one that fails costs no other";
+
+    m_folder.WriteFile("far\\M\\map.ini", World("LONGITUDE_START", "-90"));
+    EXPECT_EQ("remote", Tile("m", "1")) << "until it is updated";
+    EXPECT_TRUE(m_provider->UpdateMapLib(true));
+    EXPECT_EQ("none", Tile("m", "1")) << "the remote map lies elsewhere";
     m_provider.reset();
     EXPECT_TRUE(deleted);
 }

@@ -282,15 +282,21 @@ TEST_F(ArchiveLibrary, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
         }
         bool& deleted;
     };
+    m_folder.MakeFolder("far");
     Execute("m.mbtiles",
             MbtilesSql(1, 1, 0, 1, "DELETE FROM tiles WHERE tile_column = 1 AND tile_row = 1"));
+    Execute("far\\m.mbtiles", MbtilesSql(1, 1, 0, 1));
     Open();
     bool deleted = false;
     m_provider->m_pRemoteProvider = new Remote(deleted);
+    m_provider->m_pRemoteProvider->SetDataPath((m_folder / "far").c_str());
     EXPECT_EQ("1/0/1", Tile("m", "0"));
     EXPECT_EQ("remote", Tile("m", "1"));
     EXPECT_EQ("none", Tile("m", "11")) << "outside the map";
     EXPECT_EQ("none", Tile("n", "1")) << "no map";
+    Execute("far\\m.mbtiles", Metadata("bounds", "-180,0,180,85"));
+    EXPECT_TRUE(m_provider->UpdateMapLib(true));
+    EXPECT_EQ("none", Tile("m", "1")) << "the remote map is half of it";
     m_provider.reset();
     EXPECT_TRUE(deleted);
 }

@@ -67,6 +67,19 @@ TEST_F(Mbtiles, IsDescribedByItsMetadataOrElseByItsTiles) {
     }
 }
 
+TEST_F(Mbtiles, IsAnotherFileWithOtherTilesWhereTheseMakeTheMap) {
+    for (const bool hasBounds : {false, true}) {
+        m_provider.reset();
+        std::filesystem::remove(m_folder / "m.mbtiles");
+        Execute("m.mbtiles",
+                MbtilesSql(1, 1, 0, 1, hasBounds ? Metadata("bounds", "-180,-85,180,85") : ""));
+        Open();
+        EXPECT_EQ("1/1/0", Tile("m", "3"));
+        Execute("m.mbtiles", "DELETE FROM tiles WHERE tile_column = 0");
+        EXPECT_EQ(hasBounds ? "1/1/0" : "none", Tile("m", "3"));
+    }
+}
+
 TEST_F(Mbtiles, DeliversTheTileUnderTheKey) {
     const std::string region = MbtilesSql(
         3, 5, 5, 6, "UPDATE tiles SET tile_data = X'' WHERE zoom_level = 5 AND tile_column = 21;");
