@@ -39,7 +39,9 @@ public:
     std::string_view Text(int column) const;
     std::span<const std::uint8_t> Bytes(int column) const;
     /// A text that describes: what is beyond its first MiB is cut off.
-    std::string_view ShortText(int column) const { return Text(column).substr(0, 1024 * 1024); }
+    std::string_view ShortText(int column) const {
+        return Text(column).substr(0, std::size_t{1024} * 1024);
+    }
     int Columns() const;
 
 private:
