@@ -9,8 +9,7 @@
 
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "tests/fixtures/LibraryFolder.h"
-#include "tests/fixtures/LogCapture.h"
-#include "tests/fixtures/TemporaryFolder.h"
+#include "tests/fixtures/ProviderFixture.h"
 
 namespace {
 
@@ -29,46 +28,16 @@ std::string World(const std::string& key, const std::string& value) {
     return std::string(kWorld) + "[MAP]\n" + key + "=" + value + "\n";
 }
 
-class SplitFile : public testing::Test {
+class SplitFile : public TerrascopeTest::ProviderFixture<CSplittedFileTileMapInfoProvider> {
 protected:
     void Open() { m_provider->SetDataPath(m_folder.Path().c_str()); }
-    /// By a provider of its own, as each display and dialog has.
     std::vector<std::string> OpenAnew() {
-        m_provider = std::make_unique<CSplittedFileTileMapInfoProvider>();
-        Open();
+        ProviderFixture::Open(m_folder.Path());
         return MapNames();
     }
     void SetTime(const char* file, std::filesystem::file_time_type time) {
         std::filesystem::last_write_time(m_folder / file, time);
     }
-
-    std::vector<std::string> MapNames() {
-        std::vector<std::string> names;
-        for (tagTILE_MAP_INFO* record : m_provider->GetMapList()) {
-            names.emplace_back(record->strName.GetString());
-            delete record;
-        }
-        return names;
-    }
-    /// The bytes of the tiles that come; "none" when none does.
-    std::string Tiles(const char* map, int layer, const std::list<CString>& keys) {
-        std::string bytes;
-        for (tagTILE_IMAGE* tile : m_provider->LoadTiles(map, layer, keys)) {
-            const auto length = static_cast<std::size_t>(tile->stream.GetLength());
-            bytes.append(reinterpret_cast<const char*>(tile->stream.GetBuffer()), length);
-            EXPECT_NE(keys.end(), std::find(keys.begin(), keys.end(), tile->strKey));
-            delete tile;
-        }
-        return bytes.empty() ? "none" : bytes;
-    }
-    std::string Tile(const char* map, const char* key) {
-        return Tiles(map, static_cast<int>(strlen(key)), {key});
-    }
-
-    TerrascopeTest::TemporaryFolder m_folder;
-    TerrascopeTest::LogCapture m_log;
-    std::unique_ptr<CSplittedFileTileMapInfoProvider> m_provider{
-        new CSplittedFileTileMapInfoProvider};
 };
 
 TEST_F(SplitFile, ServesAPyramidOfTwoSquares) {
@@ -87,10 +56,7 @@ TEST_F(SplitFile, ServesAPyramidOfTwoSquares) {
     for (const char* key : {"0", "2", "00", "01", "02", "04", "0a", "0 ", ".."}) {
         EXPECT_EQ("none", Tile("Relief", key)) << key;
     }
-    const std::unique_ptr<tagTILE_MAP_LAYER_INFO> layer(m_provider->GetLayerInfo("relief", 4));
-    ASSERT_NE(nullptr, layer);
-    EXPECT_EQ(16, layer->nTileCountX);
-    EXPECT_EQ(nullptr, m_provider->GetLayerInfo("relief", 5));
+    EXPECT_EQ("Relief jpg 1-4 2x1..16x8 (-180 -90 360 180) 675x675", MapText("relief"));
     EXPECT_EQ("none", Tiles("Relief", 1, {"00", "", "%s"})) << "keys of no tile of layer 1";
     EXPECT_THAT(m_log.Lines(), IsEmpty()) << m_log.Text();
 }
@@ -180,21 +146,6 @@ TEST_F(SplitFile, ReadsForAllProvidersWhatHasChanged) {
 }
 
 TEST_F(SplitFile, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
-    struct Remote : CSplittedFileTileMapInfoProvider {
-        explicit Remote(bool& flag) : deleted(flag) {}
-        ~Remote() override { deleted = true; }
-        std::list<tagTILE_IMAGE*> LoadTiles(const CString&, int,
-                                            const std::list<CString>& keys) override {
-            if (keys.front() == "10") {
-                throw 42;
-            }
-            auto* tile = new tagTILE_IMAGE;
-            tile->strKey = keys.front();
-            tile->stream.Write("remote", 6);
-            return {tile};
-        }
-        bool& deleted;
-    };
     m_folder.WriteFile("m\\map.ini", World("TILE_PATH", "{key}.jpg"));
     m_folder.WriteFile("m\\01.jpg", "local");
     m_folder.WriteFile("far\\far\\map.ini", kWorld);
@@ -205,10 +156,8 @@ TEST_F(SplitFile, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
     m_provider->m_pRemoteProvider = remote;
     Open();
     EXPECT_THAT(MapNames(), ElementsAre("m", "far"));
-    delete m_provider->GetMapInfo("FAR");
-    EXPECT_NE(nullptr, std::unique_ptr<tagTILE_MAP_LAYER_INFO>(m_provider->GetLayerInfo("far", 4)));
-    EXPECT_NE(nullptr, std::unique_ptr<tagTILE_MAP_LAYER_INFO>(m_provider->GetLayerInfo("m", 4)))
-        << "of two with one name the own one";
+    EXPECT_EQ("far jpg 1-4 2x1..16x8 (-180 -90 360 180) 675x675", MapText("FAR"));
+    EXPECT_EQ("16x8", LayerText("m", 4)) << "of two with one name the own one";
     EXPECT_EQ("remote", Tile("far", "1"));
 
     EXPECT_EQ("remote", Tile("m", "1"));

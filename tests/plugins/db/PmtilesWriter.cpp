@@ -24,25 +24,17 @@ std::string PmtilesVarint(std::uint64_t value) {
 }
 
 std::string PmtilesDirectoryBytes(const std::vector<PmtilesLine>& lines) {
-    std::string bytes = PmtilesVarint(lines.size());
-    std::uint64_t last = 0;
+    std::string numbers, runs, lengths, offsets;
+    PmtilesLine last{0, ~std::uint64_t{0}, 0, 0};
     for (const PmtilesLine& line : lines) {
-        bytes += PmtilesVarint(line.number - last);
-        last = line.number;
+        numbers += PmtilesVarint(line.number - last.number);
+        runs += PmtilesVarint(line.run);
+        lengths += PmtilesVarint(line.length);
+        const bool follows = last.offset + last.length == line.offset;
+        offsets += PmtilesVarint(follows ? 0 : line.offset + 1);
+        last = line;
     }
-    for (const PmtilesLine& line : lines) {
-        bytes += PmtilesVarint(line.run);
-    }
-    for (const PmtilesLine& line : lines) {
-        bytes += PmtilesVarint(line.length);
-    }
-    const PmtilesLine* before = nullptr;
-    for (const PmtilesLine& line : lines) {
-        const bool follows = before != nullptr && before->offset + before->length == line.offset;
-        bytes += PmtilesVarint(follows ? 0 : line.offset + 1);
-        before = &line;
-    }
-    return bytes;
+    return PmtilesVarint(lines.size()) + numbers + runs + lengths + offsets;
 }
 
 std::string Gzipped(const std::string& content) {

@@ -8,8 +8,7 @@
 #include "plugins/web/WebSettings.h"
 #include "plugins/web/WebTileMapInfoProvider.h"
 #include "tests/fixtures/Await.h"
-#include "tests/fixtures/LogCapture.h"
-#include "tests/fixtures/TemporaryFolder.h"
+#include "tests/fixtures/ProviderFixture.h"
 #include "tests/plugins/db/PmtilesWriter.h"
 #include "tests/plugins/web/FaultServer.h"
 
@@ -61,44 +60,35 @@ std::string Image(const std::string& mark) {
     return "\x89PNG\r\n\x1A\n" + mark;
 }
 
-class WebMaps : public testing::Test {
+class WebMaps : public TerrascopeTest::ProviderFixture<CWebTileMapInfoProvider> {
 protected:
+    ~WebMaps() override { m_provider.reset(); }  // before its server
+
     std::vector<std::string> Open(const std::string& dataPath) {
-        m_provider = std::make_unique<CWebTileMapInfoProvider>();
-        m_provider->SetDataPath(dataPath.c_str());
+        ProviderFixture::Open(dataPath);
         return MapNames();
     }
     std::vector<std::string> OpenPath(const std::string& path) {
         return Open(m_server.Address(path));
     }
-    std::vector<std::string> MapNames() {
-        std::vector<std::string> names;
-        for (tagTILE_MAP_INFO* record : m_provider->GetMapList()) {
-            names.emplace_back(record->strName.GetString());
-            delete record;
-        }
-        return names;
-    }
-    tagTILE_MAP_INFO Info(const std::string& map) {
-        const std::unique_ptr<tagTILE_MAP_INFO> info(m_provider->GetMapInfo(map.c_str()));
-        return info != nullptr ? *info : tagTILE_MAP_INFO();
-    }
     /// What the tile's image was marked with; "none" when none comes.
     std::string Tile(const std::string& map, const std::string& key) {
-        std::string bytes;
-        for (tagTILE_IMAGE* tile : m_provider->LoadTiles(map.c_str(), static_cast<int>(key.size()),
-                                                         {CString(key.c_str())})) {
-            EXPECT_EQ(CString(key.c_str()), tile->strKey);
-            const auto span = tile->stream.Bytes();
-            bytes.assign(span.begin(), span.end());
-            delete tile;
-        }
+        const std::string bytes = ProviderFixture::Tile(map, key);
         return bytes.size() > 8 ? bytes.substr(8) : "none";
+    }
+    /// Each document is no map, for the reason that the log has.
+    template <class TDocuments>
+    void ExpectNoMaps(const TDocuments& documents) {
+        for (const auto& [document, reason] : documents) {
+            const std::string path = "/" + std::to_string(m_log.Lines().size());
+            m_server.On(path + "?key=secret", Reply{200, document});
+            EXPECT_THAT(OpenPath(path + "?key=secret"), IsEmpty()) << document;
+            EXPECT_EQ(1, m_log.Count(path + "': ")) << m_log.Text();
+            EXPECT_THAT(m_log.Lines().back(), HasSubstr(reason)) << document;
+        }
     }
 
     FaultServer m_server;
-    TerrascopeTest::LogCapture m_log;
-    std::unique_ptr<CWebTileMapInfoProvider> m_provider;
 };
 
 TEST_F(WebMaps, ATemplateIsAMapWithoutAskingTheServer) {
@@ -107,22 +97,14 @@ TEST_F(WebMaps, ATemplateIsAMapWithoutAskingTheServer) {
                          "&bounds=0,0,180,85.06&tilesize=512&attribution=%26copy%3B%20us&odd=1"),
                 ElementsAre("Our map"));
     EXPECT_EQ(0, m_server.Requests());
-    const tagTILE_MAP_INFO info = Info("our MAP");
-    EXPECT_EQ(2, info.nFirstLayer);
-    EXPECT_EQ(4, info.nLayerCount);
-    EXPECT_EQ(512, info.nTileWidth);
-    EXPECT_EQ(CString("png"), info.strTileFormat);
-    EXPECT_DOUBLE_EQ(0, info.dLatitudeStart);
-    EXPECT_DOUBLE_EQ(180, info.dLatitude);
-    EXPECT_DOUBLE_EQ(0, info.dLongitudeStart);
-    EXPECT_THAT(info.strRemark.GetString(), HasSubstr("Web Mercator"));
-    EXPECT_EQ('s', info.strRemark[info.strRemark.GetLength() - 1]) << info.strRemark.GetString();
+    EXPECT_EQ("Our map png 2-5 2x2..16x16 (0 0 180 180) 512x512", MapText("our MAP"));
+    EXPECT_THAT(Remark("Our map"), HasSubstr("Web Mercator"));
+    EXPECT_THAT(Remark("Our map"), testing::EndsWith("us"));
     // The map's column 2 and row 2 of layer 3: its corner is column 4, row 0 of the world.
     EXPECT_EQ("row 2 of 8", Tile("Our map", "030"));
     EXPECT_EQ("none", Tile("Our map", "000")) << "absent";
     EXPECT_EQ("none", Tile("Our map", "330")) << "beyond the map";
     EXPECT_EQ(2, m_server.Requests());
-    EXPECT_EQ(nullptr, m_provider->GetLayerInfo("Our map", 6));
     EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
 }
 
@@ -137,12 +119,10 @@ TEST_F(WebMaps, ATileJsonDocumentIsAMap) {
     m_server.On("/maps/1-0-1", Reply{200, Image("north-west")});
 
     EXPECT_THAT(OpenPath("/maps/tiles.json"), ElementsAre("Relief"));
-    const tagTILE_MAP_INFO info = Info("Relief");
-    EXPECT_EQ(1, info.nFirstLayer);
-    EXPECT_EQ(3, info.nLayerCount);
-    EXPECT_DOUBLE_EQ(360, info.dLongitude) << "bounds that wrap count as absent";
-    EXPECT_THAT(info.strRemark.GetString(), testing::StartsWith("Land and sea Web Mercator"));
-    EXPECT_THAT(info.strRemark.GetString(), testing::EndsWith(" Somebody & Co"));
+    EXPECT_EQ("Relief png 1-3 2x2..8x8 (-180 -180 360 360) 256x256", MapText("Relief"))
+        << "bounds that wrap count as absent";
+    EXPECT_THAT(Remark("Relief"), testing::StartsWith("Land and sea Web Mercator"));
+    EXPECT_THAT(Remark("Relief"), testing::EndsWith(" Somebody & Co"));
     EXPECT_EQ("south-west", Tile("relief", "2"));
     EXPECT_EQ("north-west", Tile("relief", "0"));
     const int before = m_server.Requests();
@@ -172,14 +152,7 @@ TEST_F(WebMaps, WhatIsNoMapIsNamedInTheLog) {
         {"<html>", "no well-formed XML"},
         {"", "no document"},
     };
-    for (std::size_t i = 0; i < std::size(documents); ++i) {
-        const auto& [document, reason] = documents[i];
-        const std::string path = "/" + std::to_string(i) + "?key=secret";
-        m_server.On(path, Reply{200, document});
-        EXPECT_THAT(OpenPath(path), IsEmpty()) << document;
-        EXPECT_EQ(1, m_log.Count("/" + std::to_string(i) + "': ")) << m_log.Text();
-        EXPECT_THAT(m_log.Lines().back(), HasSubstr(reason)) << document;
-    }
+    ExpectNoMaps(documents);
     m_server.On("/deep", Reply{200, std::string(1000000, '[')});
     EXPECT_THAT(OpenPath("/deep"), IsEmpty());
     EXPECT_THAT(OpenPath("/absent"), IsEmpty());
@@ -298,9 +271,8 @@ TEST_F(WebMaps, APmtilesArchiveIsReadInRanges) {
     parts.bounds[2] = parts.bounds[3] = 850'000'000;
     m_server.On("/a.PMTILES?key=secret", Reply{200, parts.Bytes(), "", Reply::Ranges});
     EXPECT_THAT(OpenPath("/a.PMTILES?key=secret#attribution=You"), ElementsAre("Packed"));
-    EXPECT_EQ(1, Info("Packed").nLayerCount);
-    EXPECT_DOUBLE_EQ(360, Info("Packed").dLatitude);
-    EXPECT_THAT(Info("Packed").strRemark.GetString(), testing::EndsWith("scale.\nYou"));
+    EXPECT_EQ("Packed png 1-1 2x2..2x2 (-180 -180 360 360) 256x256", MapText("Packed"));
+    EXPECT_THAT(Remark("Packed"), testing::EndsWith("scale.\nYou"));
     const int before = m_server.Requests();
     EXPECT_EQ("north-west", Tile("Packed", "0"));
     EXPECT_EQ("south-east", Tile("Packed", "3"));
@@ -348,13 +320,9 @@ TEST_F(WebMaps, WmtsLayersAreMaps) {
 
     EXPECT_THAT(OpenPath("/wmts.xml"), ElementsAre("a b", "rest"));
     EXPECT_EQ(1, m_log.Count("layer 'vector': its tiles have no format")) << m_log.Text();
-    const tagTILE_MAP_INFO cropped = Info("a b");
-    EXPECT_EQ(1, cropped.nFirstLayer);
-    EXPECT_EQ(2, cropped.nLayerCount) << "to the matrix that does not halve";
-    EXPECT_NEAR(180, cropped.dLongitude, 1e-6);
-    EXPECT_NEAR(0, cropped.dLatitudeStart, 1e-6);
-    EXPECT_EQ(CString("jpeg"), cropped.strTileFormat);
-    EXPECT_THAT(cropped.strRemark.GetString(), testing::EndsWith("scale.\nSurvey"));
+    EXPECT_EQ("a b jpeg 1-2 1x1..2x2 (0 0 180 180) 256x256", MapText("a b"))
+        << "to the matrix that does not halve";
+    EXPECT_THAT(Remark("a b"), testing::EndsWith("scale.\nSurvey"));
     EXPECT_EQ("by key and value", Tile("a b", "01"));
     EXPECT_EQ("by template", Tile("rest", "2"));
 }
@@ -369,12 +337,7 @@ TEST_F(WebMaps, WmtsInDegreesAndWhatIsNoneOfIts) {
     const std::string kDegrees = "urn:ogc:def:crs:EPSG::4326";
     m_server.On("/ok", Reply{200, Capabilities(kDegrees, world, layer)});
     EXPECT_THAT(OpenPath("/ok"), ElementsAre("m"));
-    const tagTILE_MAP_INFO info = Info("m");
-    EXPECT_EQ(1, info.nFirstLayer);
-    EXPECT_EQ(2, info.nLayerCount);
-    EXPECT_NEAR(-180, info.dLongitudeStart, 1e-6);
-    EXPECT_NEAR(-90, info.dLatitudeStart, 1e-6);
-    EXPECT_NEAR(180, info.dLatitude, 1e-6);
+    EXPECT_EQ("m png 1-2 2x1..4x2 (-180 -90 360 180) 256x256", MapText("m"));
 
     std::string deep;
     for (int i = 0; i < 5000; ++i) {
@@ -389,11 +352,7 @@ TEST_F(WebMaps, WmtsInDegreesAndWhatIsNoneOfIts) {
         {"<a><b></a>", "no well-formed XML"},
         {deep, "no well-formed XML"},
         {"<html/>", "no WMTS"}};
-    for (std::size_t i = 0; i < std::size(documents); ++i) {
-        m_server.On("/" + std::to_string(i), Reply{200, documents[i].first});
-        EXPECT_THAT(OpenPath("/" + std::to_string(i)), IsEmpty()) << documents[i].first;
-        EXPECT_THAT(m_log.Lines().back(), HasSubstr(documents[i].second));
-    }
+    ExpectNoMaps(documents);
 }
 
 }  // namespace
