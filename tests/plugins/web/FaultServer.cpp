@@ -8,16 +8,11 @@
 namespace TerrascopeTest {
 namespace {
 
+using namespace std::chrono_literals;
+
 bool SendAll(SOCKET connection, const std::string& bytes) {
-    for (std::size_t sent = 0; sent < bytes.size();) {
-        const int count =
-            ::send(connection, bytes.data() + sent, static_cast<int>(bytes.size() - sent), 0);
-        if (count <= 0) {
-            return false;
-        }
-        sent += static_cast<std::size_t>(count);
-    }
-    return true;
+    const int size = static_cast<int>(bytes.size());
+    return ::send(connection, bytes.data(), size, 0) == size;
 }
 
 }  // namespace
@@ -76,15 +71,6 @@ int FaultServer::Requests(const std::string& path) const {
     return found != m_requests.end() ? found->second : 0;
 }
 
-int FaultServer::Requests() const {
-    const std::lock_guard lock(m_mutex);
-    int all = 0;
-    for (const auto& [path, count] : m_requests) {
-        all += count;
-    }
-    return all;
-}
-
 int FaultServer::Connections() const {
     const std::lock_guard lock(m_mutex);
     return static_cast<int>(m_connections.size());
@@ -135,11 +121,11 @@ std::string FaultServer::ReceiveHead(Socket connection) const {
 void FaultServer::Serve(Socket connection) {
     for (;;) {
         const std::string head = ReceiveHead(connection);
-        const std::size_t begin = head.find(' ') + 1;
-        const Reply reply = Next(head.substr(begin, head.find(' ', begin) - begin), head);
         if (head.empty()) {
             return;
         }
+        const std::size_t begin = head.find(' ') + 1;
+        const Reply reply = Next(head.substr(begin, head.find(' ', begin) - begin), head);
         Answer(connection, reply, head);
         if (reply.kind != Reply::Whole && reply.kind != Reply::Ranges) {
             ::shutdown(connection, SD_BOTH);
@@ -148,14 +134,17 @@ void FaultServer::Serve(Socket connection) {
     }
 }
 
+bool FaultServer::EndsWithin(std::chrono::milliseconds time) {
+    std::unique_lock lock(m_mutex);
+    return m_ended.wait_for(lock, time, [this] { return m_ends; });
+}
+
 Reply FaultServer::Next(const std::string& path, const std::string& head) {
     const std::lock_guard lock(m_mutex);
-    if (head.empty()) {
-        return {};
-    }
     m_lastHead = head;
     const auto found = m_replies.find(path);
     const auto past = static_cast<std::size_t>(m_requests[path]++);
+    ++m_requests[""];
     if (found == m_replies.end()) {
         return {404, "<html>nothing here</html>"};
     }
@@ -166,10 +155,8 @@ void FaultServer::Answer(Socket connection, const Reply& reply, const std::strin
     const std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " X\r\n" + reply.headers;
     const std::string length = "Content-Length: " + std::to_string(reply.body.size()) + "\r\n\r\n";
     switch (reply.kind) {
-        case Reply::Slow: {
-            std::unique_lock lock(m_mutex);
-            m_ended.wait_for(lock, std::chrono::milliseconds(500), [this] { return m_ends; });
-        }
+        case Reply::Slow:
+            EndsWithin(500ms);
             [[fallthrough]];
         case Reply::Whole:
             SendAll(
@@ -207,18 +194,14 @@ void FaultServer::Answer(Socket connection, const Reply& reply, const std::strin
             break;
         case Reply::Endless: {
             bool goesOn = SendAll(connection, head + "\r\n");
-            std::unique_lock lock(m_mutex);
-            while (goesOn && !m_ends) {
-                m_ended.wait_for(lock, std::chrono::milliseconds(5));
+            while (goesOn && !EndsWithin(5ms)) {
                 goesOn = SendAll(connection, reply.body);
             }
             break;
         }
-        case Reply::Silent: {
-            std::unique_lock lock(m_mutex);
-            m_ended.wait(lock, [this] { return m_ends; });
+        case Reply::Silent:
+            EndsWithin(1h);
             break;
-        }
         case Reply::HangUp:
             break;
     }

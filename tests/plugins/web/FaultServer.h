@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -44,8 +45,7 @@ public:
     void On(const std::string& path, const Reply& reply) { On(path, std::vector{reply}); }
 
     /// How many requests came for a path, or in all.
-    int Requests(const std::string& path) const;
-    int Requests() const;
+    int Requests(const std::string& path = "") const;
     int Connections() const;
     /// The head of the last request, all letters as sent.
     std::string LastHead() const;
@@ -57,6 +57,7 @@ private:
     std::string ReceiveHead(Socket connection) const;
     void Serve(Socket connection);
     void Answer(Socket connection, const Reply& reply, const std::string& request);
+    bool EndsWithin(std::chrono::milliseconds time);
     Reply Next(const std::string& path, const std::string& head);
 
     Socket m_listener = 0;
@@ -65,7 +66,7 @@ private:
     std::condition_variable m_ended;
     bool m_ends = false;
     std::map<std::string, std::vector<Reply>> m_replies;
-    std::map<std::string, int> m_requests;
+    std::map<std::string, int> m_requests;  ///< of a path; under "" all
     std::string m_lastHead;
     std::vector<Socket> m_connections;
     std::vector<std::thread> m_threads;
