@@ -6,16 +6,8 @@ namespace TerrascopeTest {
 
 using namespace Terrascope;
 
-HostWindow::HostWindow() {
-    Make();
-}
-
 void HostWindow::Make() {
     CreateEx(0, "STATIC", "host", WS_POPUP, CRect(0, 0, 400, 300), nullptr, 0);
-}
-
-HostWindow::~HostWindow() {
-    DestroyWindow();
 }
 
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -129,9 +121,17 @@ std::uint32_t Display::PaintedAt(int x, int y) {
     return Paint()[static_cast<std::size_t>(y * size.cx + x)];
 }
 
-void Display::Click(CPoint point) {
-    display->OnLButtonDown(0, point);
-    display->OnLButtonUp(0, point);
+void Display::Show(int layer, const ScriptedMap& map) {
+    Open(layer, map);
+    AwaitPicture();
+}
+
+void Display::Drag(CSize way, CPoint from) {
+    display->OnLButtonDown(0, from);
+    if (way != CSize(0, 0)) {
+        display->OnMouseMove(0, from + way);
+    }
+    display->OnLButtonUp(0, from + way);
 }
 
 }  // namespace TerrascopeTest

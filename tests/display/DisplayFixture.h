@@ -18,8 +18,8 @@ namespace TerrascopeTest {
 /// A real window that keeps the rectangles of the repaint messages it gets.
 class HostWindow : public CWnd {
 public:
-    HostWindow();
-    ~HostWindow() override;
+    HostWindow() { Make(); }
+    ~HostWindow() override { DestroyWindow(); }
 
     /// Makes the window, also anew.
     void Make();
@@ -77,17 +77,20 @@ protected:
 
     void MakeDisplay(CSize pixels = {200, 120});
     void Open(int layer, const ScriptedMap& map = WorldMap());
+    void Use(Terrascope::MapToolKind tool) { display->SetTool(static_cast<UINT>(tool)); }
 
     /// Waits until every tile that the view wants has been delivered and its messages came: until
     /// no tile was asked for in longer than a thread needs from one to the next, in milliseconds.
     void AwaitPicture(ULONGLONG quiet = 350);
+    void Show(int layer, const ScriptedMap& map = WorldMap());
 
     /// What the display paints.
     std::vector<std::uint32_t> Paint();
     std::uint32_t PaintedAt(int x, int y);
 
     /// A click or drag with the current tool.
-    void Click(CPoint point);
+    void Click(CPoint point) { Drag({0, 0}, point); }
+    void Drag(CSize way, CPoint from = {100, 60});
 
     LibraryFolder library;
     ScriptedControl* script = nullptr;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <random>
 #include <thread>
+#include <tuple>
 
 #include "tests/display/DisplayFixture.h"
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
@@ -44,21 +45,14 @@ protected:
     }
 };
 
-struct Loading {
-    const char* lines;
-    int threads;
-    double factor;  ///< of the region that is fetched
-};
-
-const Loading kLoadings[] = {
-    {"", 2, kVisibleRegionFactor},
-    {"THREADS=5\r\n", 5, kVisibleRegionFactor},
-    {"FAST=1\r\n", 2, kLoadRegionFactor},
-    {"FAST=1\r\nTHREADS=5\r\n", 5, kLoadRegionFactor},
-};
-
 TEST_F(FastLoading, EachSettingChangesWhatItNamesAndTheViewComesFirst) {
-    for (const auto& [lines, threads, factor] : kLoadings) {
+    const std::tuple<const char*, int, double> loadings[] = {
+        // the factor of what is fetched
+        {"", 2, kVisibleRegionFactor},
+        {"THREADS=5\r\n", 5, kVisibleRegionFactor},
+        {"FAST=1\r\n", 2, kLoadRegionFactor},
+        {"FAST=1\r\nTHREADS=5\r\n", 5, kLoadRegionFactor}};
+    for (const auto& [lines, threads, factor] : loadings) {
         display.reset();
         script->Reset();
         script->Hold();
@@ -167,14 +161,13 @@ TEST_F(FastLoading, ALayerSwitchLeavesTheOrderOfTheTiles) {
 }
 
 TEST_F(FastLoading, ADragShowsWhatWasFetchedBeyondTheViewHoweverItCame) {
-    const auto use = [&](MapToolKind tool) { display->SetTool(static_cast<UINT>(tool)); };
     const std::pair<const char*, std::function<void()>> ways[] = {
         {"during a switch", [&] { ZoomIn([&] { AwaitPicture(kQuiet); }); }},
         {"before the bitmap",
          [&] {
-             use(MapToolKind::Arrow);
+             Use(MapToolKind::Arrow);
              display->SetCenter(display->Center());
-             use(MapToolKind::Pan);
+             Use(MapToolKind::Pan);
          }},
         {"from the cache",
          [&] {

@@ -16,7 +16,6 @@ using namespace Terrascope;
 
 class LayerSwitch : public Display {
 protected:
-    void Use(MapToolKind kind) { display->SetTool(static_cast<UINT>(kind)); }
     void Zoom(MapToolKind kind) {
         Use(kind);
         Click({100, 60});
@@ -48,8 +47,7 @@ TEST_F(LayerSwitch, TakesFiveStepsEachWayAndEndsInTheNextLayer) {
     // The new layer's rendering, five steps, and the end ask for a paint; no tile does.
     constexpr int kPaints = 1 + 5 + 1;
     script->SetTileAnswer(TileAnswer::Nothing);
-    Open(3);
-    AwaitPicture();
+    Show(3);
     window->repaints.clear();
     Zoom(MapToolKind::ZoomIn);
     EXPECT_TRUE(display->IsSwitchingLayer());
@@ -186,6 +184,50 @@ TEST(LayerSwitchAlone, EndsWithItsThreadHoweverThatEnds) {
         EXPECT_TRUE(Await([&] { return !layerSwitch.IsBusy(); })) << fails;
     }
     EXPECT_EQ(2, repaints) << "the host still shows a step";
+}
+
+TEST(LayerSwitchAlone, GoesInEvenStepsToTheRatioOfTheLayers) {
+    const struct {
+        SwitchMode mode;
+        double scale;  ///< of the first layer; the next one's is 1
+        int steps;
+        CSize last;  ///< of a view of 200 x 120: what the last step shows of it
+    } switches[] = {
+        {SwitchMode::ZoomIn, 0.55, 14, {55, 33}},    // to 2 / 0.55
+        {SwitchMode::ZoomOut, 0.55, 8, {727, 436}},  // to 0.55 / 2
+        {SwitchMode::ZoomIn, 1.9, 1, {190, 114}},    // to 2 / 1.9
+        {SwitchMode::ZoomOut, 1.9, 1, {210, 126}},   // to 1.9 / 2
+        {SwitchMode::ZoomOut, 2.0, 0, {200, 120}},   // to 1, as what no provider can mean
+        {SwitchMode::ZoomIn, 0.0, 0, {200, 120}},   {SwitchMode::ZoomIn, 1e308, 0, {200, 120}},
+    };
+    for (const auto& [mode, scale, steps, last] : switches) {
+        const bool in = mode == SwitchMode::ZoomIn;
+        SteppedTool tool;
+        CLayerSwitch layerSwitch(tool, [] {});
+        // A unit is a pixel; the new centre lies 30 to the right of the old one and 20 below it.
+        FormerView former{CMapBitmap::Create({200, 120}, {0, 0}), {0, 120}, {100, 60}, {1, 1}};
+        layerSwitch.Begin(mode, in ? 1.0 : scale, in ? scale : 1.0, std::move(former));
+        CRect shown;
+        const auto paint = [&](CMapBitmap&, const PaintMoment& moment) {
+            shown = SourceRectangle(moment, {200, 120});
+        };
+        layerSwitch.Draw({130, 40}, paint);
+        EXPECT_EQ(CRect(0, 0, 200, 120), shown);
+        const double target = in ? 2 / scale : scale / 2;
+        for (int i = 1; i <= steps; ++i) {
+            layerSwitch.Step();
+            ASSERT_TRUE(layerSwitch.Draw({130, 40}, paint));
+            const double way = std::min(1.0, i * (in ? 0.2 : 0.1) / std::fabs(target - 1));
+            const double width = 200 + way * (200 / target - 200);
+            EXPECT_NEAR(width, shown.Width(), 1) << scale << " step " << i;
+            EXPECT_NEAR(100 + way * 30, (shown.left + shown.right) / 2.0, 1.5) << i;
+            EXPECT_NEAR(60 + way * 20, (shown.top + shown.bottom) / 2.0, 1.5) << i;
+        }
+        EXPECT_TRUE(layerSwitch.IsRunning());
+        EXPECT_EQ(last, shown.Size()) << scale;
+        layerSwitch.Step();
+        EXPECT_FALSE(layerSwitch.IsRunning());
+    }
 }
 
 TEST_F(LayerSwitch, AHundredZoomsAndDragsLeaveNothingBehind) {

@@ -56,8 +56,7 @@ TEST_F(Terrascope2, KnowsWhatLiesOffTheMapOrOffTheView) {
 }
 
 TEST_F(Terrascope2, PostsTheRectangleOfATileThatArrived) {
-    Open(1);
-    AwaitPicture();
+    Show(1);
     // The whole view when it was rendered, then each tile with its margin.
     ASSERT_EQ(3U, window->repaints.size());
     EXPECT_EQ(CRect(0, 0, 200, 120), window->repaints[0]);
@@ -72,8 +71,7 @@ TEST_F(Terrascope2, KeepsItsPlaceholderWhereNoImageOrNoGoodOneComes) {
     for (const TileAnswer answer : {Nothing, Junk, EmptyStream, NullRecord, WrongKey, Throw}) {
         script->SetTileAnswer(answer);
         display.reset();
-        Open(2);
-        AwaitPicture();
+        Show(2);
         EXPECT_EQ(kWaitingGrey, PaintedAt(100, 60)) << static_cast<int>(answer);
     }
 }
@@ -106,7 +104,7 @@ TEST_F(Terrascope2, IsSilentWhileAButtonIsDownAndPostsWhatItWithheld) {
         display.reset();
         script->Hold();
         Open(5);
-        display->SetTool(static_cast<UINT>(tool));
+        Use(tool);
         ASSERT_TRUE(script->AwaitHeld(2, 10000));
         display->OnLButtonDown(0, {100, 60});
         Pump();
@@ -125,8 +123,7 @@ TEST_F(Terrascope2, IsSilentWhileAButtonIsDownAndPostsWhatItWithheld) {
 }
 
 TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNowAndWorksWithoutOne) {
-    Open(4);
-    AwaitPicture();
+    Show(4);
     window->DestroyWindow();
     display->RefreshTiles();
     Pump();
@@ -137,12 +134,26 @@ TEST_F(Terrascope2, PostsToTheWindowThatItsHostHasNowAndWorksWithoutOne) {
     EXPECT_EQ(1U, window->repaints.size());
     window.reset();
     for (const int layer : {5, 3}) {  // once after the window has gone, once for no window
-        Open(layer);
-        AwaitPicture();
+        Show(layer);
         EXPECT_EQ(FromColour(TileColour(layer, 1U << (layer - 1), 1U << (layer - 2))),
                   PaintedAt(100, 60));
         display.reset();
     }
+}
+
+TEST_F(Terrascope2, OneOfTwoOnAWindowGoesWhileTheOtherLoads) {
+    Load("FAST=1\r\n");
+    script->Hold();
+    Open(3);
+    std::unique_ptr<CTerrascope2> going = std::move(display);
+    Open(4);
+    ASSERT_TRUE(script->AwaitHeld(4, 10000));
+    script->Release();
+    going.reset();
+    AwaitPicture();
+    EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(110, 70));
+    EXPECT_EQ(FromColour(TileColour(4, 7, 3)), PaintedAt(90, 50));
+    EXPECT_FALSE(window->repaints.empty());
 }
 
 TEST_F(Terrascope2, LogsOnceThatARegionHasTooManyTiles) {
@@ -184,7 +195,7 @@ TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {
         }
         display->GetLayerRange();
         Paint();
-        display->SetTool(static_cast<UINT>(MapToolKind::ZoomIn));
+        Use(MapToolKind::ZoomIn);
         Click({10, 10});
         Paint();
         display.reset();

@@ -25,6 +25,15 @@ Viewport World() {
     return view;
 }
 
+CSize Permitted(CSize view, CSize layer, CPoint corner, CSize shift) {
+    COffsetCalculator calculator;
+    calculator.SetViewSize(view);
+    calculator.SetLayerSize(layer);
+    calculator.SetMapPosition(corner);
+    calculator.SetOffset(shift);
+    return calculator.PermittedOffset();
+}
+
 TEST(ViewGeometry, DeviceToMapAndBackReturnsToThePoint) {
     for (const CSize size : {CSize(300, 100), CSize(301, 99), CSize(1, 1), CSize(0, 0)}) {
         Viewport view = World();
@@ -66,13 +75,10 @@ TEST(ViewGeometry, ATinyOverhangAddsNoColumnButASmallOneDoes) {
     view.tileSize = CSize(10, 10);
     view.tileCount = CSize(100, 100);
     view.resolution = {0.1, 0.1};  // tiles of one map unit
-    struct Case {
-        float width;
-        int columns;
-    };
-    for (const Case c : {Case{2.0F, 2}, {2.000001F, 2}, {2.001F, 3}, {1.999F, 2}}) {
-        EXPECT_EQ(c.columns, TileRangeOf(view, {0, 100, c.width, -1}).columnCount) << c.width;
-        EXPECT_EQ(c.columns, TileRangeOf(view, {0, 100, 1, -c.width}).rowCount) << c.width;
+    for (const auto& [width, tiles] :
+         {std::pair(2.0F, 2), {2.000001F, 2}, {2.001F, 3}, {1.999F, 2}}) {
+        EXPECT_EQ(tiles, TileRangeOf(view, {0, 100, width, -1}).columnCount) << width;
+        EXPECT_EQ(tiles, TileRangeOf(view, {0, 100, 1, -width}).rowCount) << width;
     }
     // The corner of a map may be no float: the region's then lies a hair outside.
     view.extent.x0 = -0.1;
@@ -117,24 +123,18 @@ TEST(ViewGeometry, ALayerBeyondAnIntStopsAtItsEdges) {
     for (const auto& [center, shift, permitted] : cases) {
         view.center = center;
         const LayerPlace place = PlaceOfLayer(view);
-        COffsetCalculator calculator;
-        calculator.SetViewSize(view.size);
-        calculator.SetLayerSize(place.size);
-        calculator.SetMapPosition(place.corner);
-        calculator.SetOffset(shift);
-        EXPECT_EQ(permitted, calculator.PermittedOffset()) << center.x << "," << center.y;
+        EXPECT_EQ(permitted, Permitted(view.size, place.size, place.corner, shift))
+            << center.x << "," << center.y;
     }
 }
 
 TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
     const MapExtent map{0, 0, 100, 50};
     const Resolution one{1, 1};
-    struct Case {
+    const struct {
         CSize view;
-        CPointF proposed;
-        CPointF expected;
-    };
-    const Case cases[] = {
+        CPointF proposed, expected;
+    } cases[] = {
         {{20, 10}, {50, 25}, {50, 25}},      // inside: unchanged
         {{20, 10}, {0, 0}, {10, 5}},         // beyond left and bottom
         {{20, 10}, {99, 49}, {90, 45}},      // beyond right and top
@@ -142,7 +142,7 @@ TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
         {{200, 100}, {0, -50}, {0, 0}},      // right edge inside the view; top edge inside it
         {{100, 50}, {60, 20}, {50, 25}},     // exactly the map
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const CPointF result = CCenterPointAdjuster2(&map, &one, c.proposed, c.view).Adjusted();
         EXPECT_EQ(c.expected, result)
             << c.proposed.x << "," << c.proposed.y << " in " << c.view.cx << "x" << c.view.cy
@@ -151,12 +151,11 @@ TEST(CenterPointAdjuster, KeepsItsUnevenAxes) {
 }
 
 TEST(OffsetCalculator, StopsTheMapAtAllFourEdges) {
-    struct Case {
+    // A view of 100 pixels.
+    const struct {
         const char* what;
         int layer, corner, shift, permitted;
-    };
-    // A view of 100 pixels.
-    const Case cases[] = {
+    } cases[] = {
         {"no shift", 300, 50, 0, 0},
         {"larger, free", 300, -50, -20, -20},
         {"larger, stops at its right edge", 300, -190, -20, -10},
@@ -167,17 +166,15 @@ TEST(OffsetCalculator, StopsTheMapAtAllFourEdges) {
         {"smaller and outside comes back", 40, 80, 1, -20},
         {"just as large", 100, 0, 7, 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         for (const bool vertical : {false, true}) {
-            COffsetCalculator calculator;
             const auto pair = [&](int value, int other) {
                 return vertical ? CSize(other, value) : CSize(value, other);
             };
-            calculator.SetViewSize(pair(100, 77));
-            calculator.SetLayerSize(pair(c.layer, 500));
-            calculator.SetMapPosition(CPoint(0, 0) + pair(c.corner, -3));
-            calculator.SetOffset(pair(c.shift, 0));
-            EXPECT_EQ(pair(c.permitted, 0), calculator.PermittedOffset()) << c.what << vertical;
+            EXPECT_EQ(pair(c.permitted, 0),
+                      Permitted(pair(100, 77), pair(c.layer, 500),
+                                CPoint(0, 0) + pair(c.corner, -3), pair(c.shift, 0)))
+                << c.what << vertical;
         }
     }
 }
