@@ -28,7 +28,8 @@ public:
                                         const std::list<CString>& keys) override {
         {
             const std::lock_guard lock(m_mutex);
-            m_fetched.push_back(Story(mapName, layer, keys.front()));
+            m_fetched.push_back(std::string(mapName) + "/" + std::to_string(layer) + "/" +
+                                keys.front().GetString());
         }
         ++entered;
         ::WaitForSingleObject(m_gate, 30000);
@@ -41,10 +42,6 @@ public:
         auto* image = new tagTILE_IMAGE;
         image->strKey = keys.front();
         return {image};
-    }
-
-    static std::string Story(const CString& mapName, int layer, const CString& key) {
-        return std::string(mapName) + "/" + std::to_string(layer) + "/" + key.GetString();
     }
 
     void Open() { ::SetEvent(m_gate); }
@@ -81,11 +78,25 @@ public:
     std::atomic<int> delivered{0};
 };
 
-class TileLoadQueue : public testing::Test {
+class QueueFixture : public testing::Test {
 protected:
+    void Push(std::initializer_list<const char*> keys, bool ahead = false) {
+        for (const char* key : keys) {
+            queue->Push("map", 1, key, CSize(0, 0), ahead);
+        }
+    }
+
+    GatedProvider provider;
+    Receiver receiver;
+    std::unique_ptr<CTileLoadQueue2> queue;
+};
+
+class TileLoadQueue : public QueueFixture {
+protected:
+    TileLoadQueue() { queue = std::make_unique<CTileLoadQueue2>(&receiver, &provider); }
     void HoldBothWorkers() {
-        queue.Push("gate", 0, "gate0");
-        queue.Push("gate", 0, "gate1");
+        queue->Push("gate", 0, "gate0");
+        queue->Push("gate", 0, "gate1");
         ASSERT_TRUE(Await([&] { return provider.entered == 2; }));
     }
 
@@ -96,20 +107,14 @@ protected:
         EXPECT_TRUE(Await([&] { return provider.missing || receiver.delivered == 2 + count; }));
         return provider.Fetched();
     }
-
-    GatedProvider provider;
-    Receiver receiver;
-    CTileLoadQueue2 queue{&receiver, &provider};
 };
 
 TEST_F(TileLoadQueue, ServesFirstInFirstOutButTheTileMovedLastFirst) {
     HoldBothWorkers();
-    for (const char* key : {"0", "1", "2", "3"}) {
-        queue.Push("map", 1, key);
-    }
-    EXPECT_TRUE(queue.MoveToFront("1"));
-    EXPECT_TRUE(queue.MoveToFront("3"));
-    EXPECT_TRUE(queue.MoveToFront("not queued"));
+    Push({"0", "1", "2", "3"});
+    EXPECT_TRUE(queue->MoveToFront("1"));
+    EXPECT_TRUE(queue->MoveToFront("3"));
+    EXPECT_TRUE(queue->MoveToFront("not queued"));
 
     // Two workers: the pops are in order, but which of a pair reports first is open.
     auto served = Serve(4);
@@ -120,37 +125,35 @@ TEST_F(TileLoadQueue, ServesFirstInFirstOutButTheTileMovedLastFirst) {
 
 TEST_F(TileLoadQueue, KeepsAKeyOnceWhateverItsMapLayerOrCase) {
     HoldBothWorkers();
-    queue.Push("first", 1, "aB");
-    queue.Push("second", 2, "Ab");
-    queue.MoveToFront("AB");
+    queue->Push("first", 1, "aB");
+    queue->Push("second", 2, "Ab");
+    queue->MoveToFront("AB");
     EXPECT_EQ(std::vector<std::string>{"first/1/aB"}, Serve(1));
 
-    queue.Push("third", 3, "ab");
+    queue->Push("third", 3, "ab");
     EXPECT_TRUE(Await([&] { return provider.entered == 4; })) << "served, it can be queued again";
 }
 
 TEST_F(TileLoadQueue, GoesOnWhilePausedAndForgetsWhatWasCleared) {
     HoldBothWorkers();
-    queue.Push("map", 1, "0");
-    const tagTILE_LOAD_REQUEST former = queue.Pop();
-    queue.Push("map", 1, "1");
-    EXPECT_FALSE(queue.IsStale(former));
-    queue.Clear();
-    EXPECT_TRUE(queue.IsStale(former));
-    queue.Push("map", 1, "0");
-    EXPECT_FALSE(queue.IsStale(queue.Pop()));
-    queue.Push("map", 1, "2");
-    queue.Pause();
+    queue->Push("map", 1, "0");
+    const tagTILE_LOAD_REQUEST former = queue->Pop();
+    queue->Push("map", 1, "1");
+    EXPECT_FALSE(queue->IsStale(former));
+    queue->Clear();
+    EXPECT_TRUE(queue->IsStale(former));
+    queue->Push("map", 1, "0");
+    EXPECT_FALSE(queue->IsStale(queue->Pop()));
+    queue->Push("map", 1, "2");
+    queue->Pause();
     EXPECT_EQ(std::vector<std::string>{"map/1/2"}, Serve(1));
-    queue.Resume();
+    queue->Resume();
 }
 
 TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) {
     provider.Open();
     ULONGLONG start = ::GetTickCount64();
-    for (const char* key : {"0", "1", "2", "3", "4", "5"}) {
-        queue.Push("map", 1, key);
-    }
+    Push({"0", "1", "2", "3", "4", "5"});
     ASSERT_TRUE(Await([&] { return receiver.delivered == 6; }));
     // Three tiles a worker: two whole paces between its first and its last.
     EXPECT_GE(::GetTickCount64() - start, 2U * 150U);
@@ -158,7 +161,7 @@ TEST_F(TileLoadQueue, DeliversATileAWorkerEachPaceButDoesNotWaitForMissingOnes) 
     provider.missing = true;
     start = ::GetTickCount64();
     for (int i = 0; i < 100; ++i) {
-        queue.Push("map", 1, std::to_string(i).c_str());
+        queue->Push("map", 1, std::to_string(i).c_str());
     }
     ASSERT_TRUE(Await([&] { return provider.entered == 106; }));
     EXPECT_LT(::GetTickCount64() - start, 5000U) << "paced, a hundred tiles take 7.5 s";
@@ -170,7 +173,7 @@ TEST_F(TileLoadQueue, LogsWhatFailsAndGoesOn) {
     provider.Open();
     int fetched = 0;
     for (const char* key : {"fails", "throws", "throws", "0", "1", "2", "3"}) {
-        queue.Push("map", 1, key);
+        queue->Push("map", 1, key);
         EXPECT_TRUE(Await([&] { return provider.entered > fetched; })) << key;
         ++fetched;
     }
@@ -179,7 +182,7 @@ TEST_F(TileLoadQueue, LogsWhatFailsAndGoesOn) {
 }
 
 /// Without the pace, and with requests beyond the view.
-class FastTileLoadQueue : public testing::Test {
+class FastTileLoadQueue : public QueueFixture {
 protected:
     void Start(int threads) {
         TileLoadPolicy policy;
@@ -190,22 +193,16 @@ protected:
         queue->Push("map", 1, "gate");
         ASSERT_TRUE(Await([&] { return provider.entered == 1; }));
     }
-    void PushAhead(const char* key) { queue->Push("map", 1, key, CSize(0, 0), true); }
+    void PushAhead(const char* key) { Push({key}, true); }
     bool Enter(int count, DWORD time = 10000) {
         return Await([&] { return provider.entered >= count; }, time);
     }
-
-    GatedProvider provider;
-    Receiver receiver;
-    std::unique_ptr<CTileLoadQueue2> queue;
 };
 
 // One slow tile of a former view or map holds up nothing of this one.
 TEST_F(FastTileLoadQueue, FetchesAheadWhenTheViewWaitsForNothingThatItShowsNow) {
     Start(6);
-    for (const char* key : {"0", "1", "2"}) {
-        PushAhead(key);
-    }
+    Push({"0", "1", "2"}, true);
     EXPECT_FALSE(Enter(2, 100)) << "a tile of the view is still on its way";
     queue->MoveToFront("2");
     EXPECT_TRUE(Enter(2)) << "a thread has nothing else to do";
@@ -251,12 +248,8 @@ TEST_F(FastTileLoadQueue, FetchesNothingWhileItIsHeldAndAllOfItThen) {
 
 TEST_F(FastTileLoadQueue, ArrangesTheVisibleFirstTheNearestFirstAndWithdrawsTheRest) {
     Start(1);
-    for (const char* key : {"visible, far", "gone", "visible, near"}) {
-        queue->Push("map", 1, key);
-    }
-    for (const char* key : {"ahead, far", "ahead, near", "visible now"}) {
-        PushAhead(key);
-    }
+    Push({"visible, far", "gone", "visible, near"});
+    Push({"ahead, far", "ahead, near", "visible now"}, true);
     queue->Arrange({{"visible, far", {true, 7.0}},
                     {"visible, near", {true, 1.0}},
                     {"visible now", {true, 4.0}},
