@@ -3,8 +3,6 @@
 // After windows.h:
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "tests/api/LibraryInUse.h"
 #include "tests/fixtures/Await.h"
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/fixtures/TemporaryFolder.h"
-
 namespace {
 
 TEST(GlobalFunc, WritesAModulesFolderOnlyWhereItFits) {

@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstring>
 #include <string>
-#include <thread>
 
 #include "tests/fixtures/TemporaryFolder.h"
 #include "tests/fixtures/Throws.h"

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "viewer/script/JsonLine.h"
 #include "viewer/script/TourScript.h"
 
 namespace Viewer {
@@ -53,6 +54,13 @@ drop FILE|drop)");
         EXPECT_NE(std::string::npos, error.find(wanted)) << line << ": " << error;
         EXPECT_EQ(std::string::npos, error.find('\n'));
     }
+}
+
+TEST(JsonLine, StaysOneValidLineWhateverTheTextsHold) {
+    EXPECT_EQ("{\"b\":\"C:\\\\x\\n\\\"\\u0001\",\"a\":-2.3,\"t\":true,\"n\":7}\n",
+              JsonLine({{"b", "C:\\x\n\"\x01"}, {"a", -2.34}, {"t", true}, {"n", 7}}));
+    EXPECT_EQ("{\"map\":\"\xE5\x9B\xBE \xEF\xBF\xBD\xEF\xBF\xBD\"}\n",
+              JsonLine({{"map", "\xE5\x9B\xBE \xB5\xD8"}}));
 }
 
 }  // namespace

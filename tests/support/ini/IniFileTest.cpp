@@ -1,15 +1,12 @@
 #include "terrascope/support/ini/IniFile.h"
 
 #include <gtest/gtest.h>
-#include <shlwapi.h>
 
 #include <climits>
 #include <regex>
 #include <string>
 #include <vector>
 
-#include "terrascope/support/files/Folders.h"
-#include "terrascope/support/files/Paths.h"
 #include "terrascope/support/ini/MemIniFile.h"
 #include "tests/fixtures/LogCapture.h"
 #include "tests/fixtures/TemporaryFolder.h"
