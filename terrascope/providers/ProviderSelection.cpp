@@ -53,7 +53,8 @@ CString ForLog(const ProviderChoice& choice, const CString& path) {
         return path;
     }
     const std::string plain(path.GetString(), std::strcspn(path, "?#"));
-    return plain.substr(plain.rfind('@') + 1).c_str();  // npos + 1 is 0
+    const std::size_t host = plain.rfind('@') + 1;  // npos + 1 is 0
+    return path.Mid(static_cast<int>(host), static_cast<int>(plain.size() - host));
 }
 
 /// Makes the chosen provider and gives it its data path. Null when no plug-in offers it, or when
