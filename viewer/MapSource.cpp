@@ -21,7 +21,7 @@ constexpr std::size_t kLookedAt = 4096;  // bytes
 
 using namespace std::string_view_literals;
 
-/// https://www.sqlite.org/fileformat.html, 1.3, and the specification of PMTiles, "Header".
+/// https://www.sqlite.org/fileformat.html, 1.3, and PMTiles 3, "Header".
 constexpr std::string_view kArchiveBeginnings[] = {"SQLite format 3\0"sv, "PMTiles"sv};
 
 std::string Beginning(const fs::path& file) {

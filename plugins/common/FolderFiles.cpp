@@ -27,6 +27,15 @@ bool ForEachEntry(const std::wstring& folder, TVisit visit) {
 
 }  // namespace
 
+SYSTEMTIME LocalTime(FileTime time) {
+    const FILETIME parts{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    SYSTEMTIME utc{};
+    SYSTEMTIME local{};
+    ::FileTimeToSystemTime(&parts, &utc);
+    ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
+    return local;
+}
+
 bool ComesBefore(const FolderFacts& a, const FolderFacts& b) {
     return ::CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
 }

@@ -13,6 +13,9 @@ namespace Terrascope::Plugins {
 /// A time of a file or folder: 100 ns steps since 1601, UTC.
 using FileTime = std::uint64_t;
 
+/// The time by the clock of the user's time zone, as records have it.
+SYSTEMTIME LocalTime(FileTime time);
+
 /// A folder as the folder above lists it.
 struct FolderFacts {
     std::wstring name;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "plugins/common/FileSource.h"
+#include "plugins/common/FolderFiles.h"
 #include "plugins/common/MapRemark.h"
 #include "plugins/common/PlainText.h"
 #include "plugins/db/PmtilesArchive.h"
@@ -67,15 +68,6 @@ std::unique_ptr<ITileArchive> OpenArchive(const std::wstring& path, std::string&
     }
     reason = start ? "it is neither MBTiles nor GeoPackage nor PMTiles" : "it cannot be opened";
     return nullptr;
-}
-
-SYSTEMTIME LocalTime(FileTime time) {
-    const FILETIME parts{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-    SYSTEMTIME utc{};
-    SYSTEMTIME local{};
-    ::FileTimeToSystemTime(&parts, &utc);
-    ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
-    return local;
 }
 
 tagTILE_MAP_INFO RecordOf(const ArchiveMap& map, const CString& name) {

@@ -1,6 +1,7 @@
 #include "plugins/db/DBTileMapInfoProvider.h"
 
 #include "plugins/common/SafePath.h"
+#include "plugins/common/TileDelivery.h"
 #include "plugins/common/WithoutThrowing.h"
 #include "terrascope/support/text/MultibyteText.h"
 
@@ -114,14 +115,7 @@ std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTile(const LibraryMap& map
     }
     std::vector<std::uint8_t> bytes;
     if (map.archive->ReadTile(map.index, *place, bytes)) {
-        auto image = std::make_unique<tagTILE_IMAGE>();
-        image->nColumn = address->column;
-        image->nRow = address->row;
-        image->strKey = key;
-        image->stream.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-        std::list<tagTILE_IMAGE*> one{image.get()};
-        static_cast<void>(image.release());
-        return one;
+        return OneTile(*address, key, bytes);
     }
     return m_remoteTiles.Load(m_pRemoteProvider, map.info, map.Layer(layerNumber), key);
 }
@@ -129,18 +123,12 @@ std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTile(const LibraryMap& map
 std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTiles(const CString& mapName, int layerNumber,
                                                             const std::list<CString>& tileKeys) {
     return WithoutThrowing<std::list<tagTILE_IMAGE*>>(kName, [&] {
-        std::list<tagTILE_IMAGE*> tiles;
         const auto library = Library();
         const LibraryMap* map = library->Find(mapName);
-        if (map == nullptr) {
-            return tiles;
-        }
-        for (const CString& key : tileKeys) {
-            // Each on its own: one that fails (in the remote provider) costs no other.
-            tiles.splice(tiles.end(), WithoutThrowing<std::list<tagTILE_IMAGE*>>(
-                                          kName, [&] { return LoadTile(*map, layerNumber, key); }));
-        }
-        return tiles;
+        return map != nullptr
+                   ? LoadEach(kName, tileKeys,
+                              [&](const CString& key) { return LoadTile(*map, layerNumber, key); })
+                   : std::list<tagTILE_IMAGE*>();
     });
 }
 

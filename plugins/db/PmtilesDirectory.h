@@ -27,7 +27,7 @@ struct PmtilesEntry {
 using PmtilesDirectory = std::vector<PmtilesEntry>;
 
 /// Reads a directory, unpacked. Nothing when it is cut off or contradicts itself.
-/// Source: the PMTiles specification, version 3.
+/// Source: PMTiles 3.
 std::optional<PmtilesDirectory> ParsePmtilesDirectory(std::span<const std::uint8_t> bytes);
 
 /// The entry for a tile, or null.

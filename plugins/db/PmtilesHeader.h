@@ -37,7 +37,7 @@ struct PmtilesHeader {
 };
 
 /// Reads the header of an archive that is `size` bytes long. Nothing, with the reason, when it is
-/// no archive of raster tiles that can be read. Source: the PMTiles specification, version 3.
+/// no archive of raster tiles that can be read. Source: PMTiles 3.
 std::optional<PmtilesHeader> ParsePmtilesHeader(
     const std::array<std::uint8_t, PmtilesHeader::kBytes>& bytes, std::uint64_t size,
     std::string& reason);

@@ -30,15 +30,6 @@ FileTime Now() {
     return FileTime{now.dwHighDateTime} << 32 | now.dwLowDateTime;
 }
 
-SYSTEMTIME LocalTime(FileTime time) {
-    const FILETIME parts{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-    SYSTEMTIME utc{};
-    SYSTEMTIME local{};
-    ::FileTimeToSystemTime(&parts, &utc);
-    ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
-    return local;
-}
-
 /// Logs what is wrong with a map or its description.
 void LogProblems(const CString& file, const MapReading& reading) {
     for (const MapProblem& problem : reading.problems) {

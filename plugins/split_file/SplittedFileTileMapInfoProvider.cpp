@@ -2,6 +2,8 @@
 
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/SafePath.h"
+#include "plugins/common/TileDelivery.h"
+#include "plugins/common/WithoutThrowing.h"
 #include "plugins/split_file/LibraryCache.h"
 #include "terrascope/support/LogSink.h"
 #include "terrascope/support/text/MultibyteText.h"
@@ -11,34 +13,9 @@ namespace {
 
 constexpr std::size_t kLargestTileFile = std::size_t{64} * 1024 * 1024;  // bytes
 
-/// Runs a piece of work that must not throw into the library, which was built apart.
 template <class TResult, class TWork>
-TResult WithoutThrowing(TWork work) {
-    try {
-        return work();
-    } catch (const std::exception& failure) {
-        LogLine("%s: %s", CSplittedFileTileMapInfoProvider::kName, failure.what());
-    } catch (CException* failure) {
-        failure->Delete();
-        LogLine("%s failed", CSplittedFileTileMapInfoProvider::kName);
-    } catch (...) {
-        LogLine("%s failed", CSplittedFileTileMapInfoProvider::kName);
-    }
-    return TResult{};
-}
-
-std::unique_ptr<tagTILE_IMAGE> ReadTile(const std::wstring& file, const TileAddress& address,
-                                        const CString& key) {
-    const auto bytes = ReadWholeFile(file, kLargestTileFile);
-    if (!bytes || bytes->empty()) {
-        return nullptr;
-    }
-    auto image = std::make_unique<tagTILE_IMAGE>();
-    image->nColumn = address.column;
-    image->nRow = address.row;
-    image->strKey = key;
-    image->stream.Write(bytes->data(), static_cast<std::uint32_t>(bytes->size()));
-    return image;
+TResult Safely(TWork work) {
+    return WithoutThrowing<TResult>(CSplittedFileTileMapInfoProvider::kName, work);
 }
 
 }  // namespace
@@ -83,15 +60,15 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
 }
 
 bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool flag) {
-    const bool isRead = WithoutThrowing<bool>([this] { return Rescan(); });
-    WithoutThrowing<bool>(
+    const bool isRead = Safely<bool>([this] { return Rescan(); });
+    Safely<bool>(
         [&] { return m_pRemoteProvider != nullptr && m_pRemoteProvider->UpdateMapLib(flag); });
     m_remoteTiles.Forget();
     return isRead;
 }
 
 void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
-    WithoutThrowing<bool>([&] {
+    Safely<bool>([&] {
         {
             CSingleLock lock(&m_lock, TRUE);
             m_dataPath = path;
@@ -101,7 +78,7 @@ void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
 }
 
 std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
-    return WithoutThrowing<std::list<tagTILE_MAP_INFO*>>([this] {
+    return Safely<std::list<tagTILE_MAP_INFO*>>([this] {
         std::list<tagTILE_MAP_INFO*> maps;
         const auto library = Library();
         for (const auto& map : *library) {
@@ -121,7 +98,7 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
 }
 
 tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& mapName) {
-    return WithoutThrowing<tagTILE_MAP_INFO*>([&] {
+    return Safely<tagTILE_MAP_INFO*>([&] {
         const auto map = FindMap(*Library(), mapName);
         if (map == nullptr && m_pRemoteProvider != nullptr) {
             return m_pRemoteProvider->GetMapInfo(mapName);
@@ -132,7 +109,7 @@ tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& ma
 
 std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerList(
     const CString& mapName) {
-    return WithoutThrowing<std::list<tagTILE_MAP_LAYER_INFO*>>([&] {
+    return Safely<std::list<tagTILE_MAP_LAYER_INFO*>>([&] {
         std::list<tagTILE_MAP_LAYER_INFO*> layers;
         if (const auto map = FindMap(*Library(), mapName); map != nullptr) {
             for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
@@ -147,7 +124,7 @@ std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerLis
 
 tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CString& mapName,
                                                                        int layerNumber) {
-    return WithoutThrowing<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
+    return Safely<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
         const auto map = FindMap(*Library(), mapName);
         if (map == nullptr && m_pRemoteProvider != nullptr) {
             return m_pRemoteProvider->GetLayerInfo(mapName, layerNumber);
@@ -169,33 +146,26 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
     if (!file) {
         return {};
     }
-    if (auto tile = ReadTile(*file, *address, key); tile != nullptr) {
-        std::list<tagTILE_IMAGE*> one{tile.get()};
-        static_cast<void>(tile.release());
-        return one;
+    const auto bytes = ReadWholeFile(*file, kLargestTileFile);
+    if (bytes && !bytes->empty()) {
+        return OneTile(*address, key, *bytes);
     }
     return m_remoteTiles.Load(m_pRemoteProvider, map.info, layer, key);
 }
 
 std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
     const CString& mapName, int layerNumber, const std::list<CString>& tileKeys) {
-    return WithoutThrowing<std::list<tagTILE_IMAGE*>>([&] {
-        std::list<tagTILE_IMAGE*> tiles;
+    return Safely<std::list<tagTILE_IMAGE*>>([&] {
         const auto map = FindMap(*Library(), mapName);
         if (map == nullptr && m_pRemoteProvider != nullptr) {
             return m_pRemoteProvider->LoadTiles(mapName, layerNumber, tileKeys);
         }
         const tagTILE_MAP_LAYER_INFO* layer =
             map != nullptr ? map->FindLayer(layerNumber) : nullptr;
-        if (layer == nullptr) {
-            return tiles;
-        }
-        for (const CString& key : tileKeys) {
-            // Each on its own: one that fails (in the remote provider) costs no other.
-            tiles.splice(tiles.end(), WithoutThrowing<std::list<tagTILE_IMAGE*>>(
-                                          [&] { return LoadTile(*map, *layer, key); }));
-        }
-        return tiles;
+        return layer != nullptr
+                   ? LoadEach(kName, tileKeys,
+                              [&](const CString& key) { return LoadTile(*map, *layer, key); })
+                   : std::list<tagTILE_IMAGE*>();
     });
 }
 

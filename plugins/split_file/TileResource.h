@@ -11,7 +11,7 @@
 namespace Terrascope::Plugins {
 
 /// Reads a tilemapresource.xml, which GDAL's tiler and others write beside their tiles: the Tile
-/// Map Service specification 1.0.0 of OSGeo, with the profiles "mercator", "geodetic" and "raster"
+/// Map Service 1.0.0 of OSGeo, with the profiles "mercator", "geodetic" and "raster"
 /// (or "global-mercator", "global-geodetic", "local"). The map is the part of the world's pyramid
 /// that holds the bounding box, and has the zoom levels that follow each other from the first;
 /// level 0 of a square has no key and is left out. A geodetic pyramid has two tiles in level 0, and

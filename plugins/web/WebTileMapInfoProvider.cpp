@@ -2,6 +2,7 @@
 
 #include "plugins/common/PlainText.h"
 #include "plugins/common/SafePath.h"
+#include "plugins/common/TileDelivery.h"
 #include "plugins/common/WithoutThrowing.h"
 #include "plugins/web/DataPath.h"
 #include "plugins/web/WebSettings.h"
@@ -152,14 +153,7 @@ std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTile(const WebMap& map, i
         map.source->Load(layerNumber, *place, {HttpFetcher::OfProcess(), identity}, m_cancellation);
     const std::vector<std::uint8_t>& bytes = result.response.body;
     if (result.outcome == HttpOutcome::Here && IsImage(bytes)) {
-        auto image = std::make_unique<tagTILE_IMAGE>();
-        image->nColumn = address->column;
-        image->nRow = address->row;
-        image->strKey = key;
-        image->stream.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-        std::list<tagTILE_IMAGE*> one{image.get()};
-        static_cast<void>(image.release());
-        return one;
+        return OneTile(*address, key, bytes);
     }
     if (result.outcome == HttpOutcome::Here || result.outcome == HttpOutcome::Failed) {
         LogTileFailure(key, (result.address.ForLog() + ": " +
@@ -175,15 +169,11 @@ std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTiles(const CString& mapN
                                                              int layerNumber,
                                                              const std::list<CString>& tileKeys) {
     return Safely<std::list<tagTILE_IMAGE*>>([&] {
-        std::list<tagTILE_IMAGE*> tiles;
-        if (const auto map = FindMap(mapName); map != nullptr) {
-            for (const CString& key : tileKeys) {
-                // Each on its own: one that fails costs no other.
-                tiles.splice(tiles.end(), Safely<std::list<tagTILE_IMAGE*>>(
-                                              [&] { return LoadTile(*map, layerNumber, key); }));
-            }
-        }
-        return tiles;
+        const auto map = FindMap(mapName);
+        return map != nullptr
+                   ? LoadEach(kName, tileKeys,
+                              [&](const CString& key) { return LoadTile(*map, layerNumber, key); })
+                   : std::list<tagTILE_IMAGE*>();
     });
 }
 

@@ -13,7 +13,7 @@ using namespace TerrascopeTest;
 using namespace Terrascope::Plugins;
 
 TEST(PmtilesNumber, FollowsTheCurveThroughEachZoomLevel) {
-    // The example of the specification, and one far down from another implementation's tests.
+    // The example of PMTiles 3, and one far down, as other readers number it.
     EXPECT_EQ(2U, PmtilesNumber({1, 0, 1}));
     EXPECT_EQ(19078479U, PmtilesNumber({12, 3423, 1763}));
     EXPECT_EQ(((std::uint64_t{1} << 62) - 1) / 3 - 1, PmtilesNumber({30, (1 << 30) - 1, 0}));

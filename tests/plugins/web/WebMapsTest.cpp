@@ -195,7 +195,7 @@ TEST(TileAddressTemplate, NumbersATileAsItsServerDoes) {
         const PyramidTile tile{column, row, (1U << zoom) - 1 - row};
         return parsed ? parsed->Expand(zoom, tile)->Text() : reason;
     };
-    // Rows from the south: the worked example of the MBTiles specification.
+    // Rows from the south: the worked example of MBTiles 1.3.
     EXPECT_EQ("http://h/11/327/1256", expand("http://h/{z}/{x}/{-y}", 11, 327, 791));
     EXPECT_EQ("http://h/t213.png", expand("http://h/t{q}.png", 3, 3, 5));
     EXPECT_EQ("https://h/3/3/5.png?k=%7D", expand("https://h/{z}/{x}/{y}{r}.png?k=}", 3, 3, 5));
