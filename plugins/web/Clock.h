@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "plugins/web/Cancellation.h"
+#include "plugins/web/HttpDate.h"
 
 namespace Terrascope::Plugins {
 
@@ -16,6 +17,9 @@ public:
 
     /// Since some start; never less than before.
     virtual Milliseconds Now() { return static_cast<Milliseconds>(::GetTickCount64()); }
+
+    /// The time of the day, which may be set; to compare with a server's.
+    virtual UnixSeconds Utc();
 
     /// Waits; false when it was cancelled meanwhile.
     virtual bool Rest(Milliseconds duration, const Cancellation& cancellation) {

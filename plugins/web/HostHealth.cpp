@@ -44,6 +44,12 @@ bool HostHealth::MayAsk(const std::string& host) {
     return true;
 }
 
+bool HostHealth::IsLeftAlone(const std::string& host) {
+    CSingleLock lock(&m_lock, TRUE);
+    const auto found = m_hosts.find(host);
+    return found != m_hosts.end() && m_clock.Now() < found->second.until;
+}
+
 void HostHealth::Answered(const std::string& host) {
     CSingleLock lock(&m_lock, TRUE);
     m_hosts.erase(host);

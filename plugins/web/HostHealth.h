@@ -23,6 +23,9 @@ public:
     /// Whether a request may go to the host now. If so, its end is to be reported.
     bool MayAsk(const std::string& host);
 
+    /// Whether none may now.
+    bool IsLeftAlone(const std::string& host);
+
     void Answered(const std::string& host);
     /// Returns for how long the host is left alone now; 0: it is not.
     Milliseconds Failed(const std::string& host);

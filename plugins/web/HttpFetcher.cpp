@@ -44,15 +44,20 @@ HttpOutcome OutcomeOf(const HttpResponse& response) {
     }
 }
 
-/// Retry-After in seconds. Its other form, a date, is rare, and clocks differ: the pause is ours
-/// then.
+/// What Retry-After states, in seconds or as a date; a date counts from the server's own, where
+/// there is one, since clocks differ. Nothing for one that is past: the pause is ours then.
 std::optional<Milliseconds> AskedPause(const HttpResponse& response) {
+    constexpr UnixSeconds kDay = 86'400;
     const std::string text = response.Header("retry-after");
-    Milliseconds seconds = 0;
+    UnixSeconds seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    constexpr Milliseconds kDay = 86'400;
     if (text.empty() || error != std::errc() || end != text.data() + text.size() || seconds < 0) {
-        return std::nullopt;
+        const auto date = ParseHttpDate(text, response.received);
+        const auto now = ParseHttpDate(response.Header("date"), response.received);
+        seconds = date.value_or(0) - now.value_or(response.received);
+        if (!date || seconds <= 0) {
+            return std::nullopt;
+        }
     }
     return std::min(seconds, kDay) * 1000;
 }
@@ -70,6 +75,10 @@ HttpHeaders HeadersFor(const HttpIdentity& identity, const HttpHeaders& extra,
     }
     headers.insert(headers.end(), extra.begin(), extra.end());
     return headers;
+}
+
+std::string ReasonOf(const HttpResponse& failed) {
+    return failed.status != 0 ? "status " + std::to_string(failed.status) : failed.failure;
 }
 
 HttpResult Failure(const HttpAddress& address, std::string reason) {
@@ -138,6 +147,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
             HttpLimits left = limits;
             left.total = std::max<Milliseconds>(end - m_clock.Now(), 0);
             result.response = Transfer(HttpSession(), request, left, cancellation);
+            result.response.received = m_clock.Utc();
         }
         result.outcome = OutcomeOf(result.response);
         Report(result);
@@ -154,9 +164,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
         result.address = *next;
     }
     if (result.outcome == HttpOutcome::Failed) {
-        result.reason = result.response.status != 0
-                            ? "status " + std::to_string(result.response.status)
-                            : result.response.failure;
+        result.reason = ReasonOf(result.response);
     }
     return result;
 }
@@ -168,20 +176,20 @@ void HttpFetcher::Report(const HttpResult& result) {
         m_hosts.Undecided(origin);
         return;
     }
+    const std::string reason = ReasonOf(result.response);
     const auto asked = AskedPause(result.response);
     if (IsForNow(status) && asked) {
         m_hosts.AskedForPause(origin, *asked);
-        return;
-    }
-    if (status != 0 && !IsForNow(status)) {
+    } else if (status != 0 && !IsForNow(status)) {
         m_hosts.Answered(origin);
-        return;
-    }
-    const Milliseconds rest = m_hosts.Failed(origin);
-    if (rest > 0) {
+    } else if (const Milliseconds rest = m_hosts.Failed(origin); rest > 0) {
         LogLine("%s is left alone for %d s: %s", origin.c_str(), static_cast<int>(rest / 1000),
-                status != 0 ? ("status " + std::to_string(status)).c_str()
-                            : result.response.failure.c_str());
+                reason.c_str());
+    }
+    if (result.outcome == HttpOutcome::Failed && !IsRedirect(status)) {
+        m_states.Failed(origin, result.response.isUnreachable, m_hosts.IsLeftAlone(origin), reason);
+    } else {
+        m_states.Answered(origin);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "plugins/web/Clock.h"
 #include "plugins/web/HostHealth.h"
 #include "plugins/web/HttpTransfer.h"
+#include "plugins/web/ServerStates.h"
 
 namespace Terrascope::Plugins {
 
@@ -48,6 +49,9 @@ public:
     /// For all providers of the process: what a server has not got, it has for none of them.
     static HttpFetcher& OfProcess();
 
+    /// What is wrong with the servers now. Never waits for one.
+    ServerState State() { return m_states.Now(); }
+
     /// `extra` are headers of this request alone.
     HttpResult Fetch(const HttpAddress& address, const HttpIdentity& identity,
                      const HttpLimits& limits, const Cancellation& cancellation,
@@ -62,6 +66,7 @@ private:
     Clock& m_clock;
     HostHealth m_hosts;
     AbsentAddresses m_absent;
+    CServerStates m_states;
 };
 
 }  // namespace Terrascope::Plugins

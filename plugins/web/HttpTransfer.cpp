@@ -6,6 +6,7 @@
 #include <charconv>
 #include <memory>
 
+#include "plugins/web/HttpErrors.h"
 #include "terrascope/support/Handles.h"
 
 namespace Terrascope::Plugins {
@@ -117,6 +118,8 @@ private:
     bool Fail(const char* what, DWORD error) {
         m_response.failure = what;
         if (error != 0) {
+            const std::string words = WordsOf(error);
+            m_response.failure += (words.empty() ? "" : ": ") + words;
             m_response.failure += " (error " + std::to_string(error) + ")";
         }
         return false;
@@ -229,6 +232,14 @@ private:
         return Fail(what, m_operation->error);
     }
 
+    /// A failure before there was a connection is one of the way to the server, but for what the
+    /// encryption fails by. Zero: it took too long, which tells nothing when there was little time.
+    bool FailUnreached(DWORD error) {
+        m_response.isUnreachable =
+            error != 0 ? !IsOfEncryption(error) : m_limits.total >= m_limits.connect;
+        return false;
+    }
+
     /// Wine reports that the request was sent when the answer begins, so the limit of the
     /// connection ends with the report that it is being sent.
     bool Send() {
@@ -236,17 +247,23 @@ private:
         const BOOL begun = ::WinHttpSendRequest(m_request.Get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
                                                 WINHTTP_NO_REQUEST_DATA, 0, 0, m_context);
         if (!begun) {
-            return Fail(kNone, ::GetLastError());
+            const DWORD error = ::GetLastError();
+            Fail(kNone, error);
+            return FailUnreached(error);
         }
         const auto isConnected = [this] {
             return m_operation->isConnected || m_operation->completed != 0;
         };
         if (!AwaitEvent(isConnected, m_limits.connect, kNone)) {
-            return false;
+            return FailUnreached(0);
         }
         m_headersEnd = Now() + m_limits.firstByte;
-        return Await(TRUE, WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE, m_limits.firstByte,
-                     m_operation->isConnected ? "no answer" : kNone);
+        const bool wasConnected = m_operation->isConnected;
+        if (Await(TRUE, WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE, m_limits.firstByte,
+                  wasConnected ? "no answer" : kNone)) {
+            return true;
+        }
+        return !wasConnected && FailUnreached(m_operation->error);
     }
 
     bool Receive() {
@@ -283,8 +300,13 @@ private:
             const std::size_t colon = raw.find(L':', begin);
             if (colon < end) {
                 const std::size_t value = std::min(raw.find_first_not_of(L" \t", colon + 1), end);
-                m_response.headers[SmallLetters(Narrowed(&raw[begin], &raw[colon]))] =
-                    Narrowed(raw.data() + value, raw.data() + end);
+                const std::size_t valueEnd = raw.find_last_not_of(L" \t", end - 1) + 1;
+                const std::string name = SmallLetters(Narrowed(&raw[begin], &raw[colon]));
+                std::string& header = m_response.headers[name];
+                const std::string former =
+                    name == "cache-control" && !header.empty() ? header + ", " : std::string();
+                header =
+                    former + Narrowed(raw.data() + value, raw.data() + std::max(value, valueEnd));
             }
             begin = end + 2;
         }

@@ -14,6 +14,7 @@
 #include "plugins/web/Cancellation.h"
 #include "plugins/web/Clock.h"
 #include "plugins/web/HttpAddress.h"
+#include "plugins/web/HttpDate.h"
 
 namespace Terrascope::Plugins {
 
@@ -37,13 +38,21 @@ struct HttpRequest {
 struct HttpResponse {
     int status = 0;
     bool wasCancelled = false;
-    bool isOurRefusal = false;  ///< the failure says nothing of the host
+    bool isOurRefusal = false;   ///< the failure says nothing of the host
+    bool isUnreachable = false;  ///< there was no connection at all
     bool wasHungUp =
         false;  ///< the connection ended before an answer: a kept one may have been old
     std::string failure;
-    std::map<std::string, std::string> headers;  ///< names in small letters; the last of each
+    /// Names in small letters; the last of each, but all of "cache-control" with commas between.
+    std::map<std::string, std::string> headers;
     std::vector<std::uint8_t> body;
+    UnixSeconds received = 0;  ///< when it came, by our clock
 
+    /// Last-Modified; 0 when it is not stated.
+    UnixSeconds LastModified() const {
+        return ParseHttpDate(Header("last-modified"), received).value_or(0);
+    }
+    bool Has(const char* name) const { return headers.contains(name); }
     /// Empty when there is no such header.
     std::string Header(const char* name) const {
         const auto found = headers.find(name);

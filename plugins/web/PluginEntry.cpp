@@ -1,5 +1,6 @@
 #include "plugins/common/PluginLog.h"
 #include "plugins/common/ProviderFactory.h"
+#include "plugins/common/WithoutThrowing.h"
 #include "plugins/web/WebTileMapInfoProvider.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 
@@ -22,6 +23,12 @@ __declspec(dllexport) void cancelLoads(Terrascope::ITileMapInfoProvider* provide
     if (auto* web = dynamic_cast<CWebTileMapInfoProvider*>(provider); web != nullptr) {
         web->Cancel();
     }
+}
+
+__declspec(dllexport) int serverState(char* text, int size) {
+    return Terrascope::Plugins::WithoutThrowing<int>(CWebTileMapInfoProvider::kName, [&] {
+        return HandOver(Terrascope::Plugins::HttpFetcher::OfProcess().State(), text, size);
+    });
 }
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {

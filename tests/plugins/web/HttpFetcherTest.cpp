@@ -32,7 +32,9 @@ public:
         rests.push_back(duration);
         return !cancellation.IsCancelled();
     }
+    UnixSeconds Utc() override { return utc; }
     std::atomic<Milliseconds> now = 1000;
+    UnixSeconds utc = 0;
     std::vector<Milliseconds> rests;
 };
 
@@ -61,7 +63,9 @@ protected:
 TEST_F(Fetching, BringsWholeAnswersOverKeptConnections) {
     const std::string large(99999, 'x');
     m_server.On("/a?key=1", Reply{200, "first"});
-    m_server.On("/b", Reply{200, large, "ETag: \"v1\"\r\n"});
+    m_server.On("/b", Reply{200, large,
+                            "ETag: \"v1\" \r\nCache-Control: public\r\n"
+                            "cache-control: max-age=5\r\nX-A: 1\r\nX-A: 2\r\n"});
     m_server.On("/empty", Reply{200, ""});
     m_server.On("/chunked", Reply{.body = "HTTP/1.1 200 X\r\nTransfer-Encoding: chunked\r\n\r\n"
                                           "5\r\nhello\r\n0\r\n\r\n",
@@ -73,6 +77,8 @@ TEST_F(Fetching, BringsWholeAnswersOverKeptConnections) {
     const HttpResult second = FetchPath("/b");
     EXPECT_EQ(large, Body(second));
     EXPECT_EQ("\"v1\"", second.response.Header("etag"));
+    EXPECT_EQ("public, max-age=5", second.response.Header("cache-control"));
+    EXPECT_EQ("2", second.response.Header("x-a"));
     EXPECT_EQ("", Body(FetchPath("/empty")));
     EXPECT_EQ(1, m_server.Connections());
     EXPECT_EQ("hello", Body(FetchPath("/chunked")));
@@ -173,6 +179,20 @@ TEST_F(Fetching, AsksAgainWhatTheServerCannotDoNow) {
     EXPECT_EQ(1, m_server.Requests("/long"));
     m_clock.now += 60000;
     EXPECT_EQ("now", Body(FetchPath("/busy")));
+
+    const std::string date = "Date: Sun, 06 Nov 1994 08:49:37 GMT\r\n";
+    m_server.On("/date", {Reply{503, "", date + "Retry-After: Sun, 06 Nov 1994 08:49:40 GMT\r\n"},
+                          Reply{503, "", date + "Retry-After: Sun, 06 Nov 1994 08:49:36 GMT\r\n"},
+                          Reply{200, "by the server's clock"}});
+    m_clock.rests.clear();
+    EXPECT_EQ("by the server's clock", Body(FetchPath("/date")));
+    EXPECT_THAT(m_clock.rests, ElementsAre(3020, 1020)) << "one that is past does not count";
+    m_server.On("/today", {Reply{503, "", "Retry-After: Fri, 02 Jan 1970 00:00:02 GMT\r\n"},
+                           Reply{200, "by our clock"}});
+    m_clock.utc = 86400;
+    m_clock.rests.clear();
+    EXPECT_EQ("by our clock", Body(FetchPath("/today")));
+    EXPECT_THAT(m_clock.rests, ElementsAre(2020));
 }
 
 TEST_F(Fetching, DoesNotAskForWhatIsKnownToBeAbsent) {
@@ -212,6 +232,59 @@ TEST_F(Fetching, LeavesAHostAloneThatIsDown) {
     EXPECT_EQ("other hosts are asked", Body(FetchPath("/a")));
     EXPECT_EQ(1, m_log.Count("is left alone for 2 s")) << m_log.Text();
     EXPECT_EQ(0, m_log.Count("secret")) << m_log.Text();
+}
+
+TEST_F(Fetching, RemembersWhichServersFail) {
+    const auto state = [this] {
+        const ServerState now = m_fetcher.State();
+        return std::to_string(now.kind) + " " + now.text;
+    };
+    m_limits.connect = 900;  // as in LeavesAHostAloneThatIsDown, and less than all of the time
+    std::string unreachable;
+    {
+        const FaultServer gone;
+        unreachable = gone.Address("/tile?key=secret");
+    }
+    const std::string here = m_server.Address("").substr(7);
+    m_server.On("/up", Reply{200, "up"});
+    m_server.On("/forbidden?key=secret", Reply{403, "no"});
+    m_server.On("/mute", Reply{.kind = Reply::HangUp});
+    m_server.On("/busy", Reply{503, "", "Retry-After: 50\r\n"});
+    EXPECT_EQ("0 ", state());
+    FetchPath("/forbidden?key=secret");
+    EXPECT_EQ("1 " + here + ": status 403", state());
+    FetchPath("/missing");
+    EXPECT_EQ("0 ", state()) << "that nothing is there is an answer";
+    FetchPath("/mute");
+    EXPECT_THAT(state(), testing::StartsWith("1 " + here + ": no answer"));
+    FetchPath("/up");
+    Fetch(unreachable);
+    EXPECT_THAT(state(), testing::StartsWith("2 127.0.0.1:"));
+    EXPECT_THAT(state(), HasSubstr(": no connection"));
+    EXPECT_THAT(state(), Not(HasSubstr("secret")));
+    FetchPath("/busy");
+    EXPECT_EQ("1 " + here + " is left alone: status 503", state());
+    m_clock.now += 50020;
+    FetchPath("/up");
+    EXPECT_THAT(state(), testing::StartsWith("2 ")) << "that one is still as it was";
+}
+
+TEST(ServerStates, AreBoundedAndHandedOverInTheRoomThereIs) {
+    CServerStates states;
+    for (int i = 0; i < 100; ++i) {
+        states.Failed("http://" + std::to_string(i), i != 20 && i != 90, false, "down");
+    }
+    EXPECT_EQ("90: down", states.Now().text) << "it can be reached";
+    states.Answered("http://90");
+    EXPECT_EQ("99: down", states.Now().text) << "the first ones are forgotten";
+    std::string buffer(8, '#');
+    EXPECT_EQ(2, HandOver(states.Now(), buffer.data(), 6));
+    EXPECT_EQ("99: d\0##"s, buffer);
+    EXPECT_EQ(0, HandOver({}, buffer.data(), 1));
+    EXPECT_EQ("\0009: d\0##"s, buffer);
+    EXPECT_EQ(2, HandOver(states.Now(), buffer.data(), 0));
+    EXPECT_EQ(2, HandOver(states.Now(), nullptr, 8));
+    EXPECT_EQ("\0009: d\0##"s, buffer);
 }
 
 TEST(HostHealth, RestsLongerEachTimeAndSendsOneToFindOut) {
