@@ -84,6 +84,7 @@ MapFacts DataPath::Over(MapFacts of) const {
     put(of.maxZoom, facts.maxZoom, facts.maxZoom.has_value());
     put(of.bounds, facts.bounds, facts.bounds.has_value());
     put(of.tileSize, facts.tileSize, facts.tileSize.has_value());
+    put(of.updated, facts.updated, facts.updated != 0);
     return of;
 }
 

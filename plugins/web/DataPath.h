@@ -18,7 +18,8 @@ struct DataPath {
     static DataPath Parse(std::string_view text);
     bool IsTemplate() const { return address.find('{') != std::string::npos; }
 
-    /// `facts` with what the data path states in their places.
+    /// `facts` with what the data path states in their places; so does the time of the document
+    /// that it leads to, once its reader has put that among them.
     MapFacts Over(MapFacts facts) const;
 };
 

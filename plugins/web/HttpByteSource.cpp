@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 #include <cstring>
 #include <optional>
 
@@ -12,10 +11,8 @@ namespace {
 constexpr std::uint64_t kStart = std::uint64_t{16} * 1024;
 constexpr int kPartialContent = 206;
 
-/// The innermost CEndsWith of this thread; null: none.
-thread_local const Cancellation* t_cancellation = nullptr;
-/// When its reads are to end, in milliseconds of GetTickCount64.
-thread_local ULONGLONG t_end = ULLONG_MAX;
+/// The innermost of this thread; null: none.
+thread_local CHttpByteSource::CReadScope* t_scope = nullptr;
 
 /// "bytes first-last/size".
 struct ContentRange {
@@ -51,6 +48,14 @@ std::string VersionOf(const HttpResponse& response) {
     return !tag.empty() && !tag.starts_with("W/") ? tag : response.Header("last-modified");
 }
 
+/// The headers alone.
+HttpResponse WithoutBody(const HttpResponse& response) {
+    HttpResponse headers;
+    headers.headers = response.headers;
+    headers.received = response.received;
+    return headers;
+}
+
 /// Whether the answer is that range of a file of that size; its length is right then.
 bool IsRange(const HttpResult& result, std::uint64_t offset, std::uint64_t count,
              std::uint64_t size) {
@@ -62,15 +67,15 @@ bool IsRange(const HttpResult& result, std::uint64_t offset, std::uint64_t count
 
 }  // namespace
 
-CHttpByteSource::CEndsWith::CEndsWith(const Cancellation& cancellation, Milliseconds time)
-    : m_former(t_cancellation), m_formerEnd(t_end) {
-    t_cancellation = &cancellation;
-    t_end = ::GetTickCount64() + static_cast<ULONGLONG>(time);
+CHttpByteSource::CReadScope::CReadScope(const Cancellation& cancellation, Milliseconds time)
+    : m_cancellation(cancellation),
+      m_end(::GetTickCount64() + static_cast<ULONGLONG>(time)),
+      m_former(t_scope) {
+    t_scope = this;
 }
 
-CHttpByteSource::CEndsWith::~CEndsWith() {
-    t_cancellation = m_former;
-    t_end = m_formerEnd;
+CHttpByteSource::CReadScope::~CReadScope() {
+    t_scope = m_former;
 }
 
 std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& address,
@@ -78,12 +83,12 @@ std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& addres
                                                        const Cancellation& cancellation,
                                                        std::string& reason) {
     std::unique_ptr<CHttpByteSource> source(new CHttpByteSource(address, access));
-    HttpResult result = source->Fetch(0, kStart, cancellation);
+    HttpResult result = source->Fetch(0, kStart, kTileLimits.total, cancellation);
     if (result.outcome != HttpOutcome::Here) {
         reason = result.outcome == HttpOutcome::Absent ? "it is absent" : result.reason;
         return nullptr;
     }
-    std::vector<std::uint8_t>& body = result.response.body;
+    const std::vector<std::uint8_t>& body = result.response.body;
     source->m_size = body.size();
     if (result.response.status == kPartialContent) {
         const auto range = ParseContentRange(result.response.Header("content-range"));
@@ -97,11 +102,11 @@ std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& addres
         return nullptr;
     }
     source->m_version = VersionOf(result.response);
-    source->m_start = std::move(body);
+    source->m_first = std::move(result.response);
     return source;
 }
 
-HttpResult CHttpByteSource::Fetch(std::uint64_t offset, std::uint64_t count,
+HttpResult CHttpByteSource::Fetch(std::uint64_t offset, std::uint64_t count, Milliseconds time,
                                   const Cancellation& cancellation) const {
     HttpHeaders headers{
         {"Range", "bytes=" + std::to_string(offset) + "-" + std::to_string(offset + count - 1)}};
@@ -111,11 +116,7 @@ HttpResult CHttpByteSource::Fetch(std::uint64_t offset, std::uint64_t count,
     HttpLimits limits = kTileLimits;
     // The file is there: a range beyond its end is not to be remembered as absent.
     limits.remembersAbsence = false;
-    const ULONGLONG now = ::GetTickCount64();
-    const ULONGLONG left = t_end > now ? t_end - now : 0;
-    if (left < static_cast<ULONGLONG>(limits.total)) {
-        limits.total = static_cast<Milliseconds>(left);
-    }
+    limits.total = std::min(limits.total, time);
     return m_access.fetcher.Fetch(m_address, m_access.identity, limits, cancellation, headers);
 }
 
@@ -126,18 +127,32 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
     if (buffer.empty()) {
         return true;
     }
-    if (offset + buffer.size() <= m_start.size()) {
-        std::memcpy(buffer.data(), m_start.data() + offset, buffer.size());
+    if (t_scope == nullptr) {
+        static const Cancellation never;
+        const CReadScope scope(never, kTileLimits.total);
+        return Read(offset, buffer);
+    }
+    CReadScope& own = *t_scope;
+    if (offset + buffer.size() <= m_first.body.size()) {
+        std::memcpy(buffer.data(), m_first.body.data() + offset, buffer.size());
+        own.m_last = WithoutBody(m_first);
         return true;
     }
-    static const Cancellation never;
-    const HttpResult result =
-        Fetch(offset, buffer.size(), t_cancellation != nullptr ? *t_cancellation : never);
+    const ULONGLONG now = ::GetTickCount64();
+    if (own.m_end <= now) {
+        own.m_failure = "it takes too long";
+        return false;
+    }
+    const HttpResult result = Fetch(offset, buffer.size(),
+                                    static_cast<Milliseconds>(own.m_end - now), own.m_cancellation);
     if (!IsRange(result, offset, buffer.size(), m_size) ||
         VersionOf(result.response) != m_version) {
+        own.m_failure = result.outcome == HttpOutcome::Failed ? result.reason
+                                                              : "the file there is another one now";
         return false;
     }
     std::memcpy(buffer.data(), result.response.body.data(), buffer.size());
+    own.m_last = WithoutBody(result.response);
     return true;
 }
 

@@ -27,25 +27,38 @@ public:
     /// False as well once the server has another version of the file.
     bool Read(std::uint64_t offset, std::span<std::uint8_t> buffer) override;
 
-    /// While it lives, reads of this thread end with the cancellation, and take so many
-    /// milliseconds at most, all together.
-    class CEndsWith {
+    /// Last-Modified of the file; 0 when it is not stated.
+    UnixSeconds LastModified() const { return m_first.LastModified(); }
+
+    /// While it lives, reads of this thread end with the cancellation, take so many milliseconds at
+    /// most, all together, and leave word here.
+    class CReadScope {
     public:
-        CEndsWith(const Cancellation& cancellation, Milliseconds time);
-        ~CEndsWith();
-        CEndsWith(const CEndsWith&) = delete;
-        CEndsWith& operator=(const CEndsWith&) = delete;
+        CReadScope(const Cancellation& cancellation, Milliseconds time);
+        ~CReadScope();
+        CReadScope(const CReadScope&) = delete;
+        CReadScope& operator=(const CReadScope&) = delete;
+
+        /// The headers, without a body, of the answer that the last bytes came with.
+        const HttpResponse& Last() const { return m_last; }
+        /// Why bytes could not be had from the server; empty: all could that were asked for.
+        const std::string& Failure() const { return m_failure; }
 
     private:
-        const Cancellation* const m_former;
-        const ULONGLONG m_formerEnd;
+        friend CHttpByteSource;
+
+        const Cancellation& m_cancellation;
+        const ULONGLONG m_end;  ///< milliseconds of GetTickCount64
+        CReadScope* const m_former;
+        HttpResponse m_last;
+        std::string m_failure;
     };
 
 private:
     CHttpByteSource(const HttpAddress& address, const WebAccess& access)
         : m_address(address), m_access(access) {}
 
-    HttpResult Fetch(std::uint64_t offset, std::uint64_t count,
+    HttpResult Fetch(std::uint64_t offset, std::uint64_t count, Milliseconds time,
                      const Cancellation& cancellation) const;
 
     const HttpAddress m_address;
@@ -53,7 +66,7 @@ private:
     // Constant after Open:
     std::uint64_t m_size = 0;
     std::string m_version;  ///< the entity tag or time of the file; empty: not stated
-    std::vector<std::uint8_t> m_start;
+    HttpResponse m_first;   ///< the answer that brought the start; its body is that
 };
 
 }  // namespace Terrascope::Plugins

@@ -130,7 +130,8 @@ private:
         return true;
     }
 
-    bool ReadDocument(const HttpResult& result, const DataPath& path, Maps& maps) {
+    bool ReadDocument(const HttpResult& result, DataPath path, Maps& maps) {
+        path.facts.updated = result.response.LastModified();
         const std::vector<std::uint8_t>& body = result.response.body;
         if (ReadImageHeader(body).format == ImageFormat::Markup) {
             ReadMarkup(body, result.address, path, maps);
@@ -138,7 +139,7 @@ private:
         }
         const Json document = Json::parse(body.begin(), body.end(), nullptr, false);
         if (document.is_array() && !m_isInList) {
-            return ReadList(document, result.address, maps);
+            return ReadList(document, result.address, path.facts.updated, maps);
         }
         if (document.is_discarded()) {
             LeaveOut(result.address.ForLog(), "it is no document that can be used");
@@ -169,7 +170,7 @@ private:
     }
 
     /// Documents, and addresses of such, in the order of the maps.
-    bool ReadList(const Json& list, const HttpAddress& address, Maps& maps) {
+    bool ReadList(const Json& list, const HttpAddress& address, UnixSeconds updated, Maps& maps) {
         m_isInList = true;
         bool isComplete = true;
         std::size_t left = kMostInList;
@@ -180,12 +181,15 @@ private:
             }
             if (!entry.is_string()) {
                 std::string reason;
-                auto map = ReadTileJson(entry, address, {}, reason);
+                DataPath none;
+                none.facts.updated = updated;
+                auto map = ReadTileJson(entry, address, none, reason);
                 Add(maps, std::move(map), address.ForLog(), reason);
                 continue;
             }
             DataPath path = DataPath::Parse(entry.get_ref<const std::string&>());
             if (path.IsTemplate()) {
+                path.facts.updated = updated;
                 ReadTemplate(path, &address, maps);
                 continue;
             }

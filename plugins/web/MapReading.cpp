@@ -12,6 +12,7 @@ namespace {
 
 constexpr Milliseconds kFirstWait = 6000;
 constexpr Milliseconds kLaterWait = 1000;
+constexpr Milliseconds kRetry = 30'000;
 constexpr Milliseconds kFresh = 300'000;  // five minutes
 constexpr std::size_t kMostReadings = 16;
 
@@ -72,8 +73,20 @@ void CMapReading::Begin() {
         return;
     }
     CSingleLock lock(&m_lock, TRUE);
+    m_hasSucceeded = false;
     m_isReading = false;
     ::SetEvent(m_idle.Get());
+}
+
+void CMapReading::BeginIfFailed() {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        if (m_isReading || m_hasSucceeded ||
+            Now() - m_end < (m_library->empty() ? kRetry : kFresh)) {
+            return;
+        }
+    }
+    Begin();
 }
 
 void CMapReading::BeginIfOld() {
@@ -104,6 +117,7 @@ void CMapReading::Read() {
     });
     CSingleLock lock(&m_lock, TRUE);
     m_hasSucceeded = read.isComplete;
+    m_hasEverSucceeded = m_hasEverSucceeded || read.isComplete;
     if (read.library != nullptr && (read.isComplete || m_library->empty())) {
         m_library = std::move(read.library);
     }
@@ -135,13 +149,13 @@ std::shared_ptr<const WebLibrary> CMapReading::Library(const Cancellation& cance
     return m_library;
 }
 
+std::shared_ptr<const WebLibrary> CMapReading::LibraryNow() {
+    CSingleLock lock(&m_lock, TRUE);
+    return m_hasEverSucceeded ? m_library : nullptr;
+}
+
 bool CMapReading::Await(const Cancellation& cancellation) {
-    Milliseconds end = 0;
-    {
-        CSingleLock lock(&m_lock, TRUE);
-        end = m_start + kFirstWait;
-    }
-    WaitUntil(end, cancellation);
+    WaitUntil(Now() + kFirstWait, cancellation);
     CSingleLock lock(&m_lock, TRUE);
     return m_hasSucceeded && !m_isReading;
 }

@@ -34,8 +34,15 @@ public:
     /// on until six seconds after its start (one second, if one has failed before). Never null.
     std::shared_ptr<const WebLibrary> Library(const Cancellation& cancellation);
 
-    /// Waits for the reading that is going on, up to six seconds after its start; whether the last
-    /// one that ended succeeded.
+    /// The maps without waiting; null as long as no reading has succeeded.
+    std::shared_ptr<const WebLibrary> LibraryNow();
+
+    /// Starts to read when the last reading failed, half a minute ago or more (five, if there are
+    /// maps): the server may be back. Does not wait.
+    void BeginIfFailed();
+
+    /// Waits for the reading that is going on, up to six seconds; whether the last one that ended
+    /// succeeded, and none is going on.
     bool Await(const Cancellation& cancellation);
 
 private:
@@ -50,7 +57,8 @@ private:
     CCriticalSection m_lock;
     bool m_isReading TERRASCOPE_GUARDED_BY(m_lock) = false;
     bool m_hasSucceeded TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the last one that ended
-    int m_readings TERRASCOPE_GUARDED_BY(m_lock) = 0;           ///< that ended
+    bool m_hasEverSucceeded TERRASCOPE_GUARDED_BY(m_lock) = false;
+    int m_readings TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< that ended
     Milliseconds m_start TERRASCOPE_GUARDED_BY(m_lock) = 0;
     Milliseconds m_end TERRASCOPE_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<const WebLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock);

@@ -23,15 +23,19 @@ public:
         : m_archive(std::move(archive)), m_address(address) {}
 
     HttpResult Load(int layer, const PyramidTile& tile, const WebAccess&,
-                    const Cancellation& cancellation) const override {
-        const CHttpByteSource::CEndsWith ends(cancellation, kTileLimits.total);
+                    const Cancellation& cancellation, const HttpHeaders&) const override {
+        const CHttpByteSource::CReadScope reads(cancellation, kTileLimits.total);
         HttpResult result;
         result.address = m_address;
         if (m_archive->ReadTile(0, {layer, tile.column, tile.row}, result.response.body)) {
             result.outcome = HttpOutcome::Here;
+            result.response.headers = reads.Last().headers;
+            result.response.received = reads.Last().received;
+        } else if (cancellation.IsCancelled()) {
+            result.outcome = HttpOutcome::Cancelled;
         } else {
-            result.outcome =
-                cancellation.IsCancelled() ? HttpOutcome::Cancelled : HttpOutcome::Absent;
+            result.reason = reads.Failure();
+            result.outcome = result.reason.empty() ? HttpOutcome::Absent : HttpOutcome::Failed;
         }
         return result;
     }
@@ -57,8 +61,15 @@ PmtilesMapResult ReadPmtilesMap(const HttpAddress& address, const DataPath& path
         result.isHere = false;
         return result;
     }
-    const CHttpByteSource::CEndsWith ends(cancellation, kDocumentLimits.total);
+    const UnixSeconds updated = bytes->LastModified();
+    const CHttpByteSource::CReadScope reads(cancellation, kDocumentLimits.total);
     auto archive = CPmtilesArchive::Open(std::move(bytes), 0, result.reason);
+    if (!reads.Failure().empty()) {
+        // A map that is described by a part alone would have another name, or another format.
+        result.isHere = false;
+        result.reason = reads.Failure();
+        return result;
+    }
     if (archive == nullptr) {
         return result;
     }
@@ -74,6 +85,7 @@ PmtilesMapResult ReadPmtilesMap(const HttpAddress& address, const DataPath& path
     facts.attribution = stated.attribution;
     facts.format = stated.format;
     facts.tileSize = stated.tileWidth;
+    facts.updated = updated;
     facts = path.Over(facts);
     const int first = std::max(facts.minZoom.value_or(0), stated.grid.firstLayer);
     const int last = std::min(facts.maxZoom.value_or(stated.grid.lastLayer), stated.grid.lastLayer);

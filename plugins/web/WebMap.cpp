@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "plugins/common/FolderFiles.h"
 #include "plugins/common/MapRemark.h"
 #include "plugins/common/PlainText.h"
 
@@ -19,6 +20,22 @@ bool IsFormat(const std::string& text) {
            std::all_of(text.begin(), text.end(), [](char c) {
                return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
            });
+}
+
+/// A map without a time has the same one whenever it is read, or it would seem to be newer each
+/// time: the first of January 1970, by every clock.
+SYSTEMTIME UpdateTime(UnixSeconds time) {
+    constexpr UnixSeconds k1970 = 11'644'473'600;  // seconds since 1601
+    constexpr FileTime kSteps = 10'000'000;        // in a second
+    if (time > 0) {
+        return LocalTime(static_cast<FileTime>(time + k1970) * kSteps);
+    }
+    SYSTEMTIME none{};
+    none.wYear = 1970;
+    none.wMonth = 1;
+    none.wDay = 1;
+    none.wDayOfWeek = 4;
+    return none;
 }
 
 /// In the units of MercatorWorld. Bounds that are none, or that cross the date line, count as
@@ -55,6 +72,7 @@ std::shared_ptr<const WebMap> MakeMap(const MapFacts& facts, const TilePyramid& 
     info.strRemark =
         MapRemark(NarrowFromUtf8(TextOfHtml(facts.description), kLongestText), isMercator,
                   NarrowFromUtf8(TextOfHtml(facts.attribution), kLongestText));
+    info.stUpdateTime = UpdateTime(facts.updated);
     grid->Describe(info);
     return std::make_shared<WebMap>(WebMap{info, *grid, grid->Layers(info), std::move(source)});
 }
@@ -73,7 +91,8 @@ std::shared_ptr<const WebMap> MakeMercatorMap(const MapFacts& facts, int deepest
 }
 
 HttpResult CTemplateSource::Load(int layer, const PyramidTile& tile, const WebAccess& access,
-                                 const Cancellation& cancellation) const {
+                                 const Cancellation& cancellation,
+                                 const HttpHeaders& conditions) const {
     PyramidTile place = tile;
     if (m_isFromSouth) {
         std::swap(place.row, place.rowFromBottom);
@@ -86,7 +105,7 @@ HttpResult CTemplateSource::Load(int layer, const PyramidTile& tile, const WebAc
         none.outcome = HttpOutcome::Absent;
         return none;
     }
-    return access.fetcher.Fetch(*address, access.identity, kTileLimits, cancellation);
+    return access.fetcher.Fetch(*address, access.identity, kTileLimits, cancellation, conditions);
 }
 
 }  // namespace Terrascope::Plugins

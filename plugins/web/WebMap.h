@@ -28,6 +28,7 @@ struct MapFacts {
     std::optional<int> maxZoom;
     std::optional<std::array<double, 4>> bounds;  ///< west, south, east, north in degrees
     std::optional<int> tileSize;                  ///< pixels
+    UnixSeconds updated = 0;                      ///< 0: it is not stated
 };
 
 /// Where the tiles of one map come from. Threads: any number may load at once.
@@ -36,8 +37,11 @@ public:
     virtual ~ITileSource() = default;
 
     /// `layer` is the layer's number in the library, `tile` the place in the map's pyramid.
+    /// `conditions` are headers by which the server may answer that a known tile is still right;
+    /// where the tile has no address of its own, they make no difference.
     virtual HttpResult Load(int layer, const PyramidTile& tile, const WebAccess& access,
-                            const Cancellation& cancellation) const = 0;
+                            const Cancellation& cancellation,
+                            const HttpHeaders& conditions) const = 0;
 };
 
 /// One map of a server; constant once it is made.
@@ -71,7 +75,7 @@ public:
         : m_templates(std::move(templates)), m_isFromSouth(isFromSouth) {}
 
     HttpResult Load(int layer, const PyramidTile& tile, const WebAccess& access,
-                    const Cancellation& cancellation) const override;
+                    const Cancellation& cancellation, const HttpHeaders& conditions) const override;
 
 private:
     const std::vector<TileAddressTemplate> m_templates;  ///< at least one

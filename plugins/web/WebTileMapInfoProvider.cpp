@@ -4,6 +4,7 @@
 #include "plugins/common/SafePath.h"
 #include "plugins/common/TileDelivery.h"
 #include "plugins/common/WithoutThrowing.h"
+#include "plugins/web/CacheHeaders.h"
 #include "plugins/web/DataPath.h"
 #include "plugins/web/WebSettings.h"
 #include "terrascope/support/text/MultibyteText.h"
@@ -27,6 +28,20 @@ bool IsImage(const std::vector<std::uint8_t>& bytes) {
         default:
             return true;
     }
+}
+
+/// FNV-1a in 64 bits: a name, and no protection of what it is made of.
+std::string HashOf(std::string_view text) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char c : text) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    }
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string digits;
+    for (int shift = 60; shift >= 0; shift -= 4) {
+        digits += kDigits[hash >> shift & 0xF];
+    }
+    return digits;
 }
 
 }  // namespace
@@ -73,6 +88,7 @@ void CWebTileMapInfoProvider::SetDataPath(const CString& path) {
         CSingleLock lock(&m_lock, TRUE);
         m_identity = identity;
         m_reading = reading;
+        m_dataPath = text;
         return true;
     });
 }
@@ -136,33 +152,113 @@ tagTILE_MAP_LAYER_INFO* CWebTileMapInfoProvider::GetLayerInfo(const CString& map
     });
 }
 
-std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTile(const WebMap& map, int layerNumber,
-                                                            const CString& key) {
-    const auto address = ParseTileKey(ViewOf(key));
+/// What the server answers for a tile; an answer that is no image is a failure. Failures are
+/// logged.
+HttpResult CWebTileMapInfoProvider::Fetch(const WebMap& map,
+                                          const std::optional<TileAddress>& address,
+                                          int layerNumber, const CString& key,
+                                          const HttpHeaders& conditions) {
+    HttpResult result;
     const auto place =
         address && address->layer == layerNumber ? map.grid.Locate(*address) : std::nullopt;
     if (!place || m_cancellation.IsCancelled()) {
-        return {};
+        result.outcome = place ? HttpOutcome::Cancelled : HttpOutcome::Absent;
+        return result;
     }
     HttpIdentity identity;
     {
         CSingleLock lock(&m_lock, TRUE);
         identity = m_identity;
     }
-    const HttpResult result =
-        map.source->Load(layerNumber, *place, {HttpFetcher::OfProcess(), identity}, m_cancellation);
-    const std::vector<std::uint8_t>& bytes = result.response.body;
-    if (result.outcome == HttpOutcome::Here && IsImage(bytes)) {
-        return OneTile(*address, key, bytes);
+    result = map.source->Load(layerNumber, *place, {HttpFetcher::OfProcess(), identity},
+                              m_cancellation, conditions);
+    if (result.outcome == HttpOutcome::Here && !IsImage(result.response.body)) {
+        result.outcome = HttpOutcome::Failed;
+        result.reason = "it is no image";
     }
-    if (result.outcome == HttpOutcome::Here || result.outcome == HttpOutcome::Failed) {
-        LogTileFailure(key, (result.address.ForLog() + ": " +
-                             (result.reason.empty() ? "it is no image" : result.reason))
-                                .c_str());
+    if (result.outcome == HttpOutcome::NotModified && conditions.empty()) {
+        result.outcome = HttpOutcome::Failed;
+        result.reason = "status 304";
+    }
+    if (result.outcome == HttpOutcome::Failed) {
+        LogTileFailure(key, (result.address.ForLog() + ": " + result.reason).c_str());
+    }
+    return result;
+}
+
+std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadOne(const WebMap& map, int layerNumber,
+                                                           const CString& key) {
+    const auto address = ParseTileKey(ViewOf(key));
+    const HttpResult result = Fetch(map, address, layerNumber, key, {});
+    if (result.outcome == HttpOutcome::Here) {
+        return OneTile(*address, key, result.response.body);
     }
     return m_pRemoteProvider != nullptr && result.outcome != HttpOutcome::Cancelled
                ? m_pRemoteProvider->LoadTiles(map.info.strName, layerNumber, {key})
                : std::list<tagTILE_IMAGE*>();
+}
+
+RemoteTile CWebTileMapInfoProvider::LoadTile(const CString& mapName, int layerNumber,
+                                             const CString& key, const TileFreshness* known) {
+    return Safely<RemoteTile>([&] {
+        RemoteTile tile;
+        const auto map = FindMap(mapName);
+        if (map == nullptr) {
+            if (const auto reading = Reading(); reading != nullptr) {
+                reading->BeginIfFailed();
+            }
+            return tile;
+        }
+        const TileFreshness nothing;
+        const TileFreshness& of = known != nullptr ? *known : nothing;
+        HttpResult result =
+            Fetch(*map, ParseTileKey(ViewOf(key)), layerNumber, key, ConditionsOf(of));
+        switch (result.outcome) {
+            case HttpOutcome::Here:
+                tile.outcome = RemoteOutcome::Here;
+                tile.freshness = FreshnessOf(result.response);
+                tile.bytes = std::move(result.response.body);
+                break;
+            case HttpOutcome::NotModified:
+                tile.outcome = RemoteOutcome::NotModified;
+                tile.freshness = Renewed(of, result.response);
+                break;
+            case HttpOutcome::Absent:
+                tile.outcome = RemoteOutcome::Absent;
+                break;
+            case HttpOutcome::Failed:
+            case HttpOutcome::Cancelled:
+                break;
+        }
+        return tile;
+    });
+}
+
+std::optional<std::vector<tagTILE_MAP_INFO>> CWebTileMapInfoProvider::MapsNow() {
+    using Maps = std::optional<std::vector<tagTILE_MAP_INFO>>;
+    return Safely<Maps>([this]() -> Maps {
+        const auto reading = Reading();
+        if (reading == nullptr) {
+            return std::nullopt;
+        }
+        reading->BeginIfFailed();
+        const auto library = reading->LibraryNow();
+        if (library == nullptr) {
+            return std::nullopt;
+        }
+        Maps maps(std::in_place);
+        for (const auto& map : *library) {
+            maps->push_back(map->info);
+        }
+        return maps;
+    });
+}
+
+std::string CWebTileMapInfoProvider::Identity() {
+    return Safely<std::string>([this] {
+        CSingleLock lock(&m_lock, TRUE);
+        return HashOf(m_dataPath);
+    });
 }
 
 std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTiles(const CString& mapName,
@@ -172,7 +268,7 @@ std::list<tagTILE_IMAGE*> CWebTileMapInfoProvider::LoadTiles(const CString& mapN
         const auto map = FindMap(mapName);
         return map != nullptr
                    ? LoadEach(kName, tileKeys,
-                              [&](const CString& key) { return LoadTile(*map, layerNumber, key); })
+                              [&](const CString& key) { return LoadOne(*map, layerNumber, key); })
                    : std::list<tagTILE_IMAGE*>();
     });
 }

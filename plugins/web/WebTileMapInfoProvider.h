@@ -4,7 +4,12 @@
 #include <afxmt.h>
 
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "plugins/common/TileAddress.h"
+#include "plugins/common/kept/RemoteSource.h"
 #include "plugins/web/MapReading.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -18,7 +23,7 @@ namespace Terrascope::Plugins {
 /// Threads: every operation may run beside every other. No server is waited for under a lock, and
 ///          for long by LoadTiles alone: 8 s, or until Cancel.
 /// Errors:  nothing throws; what is missing or cannot be had is null or empty.
-class CWebTileMapInfoProvider : public ITileMapInfoProvider {
+class CWebTileMapInfoProvider : public ITileMapInfoProvider, public IRemoteSource {
 public:
     static constexpr char kName[] = "WebTileMapInfoProvider";
 
@@ -35,18 +40,28 @@ public:
     std::list<tagTILE_IMAGE*> LoadTiles(const CString& mapName, int layerNumber,
                                         const std::list<CString>& tileKeys) override;
 
-    /// Ends what waits for a server, now and from now on.
-    void Cancel() { m_cancellation.Cancel(); }
+    /// The provider that is attached here is not asked.
+    RemoteTile LoadTile(const CString& mapName, int layerNumber, const CString& key,
+                        const TileFreshness* known) override;
+    /// Nothing until all documents have been read. After a failure they are read again in the
+    /// background, at most every half minute; so they are for LoadTile of a map that is unknown.
+    std::optional<std::vector<tagTILE_MAP_INFO>> MapsNow() override;
+    /// Of the data path, with what stands behind its "#".
+    std::string Identity() override;
+    void Cancel() override { m_cancellation.Cancel(); }
 
 private:
     std::shared_ptr<CMapReading> Reading();
     std::shared_ptr<const WebMap> FindMap(const CString& mapName);
-    std::list<tagTILE_IMAGE*> LoadTile(const WebMap& map, int layerNumber, const CString& key);
+    HttpResult Fetch(const WebMap& map, const std::optional<TileAddress>& address, int layerNumber,
+                     const CString& key, const HttpHeaders& conditions);
+    std::list<tagTILE_IMAGE*> LoadOne(const WebMap& map, int layerNumber, const CString& key);
 
     Cancellation m_cancellation;
     CCriticalSection m_lock;
     std::shared_ptr<CMapReading> m_reading TERRASCOPE_GUARDED_BY(m_lock);  ///< null: no data path
     HttpIdentity m_identity TERRASCOPE_GUARDED_BY(m_lock);
+    std::string m_dataPath TERRASCOPE_GUARDED_BY(m_lock);  ///< UTF-8
 };
 
 }  // namespace Terrascope::Plugins

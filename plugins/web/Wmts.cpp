@@ -276,7 +276,8 @@ std::vector<std::shared_ptr<const WebMap>> ReadWmts(const XmlElement& capabiliti
 }
 
 HttpResult CWmtsSource::Load(int layer, const PyramidTile& tile, const WebAccess& access,
-                             const Cancellation& cancellation) const {
+                             const Cancellation& cancellation,
+                             const HttpHeaders& conditions) const {
     HttpResult none;
     none.outcome = HttpOutcome::Absent;
     const auto step = static_cast<std::size_t>(layer - m_firstLayer);
@@ -288,7 +289,8 @@ HttpResult CWmtsSource::Load(int layer, const PyramidTile& tile, const WebAccess
         HttpAddress::Parse(Fill(m_pattern, {{"tilematrix", Encoded(m_matrices[step].id)},
                                             {"tilecol", std::to_string(tile.column)},
                                             {"tilerow", std::to_string(tile.row)}}));
-    return address ? access.fetcher.Fetch(*address, access.identity, kTileLimits, cancellation)
+    return address ? access.fetcher.Fetch(*address, access.identity, kTileLimits, cancellation,
+                                          conditions)
                    : none;
 }
 

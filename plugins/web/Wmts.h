@@ -37,7 +37,7 @@ public:
           m_matrices(std::move(matrices)) {}
 
     HttpResult Load(int layer, const PyramidTile& tile, const WebAccess& access,
-                    const Cancellation& cancellation) const override;
+                    const Cancellation& cancellation, const HttpHeaders& conditions) const override;
 
 private:
     const std::string m_pattern;

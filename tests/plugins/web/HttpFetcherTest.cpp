@@ -413,7 +413,7 @@ TEST_F(Ranges, EndForACallerThatLeaves) {
     const auto source = Open("/f");
     ASSERT_NE(nullptr, source);
     for (const int time : {200, 8000}) {
-        const CHttpByteSource::CEndsWith ends(m_cancellation, time);
+        const CHttpByteSource::CReadScope reads(m_cancellation, time);
         const ULONGLONG start = ::GetTickCount64();
         EXPECT_EQ("failed", Read(*source, 20000, 10));
         EXPECT_GT(500U, ::GetTickCount64() - start) << "its time is over; it was cancelled";
