@@ -65,6 +65,18 @@ bool IsRange(const HttpResult& result, std::uint64_t offset, std::uint64_t count
            range->size == size && result.response.body.size() == count;
 }
 
+/// Why an answer is none of the range that was asked for.
+std::string WhyNot(const HttpResult& result) {
+    switch (result.outcome) {
+        case HttpOutcome::Failed:
+            return result.reason;
+        case HttpOutcome::Absent:
+            return "the file is absent now";
+        default:
+            return "the file there is another one now";
+    }
+}
+
 }  // namespace
 
 CHttpByteSource::CReadScope::CReadScope(const Cancellation& cancellation, Milliseconds time)
@@ -147,8 +159,7 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
                                     static_cast<Milliseconds>(own.m_end - now), own.m_cancellation);
     if (!IsRange(result, offset, buffer.size(), m_size) ||
         VersionOf(result.response) != m_version) {
-        own.m_failure = result.outcome == HttpOutcome::Failed ? result.reason
-                                                              : "the file there is another one now";
+        own.m_failure = WhyNot(result);
         return false;
     }
     std::memcpy(buffer.data(), result.response.body.data(), buffer.size());

@@ -176,11 +176,12 @@ void HttpFetcher::Report(const HttpResult& result) {
         m_hosts.Undecided(origin);
         return;
     }
+    const bool isForNow = IsForNow(status);
+    const auto asked = isForNow ? AskedPause(result.response) : std::nullopt;
     const std::string reason = ReasonOf(result.response);
-    const auto asked = AskedPause(result.response);
-    if (IsForNow(status) && asked) {
+    if (asked) {
         m_hosts.AskedForPause(origin, *asked);
-    } else if (status != 0 && !IsForNow(status)) {
+    } else if (status != 0 && !isForNow) {
         m_hosts.Answered(origin);
     } else if (const Milliseconds rest = m_hosts.Failed(origin); rest > 0) {
         LogLine("%s is left alone for %d s: %s", origin.c_str(), static_cast<int>(rest / 1000),

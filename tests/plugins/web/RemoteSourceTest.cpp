@@ -184,6 +184,9 @@ TEST_F(RemoteSource, ATileOfAnArchiveHasTheFreshnessOfItsRange) {
     EXPECT_EQ(RemoteOutcome::Absent, Ask("1").outcome);
     m_server.On("/a.pmtiles", Reply{403});
     EXPECT_EQ(RemoteOutcome::Failed, Ask("3").outcome) << "it may be there again later";
+    m_server.On("/a.pmtiles", Reply{200, parts.Bytes(), "ETag: \"2\"\r\n", Reply::Ranges});
+    EXPECT_EQ(RemoteOutcome::Failed, Ask("3").outcome);
+    EXPECT_EQ(1, m_log.Count("the file there is another one now")) << m_log.Text();
 
     // The first tile cannot be read, by which the map is described.
     parts.root = TerrascopeTest::PmtilesDirectoryBytes({{3, 40018, 18, 1}});
