@@ -1,15 +1,16 @@
-// A display over the real plug-in, in front of a server that never answers.
+// The real plug-in, as the library and other modules meet it.
 #include <gtest/gtest.h>
 
+#include "plugins/common/kept/RemoteSource.h"
 #include "tests/display/DisplayFixture.h"
 #include "tests/plugins/web/FaultServer.h"
 
 namespace TerrascopeTest {
 namespace {
 
-class Closing : public testing::Test {
+class WebPlugin : public testing::Test {
 protected:
-    Closing() {
+    WebPlugin() {
         m_server.On("/0", Reply{.kind = Reply::Silent});
         m_server.On("/1", Reply{.body = "x", .kind = Reply::Endless});
         m_plugin = m_library.AddPlugin("WebTileMapInfoProvider.dll");
@@ -38,11 +39,11 @@ protected:
     std::string m_plugin;
 };
 
-TEST_F(Closing, ADisplayDoesNotWaitForAServer) {
+TEST_F(WebPlugin, ADisplayDoesNotWaitForAServer) {
     ExpectQuickEnd("LOCAL=WebTileMapInfoProvider\n");
 }
 
-TEST_F(Closing, NorDoesALocalProviderWhoseRemoteOneWaits) {
+TEST_F(WebPlugin, NorDoesALocalProviderWhoseRemoteOneWaits) {
     m_library.Folder().WriteFile("maps\\slow\\map.ini",
                                  "[MAP]\nLAYER_COUNT=1\nLONGITUDE_START=-180\nLATITUDE_START=-180\n"
                                  "LONGITUDE=360\nLATITUDE=360\n[LAYER_1]\nTILE_COUNT_X=2\n"
@@ -50,7 +51,25 @@ TEST_F(Closing, NorDoesALocalProviderWhoseRemoteOneWaits) {
     ExpectQuickEnd("LOCAL=SplittedFileTileMapInfoProvider\nREMOTE=WebTileMapInfoProvider\n");
 }
 
-TEST_F(Closing, AHostLearnsOfServersThatFail) {
+TEST_F(WebPlugin, AnotherModuleFindsWhatKeepsTiles) {
+    m_server.On("/0", Reply{200, "\xFF\xD8\xFF\xE0 a JPEG"});
+    int found = 0;
+    for (auto* factory :
+         Terrascope::CTileMapInfoProviderPluginKernel::GetInstance().GetFactories()) {
+        const std::unique_ptr<Terrascope::ITileMapInfoProvider> provider(factory->Create());
+        auto* const source = dynamic_cast<Terrascope::Plugins::IRemoteSource*>(provider.get());
+        if (source == nullptr) {
+            continue;
+        }
+        ++found;
+        provider->SetDataPath(m_server.Address("/{q}#name=m").c_str());
+        EXPECT_EQ("m", source->MapsNow().value().at(0).strName);
+        EXPECT_EQ(11U, source->LoadTile("m", 1, "0", nullptr).bytes.size());
+    }
+    EXPECT_EQ(1, found);
+}
+
+TEST_F(WebPlugin, AHostLearnsOfServersThatFail) {
     auto* const state = reinterpret_cast<int (*)(char*, int)>(reinterpret_cast<void*>(
         ::GetProcAddress(::GetModuleHandleA(m_plugin.c_str()), "serverState")));
     ASSERT_NE(nullptr, state);
