@@ -5,6 +5,7 @@
 #include "terrascope/api/ModuleLog.h"
 #include "terrascope/providers/TileMapInfoProviderPluginKernel.h"
 #include "terrascope/support/ui/LanguageManager.h"
+#include "terrascope/tiles/ImageDecoders.h"
 
 namespace {
 AFX_EXTENSION_MODULE extensionModule = {};
@@ -24,6 +25,7 @@ extern "C" int APIENTRY DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
     } else if (reason == DLL_PROCESS_DETACH) {
         CLanguageManager::ReleaseInstance();
         CTileMapInfoProviderPluginKernel::ReleaseInstance();
+        CImageDecoders::ReleaseInstalled();
         ShutDownModuleLog();
         AfxTermExtensionModule(extensionModule);
     }

@@ -12,8 +12,9 @@ namespace Terrascope {
 
 namespace {
 
-std::mutex theLock;                               // of the next line
-std::weak_ptr<const CImageDecoders> theDecoders;  // those that displays hold now
+std::mutex theLock;  // of the next line
+/// To load them takes longer than some tiles, so they stay for the next display.
+std::shared_ptr<const CImageDecoders> theDecoders;
 
 template <class Entry>
 void Find(HMODULE module, const char* name, Entry& entry) {
@@ -61,13 +62,16 @@ struct CImageDecoders::Decoder {
 
 std::shared_ptr<const CImageDecoders> CImageDecoders::Installed() {
     const std::lock_guard guard(theLock);
-    auto decoders = theDecoders.lock();
-    if (decoders == nullptr) {
-        decoders = std::make_shared<const CImageDecoders>(GetModuleFolderPath("Terrascope.dll") +
-                                                          "\\Plugins\\Quillmont\\ImageDecoder");
-        theDecoders = decoders;
+    if (theDecoders == nullptr) {
+        theDecoders = std::make_shared<const CImageDecoders>(GetModuleFolderPath("Terrascope.dll") +
+                                                             "\\Plugins\\Quillmont\\ImageDecoder");
     }
-    return decoders;
+    return theDecoders;
+}
+
+void CImageDecoders::ReleaseInstalled() {
+    const std::lock_guard guard(theLock);
+    theDecoders.reset();
 }
 
 CImageDecoders::CImageDecoders(const CString& folder) {

@@ -21,9 +21,12 @@ namespace Terrascope {
 class CImageDecoders {
 public:
     /// The decoders in Plugins\Quillmont\ImageDecoder beside the library, loaded at the first call
-    /// and again after the last holder has gone. Never null, but there may be none.
+    /// and again after ReleaseInstalled. Never null, but there may be none.
     /// Threads: any; not under the loader lock.
     static std::shared_ptr<const CImageDecoders> Installed();
+
+    /// Unloads them, when their last holder has gone.
+    static void ReleaseInstalled();
 
     /// The decoders of a folder.
     explicit CImageDecoders(const CString& folder);

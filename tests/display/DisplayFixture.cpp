@@ -1,6 +1,7 @@
 #include "tests/display/DisplayFixture.h"
 
 #include "terrascope/display/DeviceUnits.h"
+#include "terrascope/tiles/ImageDecoders.h"
 
 namespace TerrascopeTest {
 
@@ -60,6 +61,7 @@ Display::~Display() {
     EXPECT_EQ(0, CLiveCount<CMapBitmap>::Live());
     EXPECT_EQ(0, CLiveCount<CThread>::Live()) << "with its thread and its event";
     EXPECT_EQ(0, script->LiveProviders());
+    Terrascope::CImageDecoders::ReleaseInstalled();  // they are of this test's library folder
 }
 
 ScriptedMap Display::WorldMap() {
