@@ -97,9 +97,11 @@ void CHostWindow::PostOrCollect(const CRect& rect) {
     }
 }
 
-// The host takes a message at its own time; within 10 ms the next goes out all the same.
+// The host takes a message at its own time; within 10 ms the next goes out all the same. Sooner it
+// would be a frame that nobody sees, of which the loading threads would have to wait for the end.
 void CHostWindow::StartWaitingLocked() {
     m_waiting = true;
+    m_painted = false;
     if (m_ending) {
         return;
     }
@@ -110,13 +112,48 @@ void CHostWindow::StartWaitingLocked() {
     ::SetThreadpoolTimer(m_timer, &time, 0, 0);
 }
 
-void CHostWindow::OnPainted() {
-    if (m_timer != nullptr) {
-        PostCollected();
+CRect CHostWindow::TakeCollectedLocked() {
+    const CRect rect = m_collected;
+    m_collected.SetRectEmpty();
+    m_hurried = false;
+    m_waiting = false;
+    if (!rect.IsRectEmpty()) {
+        StartWaitingLocked();
     }
+    return rect;
 }
 
-void CHostWindow::OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER) {
+void CHostWindow::OnPainted() {
+    if (m_timer == nullptr) {
+        return;
+    }
+    CRect rect(0, 0, 0, 0);
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_painted = true;
+        if (m_hurried) {
+            rect = TakeCollectedLocked();
+        }
+    }
+    PostNow(rect);
+}
+
+void CHostWindow::Hurry() {
+    if (m_timer == nullptr) {
+        return;
+    }
+    CRect rect(0, 0, 0, 0);
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_hurried = m_waiting && !m_collected.IsRectEmpty();
+        if (m_hurried && m_painted) {
+            rect = TakeCollectedLocked();
+        }
+    }
+    PostNow(rect);
+}
+
+void CALLBACK CHostWindow::OnTimer(PTP_CALLBACK_INSTANCE, void* window, PTP_TIMER) {
     static_cast<CHostWindow*>(window)->PostCollected();
 }
 
@@ -124,13 +161,12 @@ void CHostWindow::PostCollected() {
     CRect rect;
     {
         CSingleLock lock(&m_lock, TRUE);
-        rect = m_collected;
-        m_collected.SetRectEmpty();
-        m_waiting = false;
-        if (!rect.IsRectEmpty()) {
-            StartWaitingLocked();
-        }
+        rect = TakeCollectedLocked();
     }
+    PostNow(rect);
+}
+
+void CHostWindow::PostNow(const CRect& rect) {
     if (!rect.IsRectEmpty()) {
         PostOrCollect(rect);
     }
@@ -165,12 +201,14 @@ CRect CHostWindow::TakeWithheld() {
 void CHostWindow::PostRepaintOfView(const CRect& view) {
     TakeWithheld();
     PostRepaint(view);
+    Hurry();
 }
 
 void CHostWindow::PostWithheld() {
     const CRect rect = TakeWithheld();
     if (!rect.IsRectEmpty()) {
         PostRepaint(rect);
+        Hurry();
     }
 }
 

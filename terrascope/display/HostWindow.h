@@ -19,8 +19,8 @@ namespace Terrascope {
 class CHostWindow {
 public:
     /// `window` may be null (nothing is ever posted) and may have no window yet.
-    /// `merging`: while the host has one of our messages waiting, rectangles are collected and
-    /// posted as one, when it has painted or after 10 ms.
+    /// `merging`: for 10 ms after a message rectangles are collected and posted as one; those that
+    /// somebody waits for, as soon as the host has painted.
     CHostWindow(CWnd* window, bool merging);
     ~CHostWindow();
     CHostWindow(const CHostWindow&) = delete;
@@ -38,8 +38,12 @@ public:
     /// for another reason: then a message more goes out, and none is lost.
     void OnPainted();
 
-    /// The same for the whole view, which what was withheld is a part of.
+    /// The same for the whole view, which what was withheld is a part of, and which the user waits
+    /// for.
     void PostRepaintOfView(const CRect& view);
+
+    /// What was collected is the last for a while.
+    void Hurry();
 
     /// Keeps a rectangle back until PostWithheld, which posts one about all of them.
     void Withhold(const CRect& rect);
@@ -52,6 +56,8 @@ private:
     /// Requires: m_timer. What cannot be posted now is collected again.
     void PostOrCollect(const CRect& rect);
     void StartWaitingLocked() TERRASCOPE_REQUIRES(m_lock);
+    CRect TakeCollectedLocked() TERRASCOPE_REQUIRES(m_lock);
+    void PostNow(const CRect& rect);
     void PostCollected();
     CRect TakeWithheld();
 
@@ -63,9 +69,10 @@ private:
     CCriticalSection m_lock;
     CRect m_withheld TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
     CRect m_collected TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
-    bool m_waiting TERRASCOPE_GUARDED_BY(m_lock) =
-        false;  ///< a message was posted, and neither end has come
-    bool m_ending TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the timer may not be set any more
+    bool m_waiting TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the timer has been set
+    bool m_painted TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< since the last message
+    bool m_hurried TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< what was collected is waited for
+    bool m_ending TERRASCOPE_GUARDED_BY(m_lock) = false;   ///< the timer may not be set any more
 };
 
 }  // namespace Terrascope

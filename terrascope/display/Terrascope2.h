@@ -119,11 +119,14 @@ private:
     /// `request` may be null: then the record is current.
     void Deliver(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
                  const DecodedImage& decoded);
-    /// The rectangle of the host window to be repainted; nothing when the tile is not wanted any
-    /// more. `failure`: what was wrong with its image.
-    std::optional<CRect> GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
-                                    const tagTILE_LOAD_REQUEST* request,
-                                    const DecodedImage& decoded, const char*& failure);
+    /// What became of a delivered tile.
+    struct Delivery {
+        std::optional<CRect> place;     ///< of the host window, to be repainted
+        const char* failure = nullptr;  ///< what was wrong with its image
+        bool completesView = false;     ///< with FAST: nothing more comes for the view
+    };
+    Delivery GiveToTile(std::unique_ptr<tagTILE_IMAGE> record, const tagTILE_LOAD_REQUEST* request,
+                        const DecodedImage& decoded);
     void PostRepaintOfTile(const CRect& place);
 
     // Terrascope2Zoom.cpp

@@ -149,15 +149,17 @@ void CTerrascope2::Deliver(std::unique_ptr<tagTILE_IMAGE> record,
         return;
     }
     const CString key = record->strKey;
-    const char* failure = nullptr;
-    const std::optional<CRect> place = GiveToTile(std::move(record), request, decoded, failure);
+    const Delivery delivery = GiveToTile(std::move(record), request, decoded);
     // A switch repaints the whole view at its end.
-    if (place && !m_switch.IsRunning()) {
-        PostRepaintOfTile(*place);
+    if (delivery.place && !m_switch.IsRunning()) {
+        PostRepaintOfTile(*delivery.place);
+    }
+    if (delivery.completesView) {
+        m_host.Hurry();
     }
     // Last: a thread that hangs in the log is abandoned, and the display is gone when it is back.
-    if (failure != nullptr) {
-        LogTileFailure(key, failure);
+    if (delivery.failure != nullptr) {
+        LogTileFailure(key, delivery.failure);
     }
 }
 
@@ -172,9 +174,10 @@ void CTerrascope2::PostRepaintOfTile(const CRect& place) {
     }
 }
 
-std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
-                                              const tagTILE_LOAD_REQUEST* request,
-                                              const DecodedImage& decoded, const char*& failure) {
+CTerrascope2::Delivery CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> record,
+                                                const tagTILE_LOAD_REQUEST* request,
+                                                const DecodedImage& decoded) {
+    Delivery delivery;
     MapRegion region;
     CSize size;
     CRect painted(0, 0, 0, 0);
@@ -183,7 +186,7 @@ std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> rec
         CSingleLock lock(&m_tiles.Lock(), TRUE);
         CTile2* tile = m_tiles.Find(record->strKey);
         if (tile == nullptr || (request != nullptr && m_queue->IsStale(*request))) {
-            return std::nullopt;
+            return delivery;
         }
         if (IsFor(decoded, *tile)) {
             tile->SetDecodedImage(record.release(), decoded);
@@ -195,7 +198,9 @@ std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> rec
             painted = tile->PlaceOn(origin);
             corner = origin;
         });
-        failure = tile->TakeFailure();
+        delivery.failure = tile->TakeFailure();
+        delivery.completesView =
+            m_policy.fast && request != nullptr && m_queue->NoteDelivered(*request);
         region = tile->GetLogicalRect();
         size = tile->PixelSize();
     }
@@ -205,16 +210,19 @@ std::optional<CRect> CTerrascope2::GiveToTile(std::unique_ptr<tagTILE_IMAGE> rec
         CRect place(MapToDevicePixels(view, {region.left, region.top}),
                     CSize(std::min<int>(size.cx, kFarPixels), std::min<int>(size.cy, kFarPixels)));
         place.InflateRect(kRepaintMargin, kRepaintMargin);
-        return place;
+        delivery.place = place;
+        return delivery;
     }
     if (painted.IsRectEmpty()) {
-        return std::nullopt;
+        return delivery;
     }
     painted.OffsetRect(MapToDevicePixels(view, {corner.x, corner.y}));
     painted.InflateRect(kRepaintMargin, kRepaintMargin);
     CRect shown;
-    return shown.IntersectRect(painted, CRect(view.origin, view.size)) ? std::optional(shown)
-                                                                       : std::nullopt;
+    if (shown.IntersectRect(painted, CRect(view.origin, view.size))) {
+        delivery.place = shown;
+    }
+    return delivery;
 }
 
 void CTerrascope2::Draw(CDC* dc) {

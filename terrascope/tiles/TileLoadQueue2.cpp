@@ -117,6 +117,26 @@ bool CTileLoadQueue2::IsViewWaitingLocked() const {
                                               [](const auto& request) { return !request.ahead; });
 }
 
+bool CTileLoadQueue2::NoteDelivered(const tagTILE_LOAD_REQUEST& request) {
+    CSingleLock lock(&m_lock, TRUE);
+    const auto fetched = FindFetchedLocked(request);
+    if (fetched == m_fetching.end() || fetched->ahead) {
+        return false;
+    }
+    fetched->delivered = true;
+    return m_requests.empty() &&
+           std::all_of(m_fetching.begin(), m_fetching.end(),
+                       [](const auto& each) { return each.ahead || each.delivered; });
+}
+
+// A key may be fetched again while its stale request still is.
+CTileLoadQueue2::Requests::iterator CTileLoadQueue2::FindFetchedLocked(
+    const tagTILE_LOAD_REQUEST& request) {
+    return std::find_if(m_fetching.begin(), m_fetching.end(), [&](const auto& each) {
+        return each.serial == request.serial && each.strKey == request.strKey;
+    });
+}
+
 /// Queues what failed and is due.
 void CTileLoadQueue2::AskAgainLocked() {
     const ULONGLONG now = ::GetTickCount64();
@@ -166,10 +186,7 @@ void CTileLoadQueue2::Done(const tagTILE_LOAD_REQUEST& request, bool failed) {
 
 /// Whether threads that found nothing to do are to look again.
 bool CTileLoadQueue2::NoteLocked(const tagTILE_LOAD_REQUEST& request, bool failed) {
-    // A key may be fetched again while its stale request still is.
-    const auto fetched = std::find_if(m_fetching.begin(), m_fetching.end(), [&](const auto& each) {
-        return each.serial == request.serial && each.strKey == request.strKey;
-    });
+    const auto fetched = FindFetchedLocked(request);
     if (fetched == m_fetching.end()) {
         return false;
     }

@@ -59,6 +59,10 @@ public:
     tagTILE_LOAD_REQUEST Next();
     void Done(const tagTILE_LOAD_REQUEST& request, bool failed = false);
 
+    /// The tile of a request from Next has come. Whether that completes the view: true for one of
+    /// its tiles, the last.
+    bool NoteDelivered(const tagTILE_LOAD_REQUEST& request);
+
     /// With FAST, no request is taken while one of these lives: the user interface is about to push
     /// and arrange many, and each would wake a thread that takes its processor and its locks.
     class CHold {
@@ -102,6 +106,8 @@ private:
 
     /// Moves the request at the front into `taken`; nothing has changed when it throws.
     tagTILE_LOAD_REQUEST PopLocked(Requests& taken) TERRASCOPE_REQUIRES(m_lock);
+    Requests::iterator FindFetchedLocked(const tagTILE_LOAD_REQUEST& request)
+        TERRASCOPE_REQUIRES(m_lock);
     bool IsViewWaitingLocked() const TERRASCOPE_REQUIRES(m_lock);
     void AskAgainLocked() TERRASCOPE_REQUIRES(m_lock);
     DWORD WaitLocked() const TERRASCOPE_REQUIRES(m_lock);

@@ -19,6 +19,7 @@ struct tagTILE_LOAD_REQUEST {
     std::uint32_t serial = 0;
     double distance = 0.0;     ///< as in TileRank, when the queue was last arranged
     std::size_t failures = 0;  ///< how often it brought no tile
+    bool delivered = false;    ///< while it is being fetched: its tile has come
 };
 
 }  // namespace Terrascope

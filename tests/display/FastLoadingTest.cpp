@@ -209,16 +209,21 @@ TEST_F(FastLoading, ATileAsksForEachPixelThatItChangesAndForNoneOutOfView) {
         Pump();
         window->repaints.clear();
         display->OnTileLoaded(record.release());
-        Pump();
         const auto after = Paint();
-        for (const CRect& rect : window->repaints) {
-            ASSERT_TRUE(rect.left >= 0 && rect.top >= 0 && rect.right <= 200 && rect.bottom <= 120);
-            for (int y = rect.top; y < rect.bottom; ++y) {
-                std::copy(after.begin() + y * 200 + rect.left, after.begin() + y * 200 + rect.right,
-                          unasked.begin() + y * 200 + rect.left);
+        const auto isAsked = [&] {
+            Pump();
+            for (const CRect& rect : std::exchange(window->repaints, {})) {
+                EXPECT_TRUE(rect.left >= 0 && rect.top >= 0 && rect.right <= 200 &&
+                            rect.bottom <= 120);
+                for (int y = rect.top; y < rect.bottom; ++y) {
+                    std::copy(after.begin() + y * 200 + rect.left,
+                              after.begin() + y * 200 + rect.right,
+                              unasked.begin() + y * 200 + rect.left);
+                }
             }
-        }
-        EXPECT_TRUE(after == unasked) << at;
+            return after == unasked;
+        };
+        ASSERT_TRUE(Await(isAsked)) << at;
     }
 }
 
@@ -277,19 +282,26 @@ TEST(MergedRepaints, CoverEachChangeAfterItWasMade) {
     EXPECT_GT(kPosts / 2, messages);
 }
 
-TEST(MergedRepaints, GoOutAtOnceWhenTheHostHasPaintedElseByThemselves) {
+TEST(MergedRepaints, GoOutAtOnceWhenSomebodyWaitsAndTheHostHasPaintedElseByThemselves) {
     HostWindow window;
-    for (const bool paints : {true, false}) {
+    const std::function<void(CHostWindow&)> waysToGo[] = {
+        [](CHostWindow& host) {
+            host.Hurry();
+            host.OnPainted();
+        },
+        [](CHostWindow& host) {
+            host.OnPainted();
+            host.Hurry();
+        },
+        [&](CHostWindow&) { EXPECT_TRUE(Await([&] { return window.repaints.size() >= 2; })); },
+    };
+    for (const auto& go : waysToGo) {
         CHostWindow host(&window, true);
         for (const CRect& rect : {CRect(0, 0, 1, 1), CRect(2, 3, 4, 5), CRect(8, 9, 9, 10)}) {
             host.PostRepaint(rect);
         }
-        if (paints) {
-            host.OnPainted();
-            Pump();
-        } else {
-            EXPECT_TRUE(Await([&] { return window.repaints.size() >= 2; }));
-        }
+        go(host);
+        Pump();
         EXPECT_EQ((std::vector<CRect>{CRect(0, 0, 1, 1), CRect(2, 3, 9, 10)}), window.repaints);
         window.repaints.clear();
     }
