@@ -91,6 +91,7 @@ std::unique_ptr<CMapBitmap> CMapBitmap::CopyWithSize(CSize size, CSize slack) co
     for (const PlainRect& part : m_painted.PlainWithin(Bounds())) {
         copy->m_painted.AddPlain(part.rect, part.colour);
     }
+    copy->m_painted.AddPicturesOf(m_painted);
     return copy;
 }
 
@@ -110,18 +111,29 @@ void CMapBitmap::CopyTo(CDC& dc, CPoint to, const CRect& from, CDibSection& stri
     for (const CRect& opaque : m_painted.Within(part)) {
         copy(opaque, m_dib->Dc(), opaque.TopLeft());
     }
-    // What is plain comes from the strip: filling it here would cost fresh memory, and a brush
-    // would leave the target without alpha.
+    // What has no pixels here comes from the strip: to write it here would cost fresh memory, and a
+    // brush would leave the target without alpha.
+    const auto copyStrips = [&](const CRect& rect, const auto& fill) {
+        for (int top = rect.top; top < rect.bottom; top += strip.Height()) {
+            const CRect rows(rect.left, top, rect.right,
+                             std::min<int>(top + strip.Height(), rect.bottom));
+            fill(rows);
+            copy(rows, strip.Dc(), {0, 0});
+        }
+    };
     std::uint32_t colour = 0;
     for (const PlainRect& plain : m_painted.PlainWithin(part)) {
         if (std::exchange(colour, plain.colour) != plain.colour) {
             ::GdiFlush();
             std::fill_n(strip.Row(0), strip.Width() * strip.Height(), plain.colour);
         }
-        for (int top = plain.rect.top; top < plain.rect.bottom; top += strip.Height()) {
-            const int bottom = std::min<int>(top + strip.Height(), plain.rect.bottom);
-            copy(CRect(plain.rect.left, top, plain.rect.right, bottom), strip.Dc(), {0, 0});
-        }
+        copyStrips(plain.rect, [](const CRect&) {});
+    }
+    for (const CRect& pictured : m_painted.PicturesWithin(part)) {
+        copyStrips(pictured, [&](const CRect& rows) {
+            ::GdiFlush();
+            CopyPictures(m_painted, rows, strip.Pixels(), rows.TopLeft());
+        });
     }
     // Windows collects GDI calls; the bits may be written as soon as the caller's lock is free.
     ::GdiFlush();
@@ -132,18 +144,36 @@ void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSectio
     const NearestPlaces rows(0, to.Height(), to.Height(), from.top, from.Height(), m_size.cy);
     CRect shown;
     shown.IntersectRect(&from, Bounds());
-    Canvas().Settle(shown);
-    // Of each painted rectangle, the places whose pixels come from it.
+    const std::vector<ScaledPart> parts = PartsWithin(shown, columns);
+    // The places that show something painted.
     std::vector<CRect> opaque;
-    for (const CRect& part : m_painted.Within(Bounds())) {
+    const auto addOpaque = [&](const CRect& part) {
         const auto [left, right] = columns.From(part.left, part.right);
         const auto [top, bottom] = rows.From(part.top, part.bottom);
         opaque.emplace_back(left, top, right, bottom);
+    };
+    for (const CRect& part : m_painted.Within(shown)) {
+        addOpaque(part);
+    }
+    for (const PlainRect& part : m_painted.PlainWithin(shown)) {
+        addOpaque(part.rect);
+    }
+    for (const CRect& part : m_painted.PicturesWithin(shown)) {
+        addOpaque(part);
     }
     const int end = rows.first + static_cast<int>(rows.places.size());
     for (int top = rows.first; top < end; top += strip.Height()) {
         const CRect now(0, top, strip.Width(), std::min(top + strip.Height(), end));
-        ScaleRows(strip, columns, rows.places.data() + (top - rows.first), now.Height());
+        const int* places = rows.places.data() + (top - rows.first);
+        for (int y = 0; y < now.Height(); ++y) {
+            std::uint32_t* row = strip.Row(y);
+            if (y > 0 && places[y] == places[y - 1]) {
+                std::memcpy(row + columns.first, strip.Row(y - 1) + columns.first,
+                            columns.places.size() * sizeof(std::uint32_t));
+            } else {
+                ScaleRow(row, parts, columns, places[y]);
+            }
+        }
         for (const CRect& each : opaque) {
             CRect part;
             if (part.IntersectRect(&each, &now)) {
@@ -155,19 +185,44 @@ void CMapBitmap::ScaleTo(CDC& dc, const CRect& to, const CRect& from, CDibSectio
     }
 }
 
-void CMapBitmap::ScaleRows(const CDibSection& strip, const NearestPlaces& columns, const int* rows,
-                           int count) const {
-    const int* nearest = columns.places.data();
-    const std::size_t width = columns.places.size();
-    for (int y = 0; y < count; ++y) {
-        std::uint32_t* place = strip.Row(y) + columns.first;
-        if (y > 0 && rows[y] == rows[y - 1]) {
-            std::memcpy(place, strip.Row(y - 1) + columns.first, width * sizeof(std::uint32_t));
+std::vector<CMapBitmap::ScaledPart> CMapBitmap::PartsWithin(const CRect& shown,
+                                                            const NearestPlaces& columns) const {
+    std::vector<ScaledPart> parts;
+    const auto add = [&](const CRect& place, std::uint32_t colour, const PlacedPicture* picture) {
+        CRect part;
+        if (part.IntersectRect(&place, &shown)) {
+            const auto [first, end] = columns.From(part.left, part.right);
+            parts.push_back({part, first, end, colour, picture});
+        }
+    };
+    // A picture may reach under what came later: that follows it.
+    for (const PlacedPicture& picture : m_painted.Pictures()) {
+        add(picture.part, 0, &picture);
+    }
+    for (const CRect& part : m_painted.Within(shown)) {
+        add(part, 0, nullptr);
+    }
+    for (const PlainRect& part : m_painted.PlainWithin(shown)) {
+        add(part.rect, part.colour, nullptr);
+    }
+    return parts;
+}
+
+void CMapBitmap::ScaleRow(std::uint32_t* row, const std::vector<ScaledPart>& parts,
+                          const NearestPlaces& columns, int y) const {
+    const int* nearest = columns.places.data() - columns.first;
+    for (const ScaledPart& part : parts) {
+        if (y < part.rect.top || y >= part.rect.bottom) {
             continue;
         }
-        const std::uint32_t* line = m_dib->Row(rows[y]);
-        for (std::size_t x = 0; x < width; ++x) {
-            place[x] = line[nearest[x]];
+        if (part.colour != 0) {
+            std::fill(row + part.first, row + part.end, part.colour);
+            continue;
+        }
+        const int left = part.picture != nullptr ? part.picture->corner.x : 0;
+        const std::uint32_t* line = part.picture != nullptr ? part.picture->Row(y) : m_dib->Row(y);
+        for (int x = part.first; x < part.end; ++x) {
+            row[x] = line[nearest[x] - left];
         }
     }
 }

@@ -15,7 +15,8 @@
 namespace Terrascope {
 
 /// The off-screen picture of the map: 32 bits per pixel with alpha, on the bits of a DIB section,
-/// so that tiles are copied in, GDI copies it out at full speed, and GDI+ can scale it.
+/// so that GDI copies it out at full speed, and GDI+ can scale it. Most tiles are not copied in:
+/// see CPaintedArea.
 ///
 /// Each pixel is either fully opaque or all zero (transparent): tiles and fills are opaque. Which
 /// of them are is what the painted area holds, and nothing else.
@@ -61,10 +62,21 @@ public:
     void DrawTo(CDC& dc, const Gdiplus::Rect& to, const CRect& from);
 
 private:
+    /// Of a rectangle that is scaled: a part that comes from one place.
+    struct ScaledPart {
+        CRect rect;                    ///< of the bitmap
+        int first;                     ///< of the places along a row
+        int end;                       ///< the one behind the last
+        std::uint32_t colour;          ///< 0: it is not plain
+        const PlacedPicture* picture;  ///< null: the bitmap has the pixels
+    };
+
     CMapBitmap(std::unique_ptr<CDibSection> dib, CSize size);
-    /// Scales rows of the bitmap into the strip.
-    void ScaleRows(const CDibSection& strip, const NearestPlaces& columns, const int* rows,
-                   int count) const;
+    /// In the order of painting.
+    std::vector<ScaledPart> PartsWithin(const CRect& shown, const NearestPlaces& columns) const;
+    /// Scales row `y` of the bitmap.
+    void ScaleRow(std::uint32_t* row, const std::vector<ScaledPart>& parts,
+                  const NearestPlaces& columns, int y) const;
     CRect Bounds() const { return CRect(0, 0, m_size.cx, m_size.cy); }
 
     const std::unique_ptr<CDibSection> m_dib;  ///< as large as the reserve

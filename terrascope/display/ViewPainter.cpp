@@ -58,7 +58,17 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
         strip = CDibSection::Create(view.cx, kStripHeight);
     }
     if (strip != nullptr && source.Size() == view) {
-        bitmap.CopyTo(dc, corner, source, *strip);
+        // Of most repaints the device context wants a part alone.
+        CRect wanted;
+        const int complexity = ::GetClipBox(dc.GetSafeHdc(), &wanted);
+        wanted.OffsetRect(source.TopLeft() - corner);
+        CRect part;
+        if (complexity == ERROR) {
+            part = source;
+        } else if (complexity == NULLREGION || !part.IntersectRect(&source, &wanted)) {
+            return;
+        }
+        bitmap.CopyTo(dc, corner + (part.TopLeft() - source.TopLeft()), part, *strip);
     } else if (strip != nullptr) {
         bitmap.ScaleTo(dc, CRect(corner, view), source, *strip);
     }

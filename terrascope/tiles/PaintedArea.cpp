@@ -87,6 +87,8 @@ void CPaintedArea::Add(const CRect& rect) {
     for (PlainArea& plain : m_plain) {
         Cut(plain.region, rect);
     }
+    Cut(m_pictured, rect);
+    DropPicturesUnder(rect);
     if (!IsRectangleAbout(m_region, rect)) {
         Join(m_region, rect);
     }
@@ -97,6 +99,8 @@ void CPaintedArea::AddPlain(const CRect& rect, std::uint32_t colour) {
         return;
     }
     Cut(m_region, rect);
+    Cut(m_pictured, rect);
+    DropPicturesUnder(rect);
     PlainArea* own = nullptr;
     for (PlainArea& plain : m_plain) {
         if (plain.colour == colour) {
@@ -111,9 +115,68 @@ void CPaintedArea::AddPlain(const CRect& rect, std::uint32_t colour) {
     Join(own->region, rect);
 }
 
+void CPaintedArea::AddPicture(PlacedPicture picture) {
+    const CRect part = picture.part;
+    if (IsEmpty(part)) {
+        return;
+    }
+    Cut(m_region, part);
+    for (PlainArea& plain : m_plain) {
+        Cut(plain.region, part);
+    }
+    DropPicturesUnder(part);
+    m_pictures.push_back(std::move(picture));
+    if (!IsRectangleAbout(m_pictured, part)) {
+        Join(m_pictured, part);
+    }
+    if (m_pictures.size() >= m_manyPictures) {
+        DropHiddenPictures();
+        m_manyPictures = std::max(m_manyPictures, 2 * m_pictures.size());
+    }
+}
+
+/// Those that others cover together: a pan leaves them where places differ by a pixel.
+void CPaintedArea::DropHiddenPictures() {
+    CRegionHandle seen = RegionOf(CRect(0, 0, 0, 0));
+    if (!seen || !m_pictured ||
+        ::CombineRgn(seen.Get(), m_pictured.Get(), nullptr, RGN_COPY) == ERROR) {
+        return;
+    }
+    std::vector<PlacedPicture> shown;
+    for (auto each = m_pictures.rbegin(); each != m_pictures.rend(); ++each) {
+        if (seen && ::RectInRegion(seen.Get(), &each->part)) {
+            Cut(seen, each->part);
+            shown.push_back(std::move(*each));
+        }
+    }
+    std::reverse(shown.begin(), shown.end());
+    m_pictures = std::move(shown);
+}
+
+// The parts under what came later belong to that.
+void CPaintedArea::AddPicturesOf(const CPaintedArea& other) {
+    const CRect all(-0x8000000, -0x8000000, 0x8000000, 0x8000000);
+    for (const CRect& part : Common(other.m_pictured, all)) {
+        for (PlacedPicture picture : other.m_pictures) {
+            const CRect whole = picture.part;
+            picture.part.IntersectRect(&whole, &part);
+            AddPicture(std::move(picture));
+        }
+    }
+}
+
+void CPaintedArea::DropPicturesUnder(const CRect& rect) {
+    std::erase_if(m_pictures, [&](const PlacedPicture& each) {
+        return each.part.left >= rect.left && each.part.top >= rect.top &&
+               each.part.right <= rect.right && each.part.bottom <= rect.bottom;
+    });
+}
+
 void CPaintedArea::Clear() {
     m_region.Reset();
     m_plain.clear();
+    m_pictured.Reset();
+    m_pictures.clear();
 }
 
 void CPaintedArea::Move(int dx, int dy, const CRect& bounds) {
@@ -121,6 +184,14 @@ void CPaintedArea::Move(int dx, int dy, const CRect& bounds) {
     for (PlainArea& plain : m_plain) {
         MoveWithin(plain.region, dx, dy, bounds);
     }
+    MoveWithin(m_pictured, dx, dy, bounds);
+    for (PlacedPicture& each : m_pictures) {
+        CRect moved = each.part;
+        moved.OffsetRect(dx, dy);
+        each.part.IntersectRect(&moved, &bounds);
+        each.corner.Offset(dx, dy);
+    }
+    std::erase_if(m_pictures, [](const PlacedPicture& each) { return IsEmpty(each.part); });
 }
 
 CRect CPaintedArea::BoxOfPixels() const {
@@ -145,6 +216,10 @@ std::vector<PlainRect> CPaintedArea::PlainWithin(const CRect& rect) const {
     return parts;
 }
 
+std::vector<CRect> CPaintedArea::PicturesWithin(const CRect& rect) const {
+    return Common(m_pictured, rect);
+}
+
 std::vector<CRect> CPaintedArea::Missing(const CRect& rect) const {
     CRegionHandle result = RegionOf(rect);
     const auto without = [&](const CRegionHandle& region) {
@@ -157,6 +232,7 @@ std::vector<CRect> CPaintedArea::Missing(const CRect& rect) const {
     for (const PlainArea& plain : m_plain) {
         without(plain.region);
     }
+    without(m_pictured);
     return result ? RectanglesOf(result.Get()) : std::vector<CRect>();
 }
 

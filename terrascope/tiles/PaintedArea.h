@@ -2,10 +2,13 @@
 
 #include <afxwin.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "terrascope/support/Handles.h"
+#include "terrascope/tiles/TilePicture.h"
 
 namespace Terrascope {
 
@@ -15,11 +18,22 @@ struct PlainRect {
     std::uint32_t colour = 0;
 };
 
+/// A picture that a surface shows without having its pixels.
+struct PlacedPicture {
+    CRect part;     ///< of the surface: where the picture may show; within it
+    CPoint corner;  ///< where the picture's first pixel lies
+    std::shared_ptr<const CTilePicture> picture;
+
+    const std::uint32_t* Row(int y) const { return picture->Row(y - corner.y); }
+};
+
 /// The part of a surface that is opaque: the one place that decides what is, and what still shows
-/// the ground. Some of it is plain: of one colour whose pixels nobody has written. They are written
-/// when somebody wants to see them; most of what waits for tiles is never seen.
+/// the ground. Some of it has no pixels in the surface: what is plain, of one colour, and what is
+/// in pictures. Most of what waits for tiles is never seen, and to copy a picture into fresh memory
+/// takes a third of its decoding; so pixels are written when there is no other way.
 ///
 /// Units:   pixels of the surface; rectangles are half-open.
+/// Owns:    a share of the pictures.
 /// Threads: the thread that holds the surface's lock.
 /// Errors:  without memory for a region nothing counts as painted.
 class CPaintedArea {
@@ -30,6 +44,12 @@ public:
     /// It is of this colour from now on.
     void AddPlain(const CRect& rect, std::uint32_t colour);
 
+    /// It shows the picture from now on, over what was there.
+    void AddPicture(PlacedPicture picture);
+
+    /// What the other area has in pictures is in pictures here.
+    void AddPicturesOf(const CPaintedArea& other);
+
     void Clear();
 
     /// Moves the area with the surface's content and cuts off what leaves `bounds`.
@@ -38,20 +58,33 @@ public:
     /// The smallest rectangle about all that has pixels.
     CRect BoxOfPixels() const;
 
-    /// What of `rect` has pixels, what of it is plain, and what of it is neither, in rectangles
-    /// that do not overlap.
+    /// What of `rect` has pixels, what of it is plain, what of it is in pictures, and what of it is
+    /// nothing of these, in rectangles that do not overlap.
     std::vector<CRect> Within(const CRect& rect) const;
     std::vector<PlainRect> PlainWithin(const CRect& rect) const;
+    std::vector<CRect> PicturesWithin(const CRect& rect) const;
     std::vector<CRect> Missing(const CRect& rect) const;
 
+    /// All that may show somewhere. Where PicturesWithin has something, the last one there does.
+    const std::vector<PlacedPicture>& Pictures() const { return m_pictures; }
+
+    /// Forgets those whose whole part is in `rect`.
+    /// Requires: PicturesWithin has nothing of it.
+    void DropPicturesUnder(const CRect& rect);
+
 private:
+    void DropHiddenPictures();
+
     struct PlainArea {
         std::uint32_t colour;
         CRegionHandle region;
     };
 
-    CRegionHandle m_region;          ///< what has pixels
-    std::vector<PlainArea> m_plain;  ///< one for each colour
+    CRegionHandle m_region;                 ///< what has pixels
+    std::vector<PlainArea> m_plain;         ///< one for each colour
+    CRegionHandle m_pictured;               ///< what is in pictures
+    std::vector<PlacedPicture> m_pictures;  ///< in the order of painting
+    std::size_t m_manyPictures = 64;        ///< as soon as there are so many, some may be hidden
 };
 
 }  // namespace Terrascope

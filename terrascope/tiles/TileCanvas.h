@@ -37,7 +37,8 @@ using TilePaints = std::vector<TilePaint>;
 ///
 /// Pictures are copied row by row: at rest a tile is as many pixels as its place, and a copy costs
 /// a tenth of drawing it with GDI+. The pixels of a tile are always opaque, so a copy is what
-/// drawing would give.
+/// drawing would give. They are copied when somebody looks, from the pictures to there; into the
+/// bitmap go small ones, and the oldest where there are more than 512.
 ///
 /// Units:   pixels; (0, 0) is the bitmap's top-left corner, y downwards.
 /// Borrows: the pixels, and the area that notes what was painted.
@@ -54,17 +55,25 @@ public:
     /// Settle.
     void Fill(const CRect& rect, std::uint32_t colour);
 
+    /// Paints all; the pixels of larger pictures are not written before Settle.
     void Paint(const TilePaints& paints);
 
-    /// Writes the pixels of what was filled and lies in a rectangle of the canvas.
+    /// Writes the pixels of what was filled or is in pictures, and lies in a rectangle of the
+    /// canvas.
     void Settle(const CRect& rect);
 
 private:
+    void Place(const std::shared_ptr<const CTilePicture>& picture, CPoint at);
     CRect Bounds() const { return CRect(0, 0, m_target.width, m_target.height); }
-    std::uint32_t* Place(int x, int y) const { return m_target.Row(y) + x; }
 
     PixelView m_target;
     CPaintedArea& m_painted;
 };
+
+/// Copies what the pictures of an area show in a rectangle to `target`, whose (0, 0) is `from` of
+/// the area.
+/// Requires: `rect` is one of PicturesWithin, and lies in the target.
+void CopyPictures(const CPaintedArea& area, const CRect& rect, const PixelView& target,
+                  CPoint from);
 
 }  // namespace Terrascope

@@ -62,7 +62,9 @@ TEST(ViewPainter, ScalesAsGdiPlusDrawsAndLeavesTheSameGround) {
     const CGdiplusSession session;
     const CSize size(80, 60);
     auto bitmap = CMapBitmap::Create(size, {7, 5});
-    bitmap->Canvas().Paint(*Noise({80, 40}), {0, 0});
+    const TilePaint left{{0, 0, 50, 40}, Noise({50, 40})};
+    const TilePaint right{{45, 0, 80, 40}, Noise({35, 40})};  // over the other
+    bitmap->Canvas().Paint({left, right, {{0, 35, 5, 40}, Noise({5, 5})}});
     bitmap->Canvas().Fill({0, 40, 50, 60}, 0xFF123456);  // right of it nothing is painted
     for (const CRect& from : {CRect(0, 0, 80, 60), CRect(20, 15, 60, 45), CRect(3, 5, 64, 52),
                               CRect(-40, -30, 120, 90), CRect(30, 20, 110, 80)}) {
@@ -73,6 +75,83 @@ TEST(ViewPainter, ScalesAsGdiPlusDrawsAndLeavesTheSameGround) {
         bitmap->DrawTo(theirs.Dc(), {0, 0, size.cx, size.cy}, from);
         EXPECT_TRUE(theirs.Pixels() == ours.Pixels()) << from.left << " to " << from.right;
     }
+}
+
+// Pictures are not copied into the bitmap before somebody looks; that must not show.
+TEST(MapBitmap, ShowsWhatPaintingEachPixelAtOnceWouldShow) {
+    constexpr int kSide = 200;
+    std::mt19937 random(2);
+    const auto below = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+    std::vector<std::shared_ptr<const CTilePicture>> pictures;
+    for (const int side : {20, 40, 64, 90}) {  // the first one is copied at once
+        pictures.push_back(Noise({side, side}));
+    }
+    std::vector<std::uint32_t> expected(kSide * kSide, Screen::kBackground);
+    const auto paint = [&](const CRect& rect, const auto& colourAt) {
+        for (int y = std::max<int>(rect.top, 0); y < std::min<int>(rect.bottom, kSide); ++y) {
+            for (int x = std::max<int>(rect.left, 0); x < std::min<int>(rect.right, kSide); ++x) {
+                expected[static_cast<std::size_t>(y * kSide + x)] = Rgb(colourAt(x, y));
+            }
+        }
+    };
+    auto bitmap = CMapBitmap::Create({kSide, kSide}, {0, 0});
+    const auto strip = CDibSection::Create(kSide, 7);
+    for (int step = 0; step < 3000; ++step) {
+        const CPoint at(below(kSide + 60) - 60, below(kSide + 60) - 60);
+        if (const int what = below(40); what == 0) {
+            const CRect grey(at, CSize(below(120), below(120)));
+            bitmap->Canvas().Fill(grey, 0xFF123456);
+            paint(grey, [](int, int) { return 0xFF123456U; });
+        } else if (what == 1) {
+            const int dx = below(41) - 20;
+            const int dy = below(41) - 20;
+            ASSERT_TRUE(bitmap->Scroll(dx, dy, {kSide, kSide}));
+            const auto former = expected;
+            paint({0, 0, kSide, kSide}, [&](int x, int y) {
+                const CPoint from(x + dx, y + dy);
+                const bool isIn = CRect(0, 0, kSide, kSide).PtInRect(from) != FALSE;
+                const std::uint32_t moved =
+                    isIn ? former[static_cast<std::size_t>(from.y * kSide + from.x)] : 0;
+                const bool isBare = !isIn || moved == Screen::kBackground;
+                return isBare ? 0xFF808080U : moved;
+            });
+        } else if (what == 2) {
+            bitmap = bitmap->CopyWithSize({kSide, kSide}, {0, 0});
+        } else {
+            const auto& picture = pictures[static_cast<std::size_t>(below(4))];
+            bitmap->Canvas().Paint({{CRect(at, picture->Size()), picture}});
+            paint(CRect(at, picture->Size()),
+                  [&](int x, int y) { return picture->Row(y - at.y)[x - at.x]; });
+        }
+        if (step % 50 == 0) {
+            Screen screen({kSide, kSide});
+            bitmap->CopyTo(screen.Dc(), {0, 0}, CRect(0, 0, kSide, kSide), *strip);
+            ASSERT_TRUE(expected == screen.Pixels()) << step;
+        }
+        if (step % 700 == 0) {
+            bitmap->Canvas().Settle(CRect(at, CSize(100, 100)));
+        }
+    }
+}
+
+TEST(MapBitmap, ShowsMorePicturesThanItKeeps) {
+    const CSize size(960, 704);
+    auto bitmap = CMapBitmap::Create(size, {0, 0});
+    const auto noise = Noise({32, 32});
+    TilePaints paints;
+    for (int i = 0; i < 660; ++i) {
+        paints.push_back({CRect(CPoint(i % 30 * 32, i / 30 * 32), noise->Size()), noise});
+    }
+    bitmap->Canvas().Paint(paints);
+    Screen screen(size);
+    bitmap->CopyTo(screen.Dc(), {0, 0}, CRect(CPoint(0, 0), size), *CDibSection::Create(960, 32));
+    int wrong = 0;
+    for (int y = 0; y < size.cy; ++y) {
+        for (int x = 0; x < size.cx; ++x) {
+            wrong += screen.At(x, y) != Rgb(noise->Row(y % 32)[x % 32]) ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(0, wrong);
 }
 
 TEST_F(Painting, FollowsScaleAndOriginOfTheDeviceContextAndLeavesThem) {
