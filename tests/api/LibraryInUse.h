@@ -46,7 +46,8 @@ public:
                              double* bottom) = 0;
 };
 
-/// The real Terrascope.dll with the look-alike plug-in, loaded while the object lives.
+/// The real Terrascope.dll with the look-alike plug-in and the awkward decoder, loaded while the
+/// object lives.
 class LibraryInUse {
 public:
     LibraryInUse() {
@@ -54,10 +55,13 @@ public:
         m_folder.MakeFolder(plugins);
         m_folder.CopyFixture("Terrascope.dll", "Terrascope.dll");
         m_folder.CopyFixture("LookalikeProvider.dll", plugins + "\\LookalikeProvider.dll");
+        const std::string decoders = "Plugins\\Quillmont\\ImageDecoder";
+        m_folder.MakeFolder(decoders);
+        m_folder.CopyFixture("AwkwardDecoder.dll", decoders + "\\AwkwardDecoder.dll");
         m_folder.WriteFile("Terrascope.ini",
                            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=Near\nREMOTE=Far\n"
                            "[Near]\nDATA_PATH=near-by\n[Far]\nDATA_PATH=far-away\n"
-                           "[TILE_LOAD]\nFAST=1\nCACHE_MB=16\n");
+                           "[TILE_LOAD]\nFAST=1\nCACHE_MB=16\nCODECS=1\n");
         Load();
     }
     ~LibraryInUse() { Free(); }

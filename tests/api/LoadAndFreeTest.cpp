@@ -101,5 +101,32 @@ TEST(Library, OutlivesAThreadThatIsStuckInAProvider) {
     EXPECT_EQ(2, records.providers) << "local and remote one of the stuck thread";
 }
 
+TEST(Library, OutlivesAThreadThatIsStuckInADecoder) {
+    const HANDLE inside = ::CreateEventA(nullptr, TRUE, FALSE, "AwkwardInside");
+    const HANDLE leave = ::CreateEventA(nullptr, TRUE, FALSE, "AwkwardLeave");
+    const auto isInside = [&] { return ::WaitForSingleObject(inside, 0) == WAIT_OBJECT_0; };
+    LibraryInUse library;
+    Ledger& records = library.Records();
+    records.file = "AWKW";
+    auto display = library.MakeDisplay();
+    ASSERT_TRUE(display->OpenMap("lookalike") && display->SetLayer(3));
+    ASSERT_TRUE(Await(isInside));
+    const ULONGLONG start = ::GetTickCount64();
+    display.reset();
+    EXPECT_LE(9900U, ::GetTickCount64() - start);
+    library.Free();
+    ::SetEvent(leave);
+    EXPECT_TRUE(Await([&] { return !isInside(); }));
+
+    const int before = records.tiles;
+    library.Load();
+    display = library.MakeDisplay();
+    EXPECT_TRUE(display->OpenMap("lookalike") && display->SetLayer(3));
+    EXPECT_TRUE(Await([&] { return records.tiles >= before + 3; })) << "others go on";
+    display.reset();
+    ::CloseHandle(inside);
+    ::CloseHandle(leave);
+}
+
 }  // namespace
 }  // namespace TerrascopeTest
