@@ -25,4 +25,14 @@ CString MapRemark(const CString& description, bool isMercator, const CString& at
     return line.IsEmpty() ? remark : remark + "\n" + line;
 }
 
+MapRemarkParts PartsOf(const CString& remark) {
+    MapRemarkParts parts;
+    const int end = remark.Find('\n');
+    parts.description = end < 0 ? remark : remark.Left(end);
+    parts.attribution = end < 0 ? "" : remark.Mid(end + 1);
+    parts.isMercator = parts.description.Replace(kMercatorUnits, "") > 0;
+    parts.description.Trim();
+    return parts;
+}
+
 }  // namespace Terrascope::Plugins

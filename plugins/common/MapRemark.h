@@ -9,4 +9,12 @@ namespace Terrascope::Plugins {
 /// that a host finds the attribution.
 CString MapRemark(const CString& description, bool isMercator, const CString& attribution);
 
+/// What a remark of MapRemark was made of.
+struct MapRemarkParts {
+    CString description;
+    bool isMercator = false;
+    CString attribution;
+};
+MapRemarkParts PartsOf(const CString& remark);
+
 }  // namespace Terrascope::Plugins

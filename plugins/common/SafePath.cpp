@@ -28,6 +28,8 @@ bool IsDeviceName(std::wstring_view name) {
            kDigits.find(stem[3]) != std::wstring_view::npos;
 }
 
+}  // namespace
+
 bool IsPlainName(std::wstring_view name) {
     if (name.empty() || name.back() == L'.' || name.back() == L' ') {
         return false;  // "." and ".." among them; Windows would cut the others to another name
@@ -37,8 +39,6 @@ bool IsPlainName(std::wstring_view name) {
     });
     return !odd && !IsDeviceName(name);
 }
-
-}  // namespace
 
 std::optional<std::wstring> ToWide(std::string_view text) {
     if (text.empty()) {

@@ -17,6 +17,10 @@ std::optional<std::wstring> ToWide(std::string_view text);
 /// The other way; nothing when the active code page lacks a character.
 std::optional<CString> ToNarrow(const std::wstring& text);
 
+/// Whether a file may have the name on every system: it is not empty, does not end in a blank or
+/// full stop, has no character that means something else, and is no device's.
+bool IsPlainName(std::wstring_view name);
+
 /// folder + "\\" + relative, with slashes turned into backslashes, if `relative` names something
 /// under the folder in the plainest way; nothing otherwise. Refused are: an empty or absolute
 /// path, a drive or stream (":"), "." and "..", names that end in a blank or full stop, wild

@@ -108,4 +108,8 @@ double MercatorOrdinate(double latitude) {
     return std::asinh(std::tan(radians)) * 180 / std::numbers::pi;
 }
 
+double MercatorLatitude(double ordinate) {
+    return std::atan(std::sinh(ordinate * std::numbers::pi / 180)) * 180 / std::numbers::pi;
+}
+
 }  // namespace Terrascope::Plugins

@@ -75,4 +75,7 @@ TilePyramid GeodeticWorld(int firstLayer);
 /// the square world, to which latitudes beyond it are bounded.
 double MercatorOrdinate(double latitude);
 
+/// The latitude of a Mercator ordinate.
+double MercatorLatitude(double ordinate);
+
 }  // namespace Terrascope::Plugins

@@ -8,6 +8,7 @@
 namespace Terrascope::Plugins {
 
 CDBTileMapInfoProvider::~CDBTileMapInfoProvider() {
+    m_remote.End();
     delete m_pRemoteProvider;
 }
 
@@ -39,17 +40,13 @@ bool CDBTileMapInfoProvider::Reopen() {
     m_library.swap(library);
     // The former archives are closed behind the lock.
     lock.Unlock();
-    m_remoteTiles.Forget();
+    m_remote.ForgetOwnMaps();
     return true;
 }
 
 bool CDBTileMapInfoProvider::UpdateMapLib(bool flag) {
-    const bool isRead = WithoutThrowing<bool>(kName, [this] { return Reopen(); });
-    WithoutThrowing<bool>(kName, [&] {
-        return m_pRemoteProvider != nullptr && m_pRemoteProvider->UpdateMapLib(flag);
-    });
-    m_remoteTiles.Forget();
-    return isRead;
+    return WithoutThrowing<bool>(kName, [&] { return m_remote.Update(flag); }) &&
+           WithoutThrowing<bool>(kName, [this] { return Reopen(); });
 }
 
 void CDBTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -58,6 +55,9 @@ void CDBTileMapInfoProvider::SetDataPath(const CString& path) {
             CSingleLock lock(&m_lock, TRUE);
             m_dataPath = path;
         }
+        const std::wstring data = ToWide(ViewOf(path)).value_or(L"");
+        m_remote.KeepIn(LookAtFile(data) ? data.substr(0, data.find_last_of(L"\\/"))
+                                         : data.substr(0, data.find_last_not_of(L"\\/") + 1));
         return Reopen();
     });
 }
@@ -69,6 +69,8 @@ std::list<tagTILE_MAP_INFO*> CDBTileMapInfoProvider::GetMapList() {
         for (const LibraryMap& map : library->Maps()) {
             maps.push_back(new tagTILE_MAP_INFO(map.info));
         }
+        m_remote.AppendMaps(maps,
+                            [&](const CString& name) { return library->Find(name) != nullptr; });
         return maps;
     });
 }
@@ -77,7 +79,7 @@ tagTILE_MAP_INFO* CDBTileMapInfoProvider::GetMapInfo(const CString& mapName) {
     return WithoutThrowing<tagTILE_MAP_INFO*>(kName, [&] {
         const auto library = Library();
         const LibraryMap* map = library->Find(mapName);
-        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : nullptr;
+        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : m_remote.GetMapInfo(mapName);
     });
 }
 
@@ -89,6 +91,8 @@ std::list<tagTILE_MAP_LAYER_INFO*> CDBTileMapInfoProvider::GetLayerList(const CS
             for (int layer = map->grid.firstLayer; layer <= map->grid.lastLayer; ++layer) {
                 layers.push_back(new tagTILE_MAP_LAYER_INFO(map->Layer(layer)));
             }
+        } else {
+            layers = m_remote.GetLayerList(mapName);
         }
         return layers;
     });
@@ -99,9 +103,11 @@ tagTILE_MAP_LAYER_INFO* CDBTileMapInfoProvider::GetLayerInfo(const CString& mapN
     return WithoutThrowing<tagTILE_MAP_LAYER_INFO*>(kName, [&] {
         const auto library = Library();
         const LibraryMap* map = library->Find(mapName);
-        return map != nullptr && map->HasLayer(layerNumber)
-                   ? new tagTILE_MAP_LAYER_INFO(map->Layer(layerNumber))
-                   : nullptr;
+        if (map == nullptr) {
+            return m_remote.GetLayerInfo(mapName, layerNumber);
+        }
+        return map->HasLayer(layerNumber) ? new tagTILE_MAP_LAYER_INFO(map->Layer(layerNumber))
+                                          : nullptr;
     });
 }
 
@@ -117,7 +123,7 @@ std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTile(const LibraryMap& map
     if (map.archive->ReadTile(map.index, *place, bytes)) {
         return OneTile(*address, key, bytes);
     }
-    return m_remoteTiles.Load(m_pRemoteProvider, map.info, map.Layer(layerNumber), key);
+    return m_remote.FillGap(map.info, map.Layer(layerNumber), key);
 }
 
 std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTiles(const CString& mapName, int layerNumber,
@@ -128,7 +134,7 @@ std::list<tagTILE_IMAGE*> CDBTileMapInfoProvider::LoadTiles(const CString& mapNa
         return map != nullptr
                    ? LoadEach(kName, tileKeys,
                               [&](const CString& key) { return LoadTile(*map, layerNumber, key); })
-                   : std::list<tagTILE_IMAGE*>();
+                   : m_remote.LoadTiles(mapName, layerNumber, tileKeys);
     });
 }
 

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "plugins/common/RemoteTiles.h"
+#include "plugins/common/kept/RemoteMaps.h"
 #include "plugins/db/ArchiveLibrary.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -15,21 +15,21 @@ namespace Terrascope::Plugins {
 /// Serves maps whose tiles are in archives: MBTiles, GeoPackage, PMTiles. The data path is one of
 /// them or a folder of them. docs/maps.md has what is read of each.
 ///
-/// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing
-/// where
-///          it has the same map.
+/// Owns:    the remote provider that was attached to it, whose maps follow its own, and which it
+///          asks for tiles that are missing in these where it has the same map; what comes from it
+///          is kept. Of two maps of one name the own one counts.
 /// Threads: every operation may run beside every other, and no reading of tiles waits for another.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
 ///          maintainer of the maps looks for it.
-class CDBTileMapInfoProvider : public ITileMapInfoProvider {
+class CDBTileMapInfoProvider : public ITileMapInfoProvider, public IHasOwnFiles {
 public:
     static constexpr char kName[] = "DBTileMapInfoProvider";
 
     ~CDBTileMapInfoProvider() override;
 
-    /// Opens the archives anew; the flag makes no difference here, and goes on to the remote
-    /// provider, which updates its maps too. False, and the maps stay, when the data path is
-    /// neither a file nor a folder.
+    /// Opens the archives anew, after the remote provider has updated its maps; with the flag,
+    /// kept tiles of maps that are newer there go. False, and the maps stay, when the data path is
+    /// neither a file nor a folder, or when a server could not be reached.
     bool UpdateMapLib(bool flag) override;
     void SetDataPath(const CString& path) override;
     std::list<tagTILE_MAP_INFO*> GetMapList() override;
@@ -44,7 +44,7 @@ private:
     bool Reopen();
     std::list<tagTILE_IMAGE*> LoadTile(const LibraryMap& map, int layerNumber, const CString& key);
 
-    CRemoteTiles m_remoteTiles;
+    CRemoteMaps m_remote{*this, kName};
     CCriticalSection m_lock;
     CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
     std::shared_ptr<const CArchiveLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =

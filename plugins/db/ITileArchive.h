@@ -6,12 +6,13 @@
 #include <vector>
 
 #include "plugins/common/FolderFiles.h"
+#include "plugins/common/sqlite/Sqlite.h"
 #include "plugins/db/ArchiveGrid.h"
 
 namespace Terrascope::Plugins {
 
 /// The largest tile that is read, in bytes.
-inline constexpr std::size_t kLargestTile = std::size_t{64} * 1024 * 1024;
+inline constexpr std::size_t kLargestTile = kLargestValue;
 
 /// A map as its archive describes it. All texts are UTF-8, of any length and content.
 struct ArchiveMap {

@@ -6,8 +6,8 @@
 
 #include "plugins/common/LeasePool.h"
 #include "plugins/common/WatchedFile.h"
+#include "plugins/common/sqlite/Sqlite.h"
 #include "plugins/db/ITileArchive.h"
-#include "plugins/db/Sqlite.h"
 
 namespace Terrascope::Plugins {
 

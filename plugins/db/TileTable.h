@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "plugins/common/TileImageHeader.h"
+#include "plugins/common/sqlite/Sqlite.h"
 #include "plugins/db/ArchiveGrid.h"
-#include "plugins/db/Sqlite.h"
 
 namespace Terrascope::Plugins {
 

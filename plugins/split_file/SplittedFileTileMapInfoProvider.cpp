@@ -21,6 +21,7 @@ TResult Safely(TWork work) {
 }  // namespace
 
 CSplittedFileTileMapInfoProvider::~CSplittedFileTileMapInfoProvider() {
+    m_remote.End();
     delete m_pRemoteProvider;
 }
 
@@ -55,16 +56,14 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
     CSingleLock lock(&m_lock, TRUE);
     m_library = std::move(library);
     lock.Unlock();
-    m_remoteTiles.Forget();
+    m_remote.KeepIn(*folder);
+    m_remote.ForgetOwnMaps();
     return true;
 }
 
 bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool flag) {
-    const bool isRead = Safely<bool>([this] { return Rescan(); });
-    Safely<bool>(
-        [&] { return m_pRemoteProvider != nullptr && m_pRemoteProvider->UpdateMapLib(flag); });
-    m_remoteTiles.Forget();
-    return isRead;
+    return Safely<bool>([&] { return m_remote.Update(flag); }) &&
+           Safely<bool>([this] { return Rescan(); });
 }
 
 void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -84,15 +83,8 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
         for (const auto& map : *library) {
             maps.push_back(new tagTILE_MAP_INFO(map->info));
         }
-        if (m_pRemoteProvider != nullptr) {
-            for (tagTILE_MAP_INFO* entry : m_pRemoteProvider->GetMapList()) {
-                if (entry != nullptr && FindMap(*library, entry->strName) == nullptr) {
-                    maps.push_back(entry);
-                } else {
-                    delete entry;
-                }
-            }
-        }
+        m_remote.AppendMaps(
+            maps, [&](const CString& name) { return FindMap(*library, name) != nullptr; });
         return maps;
     });
 }
@@ -100,10 +92,7 @@ std::list<tagTILE_MAP_INFO*> CSplittedFileTileMapInfoProvider::GetMapList() {
 tagTILE_MAP_INFO* CSplittedFileTileMapInfoProvider::GetMapInfo(const CString& mapName) {
     return Safely<tagTILE_MAP_INFO*>([&] {
         const auto map = FindMap(*Library(), mapName);
-        if (map == nullptr && m_pRemoteProvider != nullptr) {
-            return m_pRemoteProvider->GetMapInfo(mapName);
-        }
-        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : nullptr;
+        return map != nullptr ? new tagTILE_MAP_INFO(map->info) : m_remote.GetMapInfo(mapName);
     });
 }
 
@@ -115,8 +104,8 @@ std::list<tagTILE_MAP_LAYER_INFO*> CSplittedFileTileMapInfoProvider::GetLayerLis
             for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
                 layers.push_back(new tagTILE_MAP_LAYER_INFO(layer));
             }
-        } else if (m_pRemoteProvider != nullptr) {
-            layers = m_pRemoteProvider->GetLayerList(mapName);
+        } else {
+            layers = m_remote.GetLayerList(mapName);
         }
         return layers;
     });
@@ -126,11 +115,10 @@ tagTILE_MAP_LAYER_INFO* CSplittedFileTileMapInfoProvider::GetLayerInfo(const CSt
                                                                        int layerNumber) {
     return Safely<tagTILE_MAP_LAYER_INFO*>([&]() -> tagTILE_MAP_LAYER_INFO* {
         const auto map = FindMap(*Library(), mapName);
-        if (map == nullptr && m_pRemoteProvider != nullptr) {
-            return m_pRemoteProvider->GetLayerInfo(mapName, layerNumber);
+        if (map == nullptr) {
+            return m_remote.GetLayerInfo(mapName, layerNumber);
         }
-        const tagTILE_MAP_LAYER_INFO* layer =
-            map != nullptr ? map->FindLayer(layerNumber) : nullptr;
+        const tagTILE_MAP_LAYER_INFO* layer = map->FindLayer(layerNumber);
         return layer != nullptr ? new tagTILE_MAP_LAYER_INFO(*layer) : nullptr;
     });
 }
@@ -150,18 +138,17 @@ std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTile(
     if (bytes && !bytes->empty()) {
         return OneTile(*address, key, *bytes);
     }
-    return m_remoteTiles.Load(m_pRemoteProvider, map.info, layer, key);
+    return m_remote.FillGap(map.info, layer, key);
 }
 
 std::list<tagTILE_IMAGE*> CSplittedFileTileMapInfoProvider::LoadTiles(
     const CString& mapName, int layerNumber, const std::list<CString>& tileKeys) {
     return Safely<std::list<tagTILE_IMAGE*>>([&] {
         const auto map = FindMap(*Library(), mapName);
-        if (map == nullptr && m_pRemoteProvider != nullptr) {
-            return m_pRemoteProvider->LoadTiles(mapName, layerNumber, tileKeys);
+        if (map == nullptr) {
+            return m_remote.LoadTiles(mapName, layerNumber, tileKeys);
         }
-        const tagTILE_MAP_LAYER_INFO* layer =
-            map != nullptr ? map->FindLayer(layerNumber) : nullptr;
+        const tagTILE_MAP_LAYER_INFO* layer = map->FindLayer(layerNumber);
         return layer != nullptr
                    ? LoadEach(kName, tileKeys,
                               [&](const CString& key) { return LoadTile(*map, *layer, key); })

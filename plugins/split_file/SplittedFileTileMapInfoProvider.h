@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "plugins/common/RemoteTiles.h"
+#include "plugins/common/kept/RemoteMaps.h"
 #include "plugins/split_file/MapLibrary.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -17,20 +17,21 @@ namespace Terrascope::Plugins {
 /// the data path itself if it is one of the latter two. See the README for the formats.
 ///
 /// Owns:    the remote provider that was attached to it, whose maps follow its own, and which it
-///          asks for tiles that are missing in these where it has the same map. Of two maps of one
-///          name the own one counts.
+///          asks for tiles that are missing in these where it has the same map; what comes from it
+///          is kept. Of two maps of one name the own one counts.
 /// Threads: every operation may run beside every other. No file is read under the lock.
 /// Errors:  nothing throws; what is missing or unreadable is null or empty, and logged where the
 ///          maintainer of the maps looks for it.
-class CSplittedFileTileMapInfoProvider : public ITileMapInfoProvider {
+class CSplittedFileTileMapInfoProvider : public ITileMapInfoProvider, public IHasOwnFiles {
 public:
     static constexpr char kName[] = "SplittedFileTileMapInfoProvider";
 
     ~CSplittedFileTileMapInfoProvider() override;
 
-    /// Reads what has changed in the library since it was last read in this process; the flag makes
-    /// no difference here, and goes on to the remote provider, which updates its maps too. False,
-    /// and the maps stay, when the folder cannot be read.
+    /// Reads what has changed in the library since it was last read in this process, after the
+    /// remote provider has updated its maps; with the flag, kept tiles of maps that are newer there
+    /// go. False, and the maps stay, when the folder cannot be read, or when a server could not be
+    /// reached.
     bool UpdateMapLib(bool flag) override;
     void SetDataPath(const CString& path) override;
     std::list<tagTILE_MAP_INFO*> GetMapList() override;
@@ -46,7 +47,7 @@ private:
     std::list<tagTILE_IMAGE*> LoadTile(const MapDescription& map,
                                        const tagTILE_MAP_LAYER_INFO& layer, const CString& key);
 
-    CRemoteTiles m_remoteTiles;
+    CRemoteMaps m_remote{*this, kName};
     CCriticalSection m_lock;
     CString m_dataPath TERRASCOPE_GUARDED_BY(m_lock);
     std::shared_ptr<const MapLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock) =

@@ -1,7 +1,6 @@
-#include "plugins/common/RemoteTiles.h"
+#include "plugins/common/kept/SameMaps.h"
 
 #include <cmath>
-#include <memory>
 
 namespace Terrascope::Plugins {
 namespace {
@@ -18,8 +17,8 @@ bool HasSameExtent(const tagTILE_MAP_INFO& a, const tagTILE_MAP_INFO& b) {
 
 }  // namespace
 
-bool CRemoteTiles::IsSameMap(ITileMapInfoProvider& remote, const tagTILE_MAP_INFO& map,
-                             const tagTILE_MAP_LAYER_INFO& layer) {
+bool CSameMaps::IsSame(const tagTILE_MAP_INFO& map, const tagTILE_MAP_LAYER_INFO& layer,
+                       const AskInfo& askInfo, const AskLayer& askLayer) {
     const std::pair<std::string, int> place(map.strName.GetString(), layer.nLayerNumber);
     std::uint64_t forgotten = 0;
     {
@@ -30,12 +29,11 @@ bool CRemoteTiles::IsSameMap(ITileMapInfoProvider& remote, const tagTILE_MAP_INF
         }
         forgotten = m_forgotten;
     }
-    const std::unique_ptr<tagTILE_MAP_INFO> other(remote.GetMapInfo(map.strName));
+    const std::unique_ptr<tagTILE_MAP_INFO> other = askInfo();
     if (other == nullptr) {
         return false;
     }
-    const std::unique_ptr<tagTILE_MAP_LAYER_INFO> otherLayer(
-        remote.GetLayerInfo(map.strName, layer.nLayerNumber));
+    const std::unique_ptr<tagTILE_MAP_LAYER_INFO> otherLayer = askLayer();
     const bool isSame = otherLayer != nullptr && HasSameExtent(map, *other) &&
                         otherLayer->nTileCountX == layer.nTileCountX &&
                         otherLayer->nTileCountY == layer.nTileCountY;
@@ -46,16 +44,7 @@ bool CRemoteTiles::IsSameMap(ITileMapInfoProvider& remote, const tagTILE_MAP_INF
     return isSame;
 }
 
-std::list<tagTILE_IMAGE*> CRemoteTiles::Load(ITileMapInfoProvider* remote,
-                                             const tagTILE_MAP_INFO& map,
-                                             const tagTILE_MAP_LAYER_INFO& layer,
-                                             const CString& key) {
-    return remote != nullptr && IsSameMap(*remote, map, layer)
-               ? remote->LoadTiles(map.strName, layer.nLayerNumber, {key})
-               : std::list<tagTILE_IMAGE*>();
-}
-
-void CRemoteTiles::Forget() {
+void CSameMaps::Forget() {
     CSingleLock lock(&m_lock, TRUE);
     m_isSame.clear();
     ++m_forgotten;

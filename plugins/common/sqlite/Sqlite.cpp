@@ -1,16 +1,15 @@
-#include "plugins/db/Sqlite.h"
+#include "plugins/common/sqlite/Sqlite.h"
 
 #include <sqlite3.h>
 #include <windows.h>
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 #include <optional>
 
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/PlainText.h"
-#include "plugins/db/ITileArchive.h"
+#include "plugins/common/sqlite/SqliteFileSystem.h"
 #include "terrascope/support/Handles.h"
 
 namespace Terrascope::Plugins {
@@ -31,24 +30,6 @@ int Authorize(void*, int action, const char*, const char* function, const char*,
         (function == nullptr || std::find(kQuickFunctions.begin(), kQuickFunctions.end(),
                                           std::string_view(function)) == kQuickFunctions.end());
     return isRefused ? SQLITE_DENY : SQLITE_OK;
-}
-
-/// SQLite's own way to open a file keeps it from being renamed and deleted.
-HANDLE WINAPI OpenForDeletion(LPCWSTR name, DWORD access, DWORD share,
-                              SECURITY_ATTRIBUTES* security, DWORD creation, DWORD flags,
-                              HANDLE pattern) {
-    return ::CreateFileW(name, access, share | FILE_SHARE_DELETE, security, creation, flags,
-                         pattern);
-}
-
-void PrepareFileSystem() {
-    static std::once_flag done;
-    std::call_once(done, [] {
-        sqlite3_initialize();
-        sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
-        files->xSetSystemCall(files, "CreateFileW",
-                              reinterpret_cast<sqlite3_syscall_ptr>(&OpenForDeletion));
-    });
 }
 
 /// Whether a database is one with a log of its changes that lies at rest: all is in the file, and
@@ -102,10 +83,45 @@ CSqliteStatement& CSqliteStatement::Bind(int parameter, std::string_view text) {
     return *this;
 }
 
+CSqliteStatement& CSqliteStatement::Bind(int parameter, std::span<const std::uint8_t> bytes) {
+    sqlite3_bind_blob64(m_statement.get(), parameter, bytes.data(), bytes.size(), SQLITE_STATIC);
+    return *this;
+}
+
 bool CSqliteStatement::Next() {
-    const int result = m_statement != nullptr ? sqlite3_step(m_statement.get()) : SQLITE_ERROR;
-    m_failed = result != SQLITE_ROW && result != SQLITE_DONE;
-    return result == SQLITE_ROW;
+    if (m_statement == nullptr) {
+        m_failed = true;  // the result stays that of preparing it
+        return false;
+    }
+    m_result = sqlite3_step(m_statement.get());
+    m_failed = m_result != SQLITE_ROW && m_result != SQLITE_DONE;
+    return m_result == SQLITE_ROW;
+}
+
+bool CSqliteStatement::Run() {
+    while (Next()) {
+    }
+    Rewind();
+    return !m_failed;
+}
+
+SqliteFailure CSqliteStatement::Failure() const {
+    constexpr int kPrimary = 0xFF;
+    switch (m_result & kPrimary) {
+        case SQLITE_OK:
+        case SQLITE_ROW:
+        case SQLITE_DONE:
+            return SqliteFailure::None;
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return SqliteFailure::Locked;
+        case SQLITE_CORRUPT:
+        case SQLITE_NOTADB:
+            return SqliteFailure::Damaged;
+        default:
+            return m_result == SQLITE_READONLY_ROLLBACK ? SqliteFailure::Unfinished
+                                                        : SqliteFailure::Other;
+    }
 }
 
 void CSqliteStatement::Rewind() {
@@ -153,7 +169,7 @@ void CSqliteConnection::Close::operator()(sqlite3* database) const {
 
 std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::wstring& path,
                                                            std::string& reason) {
-    PrepareFileSystem();
+    PrepareSqliteFiles();
     sqlite3* database = nullptr;
     // SQLite would lay two files beside such a database, and fail where it may not.
     const bool isResting = !path.starts_with(L"\\\\") && IsRestingLogged(path);
@@ -168,7 +184,7 @@ std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::wstring& p
     sqlite3_extended_result_codes(database, 1);
     sqlite3_busy_timeout(database, kLockWait);
     sqlite3_progress_handler(database, kStepsBetweenLooks, &IsTimeUp, connection.get());
-    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, static_cast<int>(kLargestTile));
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, static_cast<int>(kLargestValue));
     sqlite3_set_authorizer(database, &Authorize, nullptr);
     // No one is asked about the functions of generated columns.
     sqlite3_limit(database, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, kLongestPattern);
@@ -180,9 +196,10 @@ std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::wstring& p
 
 CSqliteStatement CSqliteConnection::Prepare(std::string_view sql) {
     sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v3(m_database.get(), sql.data(), static_cast<int>(sql.size()),
-                       SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-    return CSqliteStatement(statement);
+    const int result =
+        sqlite3_prepare_v3(m_database.get(), sql.data(), static_cast<int>(sql.size()),
+                           SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    return {statement, result};
 }
 
 void CSqliteConnection::AllowTime(std::uint64_t milliseconds) {

@@ -11,6 +11,18 @@ struct sqlite3_stmt;
 
 namespace Terrascope::Plugins {
 
+/// Why a query or a change could not be carried out.
+enum class SqliteFailure {
+    None,
+    Locked,      ///< by another connection, for longer than is waited for
+    Damaged,     ///< or no database at all
+    Unfinished,  ///< a writer was killed, and this connection may not undo what it left half done
+    Other,
+};
+
+/// The largest value of a database that is read, in bytes.
+inline constexpr std::size_t kLargestValue = std::size_t{64} * 1024 * 1024;
+
 /// One prepared query. Columns count from 0, parameters from 1.
 ///
 /// Borrows: its connection's database, which it keeps open.
@@ -18,17 +30,26 @@ namespace Terrascope::Plugins {
 class CSqliteStatement {
 public:
     CSqliteStatement() = default;  ///< of no query; has no rows
-    explicit CSqliteStatement(sqlite3_stmt* statement) : m_statement(statement) {}
+    /// `result` is what preparing it resulted in.
+    CSqliteStatement(sqlite3_stmt* statement, int result)
+        : m_statement(statement), m_result(result) {}
 
     /// False when the text was no query that this database can answer.
     bool IsValid() const { return m_statement != nullptr; }
 
     CSqliteStatement& Bind(int parameter, std::int64_t value);
     CSqliteStatement& Bind(int parameter, std::string_view text);  ///< copied
+    /// Not copied: they must live until Rewind or Run.
+    CSqliteStatement& Bind(int parameter, std::span<const std::uint8_t> bytes);
 
     /// Goes to the next row, from before the first one. False at the end and after a failure.
     bool Next();
     bool HasFailed() const { return m_failed; }
+    /// Of the last call, or of preparing the query.
+    SqliteFailure Failure() const;
+    /// Goes through all rows and back before the first one; for what changes something. False when
+    /// it failed.
+    bool Run();
     /// Back before the first row; ends the reading, and with it the database's lock.
     void Rewind();
 
@@ -49,6 +70,7 @@ private:
         void operator()(sqlite3_stmt* statement) const;
     };
     std::unique_ptr<sqlite3_stmt, Finalize> m_statement;
+    int m_result = 0;  ///< SQLite's extended code
     bool m_failed = false;
 };
 
