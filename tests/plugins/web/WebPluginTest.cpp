@@ -69,6 +69,54 @@ TEST_F(WebPlugin, AnotherModuleFindsWhatKeepsTiles) {
     EXPECT_EQ(1, found);
 }
 
+TEST_F(WebPlugin, ALocalProviderKeepsWhatItDelivers) {
+    auto server = std::make_unique<FaultServer>();
+    server->On("/m.json", Reply{.body = R"({"tilejson": "3.0.0", "name": "m", "maxzoom": 2,
+        "tiles": [")" + server->Address("/{z}/{x}/{y}") +
+                                        R"("]})"});
+    server->On("/1/0/0", {Reply{.body = "\xFF\xD8\xFF\xE0 a JPEG",
+                                .headers = "ETag: \"e\"\r\nCache-Control: max-age=0\r\n"},
+                          Reply{.status = 304, .headers = "Cache-Control: max-age=3600\r\n"}});
+    m_library.Folder().MakeFolder("maps");
+    m_library.WriteSettings(
+        "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=SplittedFileTileMapInfoProvider\n"
+        "REMOTE=WebTileMapInfoProvider\n[SplittedFileTileMapInfoProvider]\nDATA_PATH=maps\n"
+        "[WebTileMapInfoProvider]\nDATA_PATH=" +
+        server->Address("/m.json") + "\n");
+    // How many maps there are, and the bytes of a tile: anew, as each display has it.
+    std::unique_ptr<Terrascope::CTileMapInfoProviderWrapper> provider;
+    const auto look = [&] {
+        provider = std::make_unique<Terrascope::CTileMapInfoProviderWrapper>();
+        EXPECT_TRUE(provider->SelectProvider());
+        std::string text;
+        for (Terrascope::tagTILE_MAP_INFO* map : provider->GetMapList()) {
+            text += map->strName + " ";
+            delete map;
+        }
+        for (Terrascope::tagTILE_IMAGE* tile : provider->LoadTiles("m", 1, {"0"})) {
+            text += std::to_string(tile->stream.GetLength());
+            delete tile;
+        }
+        return text;
+    };
+    EXPECT_EQ("m 11", look());
+    EXPECT_EQ("m 11", look()) << "expired, and shown";
+    EXPECT_TRUE(Await([&] { return server->Requests("/1/0/0") == 2; })) << "asked again";
+    EXPECT_NE(std::string::npos, server->LastHead().find("If-None-Match: \"e\""));
+    provider.reset();
+    EXPECT_EQ("m 11", look());
+    EXPECT_TRUE(provider->UpdateMapLib(true));
+    EXPECT_EQ("m 11", look());
+    EXPECT_EQ(2, server->Requests("/1/0/0")) << "fresh since it was asked for again";
+    server.reset();
+    const ULONGLONG start = ::GetTickCount64();
+    EXPECT_EQ("m 11", look());
+    EXPECT_GT(2000U, ::GetTickCount64() - start) << "nothing waits for the server";
+    EXPECT_FALSE(provider->UpdateMapLib(true));
+    EXPECT_EQ("m 11", look());
+    provider.reset();
+}
+
 TEST_F(WebPlugin, AHostLearnsOfServersThatFail) {
     auto* const state = reinterpret_cast<int (*)(char*, int)>(reinterpret_cast<void*>(
         ::GetProcAddress(::GetModuleHandleA(m_plugin.c_str()), "serverState")));
