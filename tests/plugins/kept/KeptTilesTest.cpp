@@ -198,6 +198,27 @@ TEST_F(KeptTiles, AreDroppedAtTheEndWhileAnotherHasTheFileLocked) {
     EXPECT_EQ("one none", Both(*Open(), map));
 }
 
+TEST_F(KeptTiles, AreNotWrittenToAFileThatWasMovedAway) {
+    const auto map = MapOf();
+    Open()->Keep(map, {2, 1, 3}, Bytes("one"), kFresh);
+    sqlite3* other = nullptr;
+    sqlite3_open(KeptPath().c_str(), &other);
+    sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    const auto moveAndUnlock = [&] {
+        EXPECT_TRUE(other == nullptr || ::MoveFileA(KeptPath().c_str(), KeptPath("moved").c_str()));
+        sqlite3_close(other);
+        other = nullptr;
+        return true;
+    };
+    SqliteFailure failure = SqliteFailure::None;
+    const auto writer = CKeptWriter::Open(Kept(), *map, moveAndUnlock, failure);
+    ASSERT_NE(nullptr, writer);
+    writer->Keep({2, 2, 3}, Bytes("two"), kFresh);
+    EXPECT_EQ(SqliteFailure::None, writer->Commit());
+    EXPECT_EQ("none two", Both(*Open(), map));
+    EXPECT_EQ("1 ", Query(KeptPath("moved"), "SELECT count(*) FROM tiles"));
+}
+
 TEST_F(KeptTiles, AreBegunAnewWhereTheFileIsDamagedAndBesideOneOfOthers) {
     const auto map = MapOf();
     Open()->Keep(map, {2, 1, 3}, Bytes("one"), kFresh);

@@ -157,13 +157,19 @@ TEST_F(RemoteMap, ShowsAnExpiredTileAndAsksAgain) {
     }
     // One attempt for each tile and minute while the server is out of reach.
     m_provider.reset();
-    m_server.asked.clear();
+    m_server.isUp = true;
+    Answer(RemoteOutcome::Here, "old", 5);
     Open();
+    EXPECT_THAT(MapNames(), ElementsAre("Web"));
+    EXPECT_EQ("old", Tile("Web", "02"));
+    m_server.isUp = false;
+    Open();
+    m_server.asked.clear();
     EXPECT_EQ("old", Tile("Web", "03"));
     EXPECT_TRUE(Await([&] { return Asked() == "03\"old\" "; })) << Asked();
     EXPECT_EQ("old", Tile("Web", "03"));
-    m_provider.reset();
-    EXPECT_EQ("03\"old\" ", Asked());
+    EXPECT_EQ("old", Tile("Web", "02"));
+    EXPECT_TRUE(Await([&] { return Asked() == "03\"old\" 02\"old\" "; })) << Asked();
 }
 
 TEST_F(RemoteMap, IsNotKeptWhereTheServerForbidsIt) {
@@ -274,10 +280,23 @@ TEST_F(RemoteMap, IsNotKeptWhereNothingMayBeWritten) {
     EXPECT_EQ("tile", Tile("Web", "02"));
     m_provider.reset();
     EXPECT_EQ(1, m_log.Count("kept tiles")) << m_log.Text();
-    // No data path, and a remote provider with files of its own: no folder.
+    // No data path.
     m_provider = std::make_unique<Terrascope::Plugins::CDBTileMapInfoProvider>();
     m_provider->m_pRemoteProvider = new FakeRemote(m_server);
     EXPECT_THAT(MapNames(), ElementsAre("Web"));
+    // A remote provider with files of its own.
+    const std::string archive = m_folder.WriteFile("far.mbtiles", "");
+    KeptFixture::Query(archive,
+                       "CREATE TABLE tiles (zoom_level, tile_column, tile_row, tile_data);"
+                       "INSERT INTO tiles VALUES (1, 0, 1, 'far');");
+    m_folder.MakeFolder("other");
+    m_provider = std::make_unique<Terrascope::Plugins::CDBTileMapInfoProvider>();
+    m_provider->SetDataPath((m_folder / "other").c_str());
+    m_provider->m_pRemoteProvider = new Terrascope::Plugins::CDBTileMapInfoProvider;
+    m_provider->m_pRemoteProvider->SetDataPath(archive.c_str());
+    EXPECT_EQ("far", Tile("far", "0"));
+    m_provider.reset();
+    EXPECT_EQ(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesA((m_folder / "other\\kept").c_str()));
 }
 
 }  // namespace
