@@ -1,7 +1,6 @@
 #include "plugins/common/kept/RemoteMaps.h"
 
 #include <algorithm>
-#include <tuple>
 #include <typeinfo>
 #include <utility>
 
@@ -19,20 +18,6 @@ constexpr std::uint64_t kBetweenRefreshes = 10'000;  // milliseconds
 constexpr std::uint64_t kBetweenLooks = 250;
 constexpr std::uint64_t kPauseAfterFailure = 60'000;
 constexpr std::size_t kMostPauses = 10'000;
-
-auto OrderOf(const SYSTEMTIME& time) {
-    return std::tuple(time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond);
-}
-
-bool IsSameRecord(const tagTILE_MAP_INFO& a, const tagTILE_MAP_INFO& b) {
-    const auto rest = [](const tagTILE_MAP_INFO& map) {
-        return std::tuple(OrderOf(map.stUpdateTime), map.nLayerCount, map.nFirstLayer,
-                          map.dLongitudeStart, map.dLatitudeStart, map.dLongitude, map.dLatitude,
-                          map.nTileWidth, map.nTileHeight);
-    };
-    return a.strName == b.strName && a.strTileFormat == b.strTileFormat &&
-           a.strRemark == b.strRemark && rest(a) == rest(b);
-}
 
 /// The records that a provider returned, which it leaves to the caller.
 template <class TRecord>
@@ -53,11 +38,6 @@ std::string NameOf(const KeptMap& map, const KeptPlace& place) {
 }
 
 }  // namespace
-
-std::shared_ptr<const KeptMap> CRemoteMaps::Library::Find(const CString& name) const {
-    const auto place = places.find(FoldCase(ViewOf(name)));
-    return place != places.end() ? maps[place->second] : nullptr;
-}
 
 void CRemoteMaps::KeepIn(const std::wstring& folder) {
     Link former;  // what was kept by it is written behind the lock
@@ -116,17 +96,6 @@ CRemoteMaps::Link CRemoteMaps::Attached() {
 
 // --- the maps ---
 
-CRemoteMaps::LibraryPtr CRemoteMaps::MakeLibrary(KeptMaps maps, bool isCurrent) {
-    auto library = std::make_shared<Library>();
-    library->maps = std::move(maps);
-    library->isCurrent = isCurrent;
-    library->text = WriteDescriptions(library->maps);
-    for (std::size_t i = 0; i < library->maps.size(); ++i) {
-        library->places.emplace(FoldCase(ViewOf(library->maps[i]->info.strName)), i);
-    }
-    return library;
-}
-
 CRemoteMaps::LibraryPtr CRemoteMaps::Current() {
     CSingleLock lock(&m_lock, TRUE);
     return m_library;
@@ -137,7 +106,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::FromKept(const Link& link) {
     if (maps.empty()) {
         return nullptr;
     }
-    LibraryPtr library = MakeLibrary(std::move(maps), false);
+    LibraryPtr library = RemoteLibrary::Make(std::move(maps), false);
     CSingleLock lock(&m_lock, TRUE);
     m_library = m_library != nullptr ? m_library : library;
     return m_library;
@@ -157,7 +126,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::Publish(const Link& link,
         }
         const auto before = former != nullptr ? former->Find(info.strName) : nullptr;
         if (before != nullptr && dropsNewer) {
-            if (OrderOf(before->tilesSince) < OrderOf(info.stUpdateTime) ||
+            if (IsEarlier(before->tilesSince, info.stUpdateTime) ||
                 before->GridText() != map->GridText()) {
                 link.kept->DropMap(map);
             }
@@ -169,7 +138,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::Publish(const Link& link,
         }
         made.push_back(std::move(map));
     }
-    LibraryPtr library = MakeLibrary(std::move(made), true);
+    LibraryPtr library = RemoteLibrary::Make(std::move(made), true);
     if (former == nullptr || former->text != library->text) {
         link.kept->Describe(link.identity, library->text);
     }
@@ -186,11 +155,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::Maps(const Link& link, bool mayWait) {
     if (link.source != nullptr) {
         if (const auto maps = link.source->MapsNow()) {
             const bool isSame =
-                library != nullptr && library->isCurrent &&
-                std::equal(maps->begin(), maps->end(), library->maps.begin(), library->maps.end(),
-                           [](const tagTILE_MAP_INFO& map, const MapPtr& known) {
-                               return IsSameRecord(map, known->info);
-                           });
+                library != nullptr && library->isCurrent && library->HasRecords(*maps);
             return isSame ? library : Publish(link, *maps, false);
         }
     }

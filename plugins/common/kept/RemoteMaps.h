@@ -9,12 +9,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "plugins/common/kept/BackgroundTasks.h"
-#include "plugins/common/kept/KeptDescriptions.h"
 #include "plugins/common/kept/KeptTiles.h"
+#include "plugins/common/kept/RemoteLibrary.h"
 #include "plugins/common/kept/RemoteSource.h"
 #include "plugins/common/kept/SameMaps.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
@@ -72,15 +71,7 @@ private:
         std::shared_ptr<CKeptTiles> kept;  ///< null: nothing is kept of it
         std::string identity;
     };
-    struct Library {
-        KeptMaps maps;
-        std::unordered_map<std::string, std::size_t> places;  ///< by name in one case
-        bool isCurrent = false;                               ///< the remote provider's own answer
-        std::string text;                                     ///< of WriteDescriptions
-
-        std::shared_ptr<const KeptMap> Find(const CString& name) const;
-    };
-    using LibraryPtr = std::shared_ptr<const Library>;
+    using LibraryPtr = std::shared_ptr<const RemoteLibrary>;
     using MapPtr = std::shared_ptr<const KeptMap>;
 
     Link Attached();
@@ -89,7 +80,6 @@ private:
     LibraryPtr Maps(const Link& link, bool mayWait);
     LibraryPtr Publish(const Link& link, const std::vector<tagTILE_MAP_INFO>& maps,
                        bool dropsNewer);
-    static LibraryPtr MakeLibrary(KeptMaps maps, bool isCurrent);
     void RefreshLater(const Link& link);
     MapPtr FindForTile(const Link& link, const CString& name);
 
