@@ -9,8 +9,12 @@
 
 #include "terrascope/api/MapAssistant.h"
 #include "viewer/AboutDlg.h"
+#include "viewer/KeptFolder.h"
 #include "viewer/LibraryFolder.h"
+#include "viewer/MapAddress.h"
 #include "viewer/MapRecords.h"
+#include "viewer/OpenAddressDlg.h"
+#include "viewer/ServerState.h"
 #include "viewer/Settings.h"
 #include "viewer/resource.h"
 
@@ -32,8 +36,13 @@ constexpr ToolButton kTools[] = {
     {ID_TOOL_PAN, "Pan"},
 };
 
-/// The status bar's parts: map, layer, tool, point under the mouse (the rest of the width).
-constexpr int kPartEnds[] = {200, 340, 440, -1};
+/// The status bar's parts: map, layer, tool, point under the mouse, what is wrong with the servers
+/// (the rest of the width).
+constexpr int kPartEnds[] = {200, 340, 440, 620, -1};
+constexpr int kServerPart = 4;
+
+constexpr UINT_PTR kServerTimer = 1;
+constexpr UINT kServerMs = 1000;
 
 }  // namespace
 
@@ -44,10 +53,12 @@ ON_WM_GETMINMAXINFO()
 ON_COMMAND_RANGE(ID_TOOL_ARROW, ID_TOOL_PAN, &CMainFrame::OnTool)
 ON_COMMAND_RANGE(ID_LAYER_FINER, ID_LAYER_WHOLE, &CMainFrame::OnLayer)
 ON_COMMAND(ID_FILE_OPEN_MAPS, &CMainFrame::OnFileOpen)
+ON_COMMAND(ID_FILE_OPEN_ADDRESS, &CMainFrame::OnFileOpenAddress)
 ON_COMMAND(ID_MAP_CHOOSE, &CMainFrame::OnMapChoose)
 ON_COMMAND(ID_MAP_EXIT, &CMainFrame::OnMapExit)
 ON_COMMAND(ID_APP_INFO, &CMainFrame::OnAppInfo)
 ON_MESSAGE(WM_DROPFILES, &CMainFrame::OnDropFiles)
+ON_MESSAGE(WM_TIMER, &CMainFrame::OnTimer)
 END_MESSAGE_MAP()
 
 bool CMainFrame::MakeWindow(PixelSize viewSize) {
@@ -100,37 +111,73 @@ bool CMainFrame::UseData(const DataSource& source, std::string& error) {
 }
 
 bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std::string& error) {
-    const auto source = FindMapSource(path, error);
+    const auto source = FindSource(path, error);
     if (!source) {
         return false;
     }
     const DataSource formerLocal = m_local;
     const DataSource formerRemote = m_remote;
-    // The maps of the file and no others: no plug-in has this name.
-    std::string ignored;
-    UseData({"REMOTE", "None", ""}, ignored);
     MapChoice choice = wanted;
     if (choice.map.empty()) {
         choice.map = source->map;
     }
+    const bool isAddress = IsAddress(path);
+    const bool isKept = source->remote.name != MapSource::kNoProvider;
     std::string reason;
-    if (!UseData(source->data, reason)) {
+    const bool hasRemote = UseData(source->remote, reason) || !isKept;
+    if (!UseData(source->data, reason) || !hasRemote) {
         reason += ", which wins over it";
-    } else if (ShowMapOfSource(choice, reason)) {
+    } else if (ShowMapOfSource(choice, isAddress, reason)) {
+        WatchServers(isAddress, isKept);
         return true;
     }
     if (!reason.empty()) {
-        error = "\"" + path + "\" is not opened: " + reason;
+        error = "\"" + WithoutSecrets(path) + "\" is not opened: " + reason;
     }
+    std::string ignored;
     UseData(formerLocal, ignored);
     UseData(formerRemote, ignored);
     return false;
 }
 
-bool CMainFrame::ShowMapOfSource(const MapChoice& wanted, std::string& error) {
+std::optional<MapSource> CMainFrame::FindSource(const std::string& path, std::string& error) {
+    if (!IsAddress(path)) {
+        return FindMapSource(path, error);
+    }
+    const auto address = ReadAddress(path, error);
+    if (!address) {
+        return std::nullopt;
+    }
+    return SourceOfAddress(*address, MakeKeptFolder(*address, m_keepIn));
+}
+
+void CMainFrame::WatchServers(bool isAddress, bool isKept) {
+    m_isAddress = isAddress;
+    m_isKept = isKept;
+    m_view.AwaitServers(isAddress);
+    if (isAddress) {
+        ::SetTimer(m_hWnd, kServerTimer, kServerMs, nullptr);
+    } else {
+        ::KillTimer(m_hWnd, kServerTimer);
+    }
+    ShowStatus();
+}
+
+std::string CMainFrame::ServerText() const {
+    return m_isAddress ? ServerStatusText(AskServers(), m_isKept) : "";
+}
+
+LRESULT CMainFrame::OnTimer(WPARAM, LPARAM) {
+    SetStatusText(kServerPart, ServerText().c_str());
+    return 0;
+}
+
+bool CMainFrame::ShowMapOfSource(const MapChoice& wanted, bool isAddress, std::string& error) {
     const std::vector<MapRecord> maps = ReadMaps();
     if (maps.empty()) {
-        error = "it has no map that can be shown; see the logs in \"";
+        const std::string server = isAddress ? AskServers().text : "";
+        error = "it has no map that can be shown" + (server.empty() ? "" : ": " + server) +
+                "; see the logs in \"";
         error += BesideLibrary("log").GetString();
         error += '"';
         return false;
@@ -261,6 +308,7 @@ void CMainFrame::ShowStatus() {
     SetStatusText(1, layer);
     SetStatusText(2, kTools[tool].text);
     SetStatusText(3, point);
+    SetStatusText(kServerPart, ServerText().c_str());
     m_toolbar.SendMessage(TB_CHECKBUTTON, kTools[tool].command, TRUE);
     CheckMenuRadioItem(::GetMenu(m_hWnd), ID_TOOL_ARROW, ID_TOOL_PAN, kTools[tool].command,
                        MF_BYCOMMAND);
@@ -276,8 +324,8 @@ void CMainFrame::SetStatusText(int part, const CString& text) {
 }
 
 BOOL CMainFrame::PreTranslateMessage(MSG* message) {
-    static constexpr std::pair<WPARAM, WPARAM> kShortcuts[] = {{'O', ID_FILE_OPEN_MAPS},
-                                                               {'M', ID_MAP_CHOOSE}};
+    static constexpr std::pair<WPARAM, WPARAM> kShortcuts[] = {
+        {'O', ID_FILE_OPEN_MAPS}, {'L', ID_FILE_OPEN_ADDRESS}, {'M', ID_MAP_CHOOSE}};
     if (message->message == WM_KEYDOWN && GetKeyState(VK_CONTROL) < 0) {
         for (const auto& [key, command] : kShortcuts) {
             if (message->wParam == key) {
@@ -319,6 +367,24 @@ void CMainFrame::OnFileOpen() {
     dialog.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
     if (::GetOpenFileNameA(&dialog)) {
         OpenFileOfUser(path);
+    }
+}
+
+void CMainFrame::OnFileOpenAddress() {
+    if (m_isScripted) {
+        return;
+    }
+    COpenAddressDlg dialog(this, m_lastAddress);
+    if (dialog.DoModal() != IDOK) {
+        return;
+    }
+    m_lastAddress = dialog.Address();
+    const std::string address = m_lastAddress.GetString();
+    std::string error;
+    if (ReadAddress(address, error)) {
+        OpenFileOfUser(address);
+    } else {
+        ShowProblem(error);
     }
 }
 

@@ -13,10 +13,14 @@ struct DataSource {
     std::string path;
 };
 
-/// A provider, and the map of it that the user means; an empty map: any.
+/// The providers, and the map that the user means; an empty map: any. No plug-in has the name
+/// "None": the local provider is on its own.
 struct MapSource {
+    static constexpr char kNoProvider[] = "None";
+
     DataSource data;
     std::string map;
+    DataSource remote = {"REMOTE", kNoProvider, ""};
 };
 
 /// Who can show a file or a folder that the user wants to open, and under which data path. It goes

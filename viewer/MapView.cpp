@@ -17,7 +17,6 @@ using Terrascope::MapToolKind;
 constexpr COLORREF kBackground = RGB(0xD8, 0xDE, 0xE4);
 constexpr COLORREF kAttributionPlate = RGB(0xF4, 0xF4, 0xF4);
 constexpr COLORREF kAttributionText = RGB(0x30, 0x30, 0x30);
-constexpr double kQuietMs = 700;
 
 LONGLONG Now() {
     LARGE_INTEGER counter;
@@ -189,8 +188,12 @@ bool CMapView::PointUnderMouse(MapPoint& point) {
 
 bool CMapView::IsQuiet() {
     return (!GetUpdateRect(nullptr, FALSE) || IsCovered()) &&
-           MillisecondsSince(m_changeTime) >= kQuietMs &&
+           MillisecondsSince(m_changeTime) >= m_quietMs &&
            (m_display == nullptr || !m_display->IsSwitchingLayer());
+}
+
+void CMapView::AwaitServers(bool isServer) {
+    m_quietMs = isServer ? 2000 : 700;
 }
 
 void CMapView::ResetStatistics() {

@@ -70,9 +70,12 @@ public:
     /// The map point under the mouse; false when the mouse is outside the view or no map is open.
     bool PointUnderMouse(MapPoint& point);
 
-    /// Nothing waits to be painted, nothing is animated, and no change came for 700 ms. Tiles may
-    /// still be missing behind others that nobody wants any more: see WaitForPicture.
+    /// Nothing waits to be painted, nothing is animated, and no change came for the quiet time.
+    /// Tiles may still be missing behind others that nobody wants any more: see WaitForPicture.
     bool IsQuiet();
+
+    /// Servers take longer than files do: the quiet time is 2 s then, else 700 ms.
+    void AwaitServers(bool isServer);
 
     void ResetStatistics();
     const ViewStatistics& Statistics() const { return m_statistics; }
@@ -111,6 +114,7 @@ private:
     bool m_pressed = false;  ///< the button went down in the view and has not come up
     CPoint m_lastPoint{0, 0};
     int m_wheel = 0;  ///< wheel movement that is not yet a whole notch
+    double m_quietMs = 700;
     ViewStatistics m_statistics;
     LONGLONG m_resetTime = 0;   ///< performance counter at ResetStatistics
     LONGLONG m_changeTime = 0;  ///< performance counter at the last change of the picture

@@ -6,8 +6,9 @@
 namespace Viewer {
 namespace {
 
-constexpr char kSection[] = "MAP";
-constexpr char kLastMap[] = "LAST";
+constexpr char kMap[] = "MAP";
+constexpr char kAddress[] = "ADDRESS";
+constexpr char kLast[] = "LAST";
 
 /// Empty when the user has no such folder.
 CString SettingsFile() {
@@ -19,19 +20,35 @@ CString SettingsFile() {
     return path;
 }
 
+CString LoadLast(const char* section) {
+    char text[2048] = "";
+    GetPrivateProfileStringA(section, kLast, "", text, sizeof(text), SettingsFile());
+    return text;
+}
+
+void SaveLast(const char* section, const CString& text) {
+    const CString path = SettingsFile();
+    if (!path.IsEmpty()) {
+        WritePrivateProfileStringA(section, kLast, text, path);
+    }
+}
+
 }  // namespace
 
 CString LoadLastMap() {
-    char name[1024] = "";
-    GetPrivateProfileStringA(kSection, kLastMap, "", name, sizeof(name), SettingsFile());
-    return name;
+    return LoadLast(kMap);
 }
 
 void SaveLastMap(const CString& name) {
-    const CString path = SettingsFile();
-    if (!path.IsEmpty()) {
-        WritePrivateProfileStringA(kSection, kLastMap, name, path);
-    }
+    SaveLast(kMap, name);
+}
+
+CString LoadLastAddress() {
+    return LoadLast(kAddress);
+}
+
+void SaveLastAddress(const CString& address) {
+    SaveLast(kAddress, address);
 }
 
 }  // namespace Viewer

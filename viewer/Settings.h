@@ -9,4 +9,7 @@ namespace Viewer {
 CString LoadLastMap();
 void SaveLastMap(const CString& name);
 
+CString LoadLastAddress();
+void SaveLastAddress(const CString& address);
+
 }  // namespace Viewer

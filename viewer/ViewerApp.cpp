@@ -63,6 +63,7 @@ bool CViewerApp::Start(std::string& error) {
     if (m_options.IsScripted()) {
         frame->SetScripted();
     }
+    frame->KeepIn(m_options.keepIn);
     if (m_options.list && !m_options.file.empty() && !frame->OpenFile(m_options.file, {}, error)) {
         return false;
     }

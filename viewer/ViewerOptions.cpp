@@ -4,6 +4,8 @@
 #include <functional>
 #include <string_view>
 
+#include "viewer/MapAddress.h"
+
 namespace Viewer {
 namespace {
 
@@ -78,6 +80,8 @@ const std::vector<Option>& AllOptions() {
              o.timeoutSeconds = ParseNumber(text).value_or(0);
              return o.timeoutSeconds >= 0.1 && o.timeoutSeconds <= 3600;
          }},
+        {"--keep", "a folder, or - for none",
+         [](ViewerOptions& o, const std::string& text) { return KeepText(o.keepIn, text); }},
         {"--data", "LOCAL=PROVIDER,PATH or REMOTE=PROVIDER,PATH", AddData},
     };
     return all;
@@ -98,7 +102,7 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
             std::find_if(AllOptions().begin(), AllOptions().end(),
                          [&name](const Option& candidate) { return candidate.name == name; });
         if (option == AllOptions().end()) {
-            error = "unknown option \"" + name + "\"; --help lists the options";
+            error = "unknown option \"" + WithoutSecrets(name) + "\"; --help lists the options";
             return std::nullopt;
         }
         if (option->wants.empty()) {
@@ -111,7 +115,7 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
             return std::nullopt;
         }
         if (!option->store(options, arguments[i])) {
-            error = wants + ", not \"" + arguments[i] + "\"";
+            error = wants + ", not \"" + WithoutSecrets(arguments[i]) + "\"";
             return std::nullopt;
         }
     }
@@ -125,9 +129,11 @@ std::optional<ViewerOptions> ParseOptions(const std::vector<std::string>& argume
 }
 
 std::string_view OptionsHelp() {
-    return R"(TerrascopeViewer [options] [FILE]: shows tiled raster maps.
+    return R"(TerrascopeViewer [options] [FILE or ADDRESS]: shows tiled raster maps.
   FILE                an MBTiles, GeoPackage or PMTiles file, a folder of them, or a folder of maps
-  --map NAME          opens this map; without it that of FILE, or a dialog lets you choose
+  ADDRESS             http or https: a TileJSON or WMTS document, a PMTiles archive, or a template
+                      as https://host/{z}/{x}/{y}.png#name=Streets; plugins/web/README.md has all
+  --map NAME          opens this map; without it the only one of FILE, or a dialog lets you choose
   --layer N           shows this layer of the map, else the first
   --center X,Y        puts this map point in the middle
   --size WxH          makes the map view this many pixels
@@ -136,6 +142,9 @@ std::string_view OptionsHelp() {
                       chooses a provider where Terrascope.ini names none (where it does, a line on
                       standard error says so); ROLE is LOCAL or REMOTE, PATH is relative to the
                       library's folder
+  --keep FOLDER       keeps the tiles of ADDRESS that are shown there, for times without a server;
+                      - keeps none; without it they are kept in a folder for each address under
+                      %LOCALAPPDATA%\Terrascope\Viewer
   --snapshot FILE     writes the complete picture as PNG, prints how long it took, and ends
   --tour FILE         plays a tour (- reads it from standard input), prints each step, and ends
   --timeout S         how long to wait for a complete picture (30)

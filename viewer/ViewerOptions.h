@@ -15,7 +15,8 @@ struct ViewerOptions {
     bool help = false;
     bool version = false;
     bool list = false;
-    std::string file;  ///< the file or folder to open
+    std::string file;    ///< the file, folder or address to open
+    std::string keepIn;  ///< where tiles of an address are kept; "-": nowhere
     std::string map;
     std::optional<int> layer;
     std::optional<MapPoint> center;

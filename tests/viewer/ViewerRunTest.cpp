@@ -14,6 +14,7 @@
 #include "terrascope/support/GdiplusSession.h"
 #include "tests/fixtures/ScriptedProvider/TileBitmap.h"
 #include "tests/fixtures/TemporaryFolder.h"
+#include "tests/plugins/web/FaultServer.h"
 
 namespace Viewer {
 namespace {
@@ -30,6 +31,12 @@ public:
         return RGB(60 * column + 20, 100 * row + 50, 80 * layer);
     }
 
+    static std::string Tile(COLORREF color) {
+        const auto bytes =
+            TerrascopeTest::MakeBitmapFile(kTileSize, kTileSize, [=](int, int) { return color; });
+        return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    }
+
     TinyMap() {
         m_folder.WriteFile("tiny\\map.ini",
                            std::string("[MAP]\nNAME=") + kName +
@@ -40,12 +47,9 @@ public:
         for (const auto& [layer, columns, rows] : {std::tuple(1, 2, 1), std::tuple(2, 4, 2)}) {
             for (int tile = 0; tile < columns * rows; ++tile) {
                 const int column = tile % columns;
-                const COLORREF color = TileColor(layer, column, tile / columns);
-                const auto bytes = TerrascopeTest::MakeBitmapFile(kTileSize, kTileSize,
-                                                                  [=](int, int) { return color; });
                 m_folder.WriteFile("tiny\\" + std::to_string(layer) + "_" + std::to_string(column) +
                                        "_" + std::to_string(tile / columns),
-                                   {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+                                   Tile(TileColor(layer, column, tile / columns)));
             }
         }
     }
@@ -219,6 +223,28 @@ TEST_F(ViewerRun, OpensFilesAndFolders) {
     }
 }
 
+TEST_F(ViewerRun, OpensAddresses) {
+    TerrascopeTest::FaultServer server;
+    for (int tile = 0; tile < 16; ++tile) {
+        server.On("/2/" + std::to_string(tile % 4) + "/" + std::to_string(tile / 4) + "?key=secret",
+                  {200, TinyMap::Tile(TinyMap::TileColor(2, tile % 4, tile / 4))});
+    }
+    server.On("/map.json?key=secret", {200, R"({"tilejson": "3.0.0", "maxzoom": 2,
+                                                "tiles": ["/{z}/{x}/{y}?key=secret"]})"});
+    const std::string document = server.Address("/map.json?key=secret#tilesize=64");
+    EXPECT_EQ("", RunViewer(m_map, {"--size", "128x64", "--layer", "2", "--center", "0,0", "--keep",
+                                    "-", "--snapshot", "picture.png", document})
+                      .errors);
+    ExpectLayer(2, "picture.png", 64, 96);
+    const std::string pattern = server.Address("/{z}/{x}/{y}?key=secret#name=All&maxzoom=2");
+    EXPECT_EQ("All\tlayers 1 to 2\t-180\t-180\t180\t180\n",
+              RunViewer(m_map, {"--keep", "-", "--list", pattern}).output);
+    const std::string none = server.Address("/none.json?key=secret");
+    EXPECT_EQ(0U, RunViewer(m_map, {"--keep", "-", "--list", none})
+                      .errors.find("TerrascopeViewer: \"" + server.Address("/none.json") +
+                                   "\" is not opened: it has no map that can be shown"));
+}
+
 TEST_F(ViewerRun, EndsWithOneLineThatSaysWhatToDo) {
     const std::string tiny = TinyMap::kName;
     const struct {
@@ -260,9 +286,12 @@ TEST_F(ViewerRun, ListsTheMapsAndSaysWhichFileOverridesTheDataOption) {
                 testing::StartsWith("TerrascopeViewer: --data LOCAL is not used: \"" + app +
                                     "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider\n"
                                     "TerrascopeViewer: no maps"));
-    EXPECT_THAT(RunViewer(m_map, {"--list", "tiny"}, "", app).errors,
-                HasSubstr("\"tiny\" is not opened: \"" + app +
-                          "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider, which wins"));
+    for (const std::string opened : {"tiny", "http://127.0.0.1:9/{z}/{x}/{y}"}) {
+        EXPECT_THAT(RunViewer(m_map, {"--list", opened}, "", app).errors,
+                    HasSubstr("\"" + opened + "\" is not opened: \"" + app +
+                              "\\Terrascope.ini\" names SplittedFileTileMapInfoProvider, which "
+                              "wins"));
+    }
 }
 
 }  // namespace

@@ -77,14 +77,18 @@ bool TakeSnapshot(CMainFrame& frame, const ViewerOptions& options, std::string& 
     }
     CRect client;
     view.GetClientRect(&client);
-    Print(
-        JsonLine({{"map", view.Display()->GetMapName().GetString()},
-                  {"layer", view.Display()->GetLayer()},
-                  {"size", std::to_string(client.Width()) + "x" + std::to_string(client.Height())},
-                  {"milliseconds", wait.lastChangeMs},
-                  {"repaints", view.Statistics().repaints},
-                  {"complete", wait.complete},
-                  {"file", options.snapshotFile}}));
+    std::vector<JsonMember> members = {
+        {"map", view.Display()->GetMapName().GetString()},
+        {"layer", view.Display()->GetLayer()},
+        {"size", std::to_string(client.Width()) + "x" + std::to_string(client.Height())},
+        {"milliseconds", wait.lastChangeMs},
+        {"repaints", view.Statistics().repaints},
+        {"complete", wait.complete},
+        {"file", options.snapshotFile}};
+    if (const std::string server = frame.ServerText(); !server.empty()) {
+        members.push_back({"server", server});
+    }
+    Print(JsonLine(members));
     return true;
 }
 

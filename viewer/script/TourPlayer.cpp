@@ -46,6 +46,9 @@ bool CTourPlayer::PlayStep(const TourStep& step, std::string& error) {
     if (m_timedOut) {
         members.push_back({"timed_out", true});
     }
+    if (const std::string server = m_frame.ServerText(); !server.empty()) {
+        members.push_back({"server", server});
+    }
     Print(JsonLine(members));
     return true;
 }
