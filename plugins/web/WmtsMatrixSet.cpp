@@ -93,6 +93,27 @@ bool Halves(const Matrix& coarse, const Matrix& fine) {
            std::abs(coarse.north - fine.north) < pixel && coarse.tileSize == fine.tileSize;
 }
 
+/// Moves a matrix that is less than a hair off the grid of which whole tiles go around the world
+/// onto that grid: documents have rounded numbers, and where tiles end a hair beside whole pixels,
+/// the display shows seams. `top` is the world's northern edge.
+void SnapToWorld(Matrix& matrix, double top) {
+    constexpr double kHair = 0.01;  // pixels
+    const double around = std::round(360 / (matrix.unitsPerPixel * matrix.tileSize));
+    const double tile = 360 / std::max(around, 1.0);
+    const double west = std::round((matrix.west + 180) / tile) * tile - 180;
+    const double north = top - std::round((top - matrix.north) / tile) * tile;
+    const double pixels =
+        std::max(matrix.source.columns, matrix.source.rows) * 1.0 * matrix.tileSize;
+    const double pixel = tile / matrix.tileSize;
+    const double off = std::max({std::abs(west - matrix.west), std::abs(north - matrix.north),
+                                 std::abs(pixel - matrix.unitsPerPixel) * pixels});
+    if (off < kHair * pixel) {
+        matrix.west = west;
+        matrix.north = north;
+        matrix.unitsPerPixel = pixel;
+    }
+}
+
 /// The least layer whose keys can name all tiles of the matrix.
 int LeastLayer(const Matrix& matrix) {
     int layer = 0;
@@ -164,6 +185,7 @@ std::optional<WmtsPyramid> ReadWmtsPyramid(const XmlElement& set,
         reason = "its matrix set does not halve";
         return std::nullopt;
     }
+    SnapToWorld(*begin, result.isMercator ? 180 : 90);
     const double tile = begin->unitsPerPixel * begin->tileSize;
     const CWmtsSource::Matrix& coarse = begin->source;
     result.pyramid = {{begin->west, begin->north - tile * coarse.rows,

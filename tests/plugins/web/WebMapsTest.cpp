@@ -327,6 +327,35 @@ TEST_F(WebMaps, WmtsLayersAreMaps) {
     EXPECT_EQ("by template", Tile("rest", "2"));
 }
 
+TEST_F(WebMaps, WmtsOfTheWorldEndsAtTheWorldsEdges) {
+    const std::string layer = Layer("m", "<Format>image/png</Format>");
+    const struct {
+        const char *crs, *columns, *denominator, *corner;
+        double left, bottom, width, height;
+    } cases[] = {
+        {"EPSG:3857", "2", "279541132.0143588", "-20037508.34 20037508.342789", -180, -180, 360,
+         360},
+        {"EPSG:3857", "4", "139770566.0071795", "-20037508.342789 20037508.3427892", -180, -180,
+         360, 360},
+        {"CRS84", "4", "139770566.00718", "-180.0000001 90", -180, -90, 360, 180},
+        // Half a pixel beside the grid is where the server wants it.
+        {"CRS84", "4", "139770566.0071794", "-179.5 90", -179.5, -90, 360, 180},
+    };
+    for (const auto& [crs, columns, denominator, corner, left, bottom, width, height] : cases) {
+        const std::string rows = width == height ? columns : "2";
+        const std::string path = std::string("/") + denominator + corner[3];
+        m_server.On(path, Reply{200, Capabilities(crs, {{"0", columns, rows, denominator, corner}},
+                                                  layer)});
+        EXPECT_THAT(OpenPath(path), ElementsAre("m"));
+        const std::unique_ptr<tagTILE_MAP_INFO> map(m_provider->GetMapInfo("m"));
+        const double off = left == -180 ? 0 : 1e-9;
+        EXPECT_NEAR(left, map->dLongitudeStart, off) << corner;
+        EXPECT_NEAR(bottom, map->dLatitudeStart, off) << corner;
+        EXPECT_NEAR(width, map->dLongitude, off) << corner;
+        EXPECT_NEAR(height, map->dLatitude, off) << corner;
+    }
+}
+
 TEST_F(WebMaps, WmtsInDegreesAndWhatIsNoneOfIts) {
     const std::string layer = Layer("m", "<Format>image/png</Format>");
     const std::vector<std::array<std::string, 5>> world = {
