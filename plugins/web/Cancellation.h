@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 #include "terrascope/support/Handles.h"
 
 namespace Terrascope::Plugins {
@@ -12,8 +14,12 @@ class Cancellation {
 public:
     Cancellation() : m_event(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
 
-    void Cancel() { ::SetEvent(m_event.Get()); }
-    bool IsCancelled() const { return Wait(0); }
+    void Cancel() {
+        m_isCancelled = true;
+        ::SetEvent(m_event.Get());
+    }
+    /// Costs nothing, unlike a look at the event.
+    bool IsCancelled() const { return m_isCancelled; }
 
     /// Waits up to `milliseconds`; true as soon as it is cancelled.
     bool Wait(DWORD milliseconds) const {
@@ -24,6 +30,7 @@ public:
     HANDLE Event() const { return m_event.Get(); }
 
 private:
+    std::atomic<bool> m_isCancelled{false};
     CUniqueHandle<HANDLE, &::CloseHandle> m_event;
 };
 
