@@ -243,6 +243,8 @@ TEST_F(ViewerRun, OpensAddresses) {
     EXPECT_EQ(0U, RunViewer(m_map, {"--keep", "-", "--list", none})
                       .errors.find("TerrascopeViewer: \"" + server.Address("/none.json") +
                                    "\" is not opened: it has no map that can be shown"));
+    EXPECT_THAT(RunViewer(m_map, {"--keep", "-", "--list", "http://127.0.0.1:1/none.json"}).errors,
+                HasSubstr("it has no map that can be shown: 127.0.0.1:1: no connection"));
 }
 
 TEST_F(ViewerRun, EndsWithOneLineThatSaysWhatToDo) {
