@@ -1,7 +1,9 @@
 // Tiles from a web server on this machine, for ./bench.sh web: web_bench FOLDER ADDRESS, where the
 // server delivers what is in the folder. The provider's tiles with several threads against a bare
-// WinHTTP loop over as many kept connections, and a view from the server against one from files.
+// WinHTTP loop over as many kept connections, tiles that a local provider keeps of it against those
+// of an archive, and a view from the server, kept and not, against one from files.
 #include <afxwin.h>
+#include <sqlite3.h>
 // These want it before them.
 #include <winhttp.h>
 
@@ -18,6 +20,7 @@
 #include "bench/Measure.h"
 #include "bench/TileFiles.h"
 #include "plugins/common/PlainText.h"
+#include "plugins/db/DBTileMapInfoProvider.h"
 #include "plugins/web/HttpAddress.h"
 #include "plugins/web/WebTileMapInfoProvider.h"
 #include "tests/fixtures/LibraryFolder.h"
@@ -159,13 +162,74 @@ void BenchTiles(const std::vector<Tile>& tiles, const std::string& dataPath,
     }
 }
 
+/// How many tiles the first archive of a folder has; 0 when there is none.
+int CountTiles(const std::string& folder, std::string& archive) {
+    WIN32_FIND_DATAA found{};
+    const HANDLE search = ::FindFirstFileA((folder + "\\*.mbtiles").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    ::FindClose(search);
+    archive = folder + "\\" + found.cFileName;
+    int count = 0;
+    sqlite3* database = nullptr;
+    sqlite3_stmt* query = nullptr;
+    if (sqlite3_open_v2(archive.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+        sqlite3_prepare_v2(database, "SELECT count(*) FROM tiles", -1, &query, nullptr) ==
+            SQLITE_OK &&
+        sqlite3_step(query) == SQLITE_ROW) {
+        count = sqlite3_column_int(query, 0);
+    }
+    sqlite3_finalize(query);
+    sqlite3_close(database);
+    return count;
+}
+
+/// Each tile once, by a provider that keeps them in a folder; the copy of that archive.
+std::string KeepAll(ITileMapInfoProvider& keeping, const std::vector<Tile>& tiles,
+                    const TerrascopeTest::TemporaryFolder& folder) {
+    std::string archive;
+    const ULONGLONG end = ::GetTickCount64() + 60000;
+    // What is too much to be written at once is passed over, and asked for again.
+    while (CountTiles(folder / "local\\kept", archive) < static_cast<int>(tiles.size())) {
+        Check(::GetTickCount64() < end, "the tiles are not kept");
+        ReadAll(Provider(keeping), tiles, 2);
+        ::Sleep(1000);
+    }
+    folder.MakeFolder("archive");
+    const std::string copy = folder / "archive\\web.mbtiles";
+    Check(::CopyFileA(archive.c_str(), copy.c_str(), FALSE), "the archive was not copied");
+    return copy;
+}
+
+void BenchKept(const std::vector<Tile>& tiles, const std::string& dataPath,
+               const TerrascopeTest::TemporaryFolder& folder) {
+    folder.MakeFolder("local");
+    CDBTileMapInfoProvider keeping;
+    keeping.SetDataPath((folder / "local").c_str());
+    auto server = std::make_unique<CWebTileMapInfoProvider>();
+    server->SetDataPath(dataPath.c_str());
+    keeping.m_pRemoteProvider = server.release();
+    CDBTileMapInfoProvider reading;
+    reading.SetDataPath(KeepAll(keeping, tiles, folder).c_str());
+    for (const std::size_t threads : {1U, 2U}) {
+        // 0.9 of the archive's tiles per second.
+        Compare(("kept tiles, against an archive, " + std::to_string(threads) + " threads").c_str(),
+                1 / 0.9, kRuns, static_cast<int>(tiles.size()),
+                [&] { ReadAll(Provider(keeping), tiles, threads); },
+                [&] { ReadAll(Provider(reading), tiles, threads); });
+    }
+}
+
 void BenchFilling(const TerrascopeTest::LibraryFolder& library, const TileFiles& files,
                   const std::string& dataPath) {
     HostWindow window;
-    const auto fill = [&](const char* provider, const char* map) {
+    const auto fill = [&](const char* local, const char* remote, const char* map) {
         library.WriteSettings(
-            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=" + std::string(provider) +
-            "\r\nREMOTE=None\r\n[SplittedFileTileMapInfoProvider]\r\nDATA_PATH=maps\r\n"
+            "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\r\nLOCAL=" + std::string(local) +
+            "\r\nREMOTE=" + remote +
+            "\r\n[SplittedFileTileMapInfoProvider]\r\nDATA_PATH=maps\r\n"
+            "[DBTileMapInfoProvider]\r\nDATA_PATH=local\r\n"
             "[WebTileMapInfoProvider]\r\nDATA_PATH=" +
             dataPath + "\r\n[TILE_LOAD]\r\nFAST=1\r\nTHREADS=4\r\nCACHE_MB=256\r\n");
         CPictureCache::ForgetAll();
@@ -177,13 +241,16 @@ void BenchFilling(const TerrascopeTest::LibraryFolder& library, const TileFiles&
         window.Close();
         return time;
     };
-    std::vector<double> ours;
+    std::vector<double> web;
+    std::vector<double> kept;
     std::vector<double> raw;
     for (int run = 0; run < kRuns; ++run) {
-        ours.push_back(fill("WebTileMapInfoProvider", "web"));
-        raw.push_back(fill("SplittedFileTileMapInfoProvider", files.Name()));
+        web.push_back(fill("WebTileMapInfoProvider", "None", "web"));
+        kept.push_back(fill("DBTileMapInfoProvider", "WebTileMapInfoProvider", "web"));
+        raw.push_back(fill("SplittedFileTileMapInfoProvider", "None", files.Name()));
     }
-    PrintRow("FAST view from a server, against files", Median(ours), Median(raw), 2.0);
+    PrintRow("FAST view from a server, against files", Median(web), Median(raw), 2.0);
+    PrintRow("FAST view from kept tiles, against files", Median(kept), Median(raw), 1.2);
 }
 
 }  // namespace
@@ -197,6 +264,7 @@ int main(int count, char** arguments) {  // NOLINT(bugprone-exception-escape)
     const CGdiplusSession session;
     TerrascopeTest::LibraryFolder library;
     library.AddPlugin("SplittedFileTileMapInfoProvider.dll");
+    library.AddPlugin("DBTileMapInfoProvider.dll");
     library.AddPlugin("WebTileMapInfoProvider.dll");
     library.LoadPlugins();
     const TileFiles files(library.Folder(), "files", kJpeg256, kZoom, kSide, kSide);
@@ -204,6 +272,7 @@ int main(int count, char** arguments) {  // NOLINT(bugprone-exception-escape)
     const std::string dataPath = server + "/{z}/{x}/{y}.jpg#name=web&minzoom=5&maxzoom=5";
     PrintHeader();
     BenchTiles(tiles, dataPath, server);
+    BenchKept(tiles, dataPath, library.Folder());
     BenchFilling(library, files, dataPath);
     return 0;
 }

@@ -123,10 +123,12 @@ END
         road "$road-kept" "${title[$road]}, without a server" --keep "../kept/$road" \
             "${address[$road]}"
     done
+    grep -q '"server":"offline, from kept tiles' "$work/xyz-kept.json" ||
+        fail "the viewer does not show that there is no server, see $work/xyz-kept.json"
     for road in xyz archive wmts rows; do
         gdalinfo -json "$(kept "$road")" | is_world || fail "$(kept "$road") is no map of the world"
         road "$road-file" "the kept file of: ${title[$road]}" \
-            --data "LOCAL=${archives[0]},..\\..\\interop\\kept\\$road\\kept"
+            "../kept/$road/kept/$(basename "$(kept "$road")")"
     done
 }
 
