@@ -2,7 +2,7 @@
 # Builds and runs the benchmarks under Wine: ./bench.sh [NAME ...], all without a name; "db" is
 # db_bench.
 # Each row is ours, the raw call measured in the same run, their ratio, and the most that is wanted;
-# rows above it are named at the end.
+# rows above it are named at the end. web_bench needs nginx, and is left out where there is none.
 . "$(dirname "${BASH_SOURCE[0]}")/tools/common.sh"
 . "$root/tools/interop/servers.sh"
 "$root/tools/setup.sh"
