@@ -1,5 +1,5 @@
-// What the compiler's stack protector calls. The compiler's own library for it makes its number with
-// the system's cryptography, which loads four DLLs and takes 6 ms: longer than twelve tiles.
+// What the compiler's stack protector calls. The compiler's own library for it makes its number
+// with the system's cryptography, which loads four DLLs and takes 6 ms: longer than twelve tiles.
 #define _CRT_RAND_S
 #include <windows.h>
 
@@ -13,7 +13,9 @@ std::uintptr_t __stack_chk_guard = 0;
 
 /// A function has written behind its arrays: nothing can be trusted any more.
 [[noreturn]] void __stack_chk_fail() {
-    ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_STACK_BUFFER_OVERRUN));
+    // The system's way to end a process of which it makes a report: __fastfail of other compilers.
+    constexpr unsigned kStackCookieCheckFailure = 2;
+    asm volatile("int $0x29" : : "c"(kStackCookieCheckFailure));
     __builtin_trap();
 }
 }

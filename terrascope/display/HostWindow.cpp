@@ -9,6 +9,8 @@ namespace Terrascope {
 
 namespace {
 
+constexpr int kPatience = 10;  // milliseconds from a message to the next
+
 struct Search {
     const CWnd* wanted;
     HWND found = nullptr;
@@ -102,12 +104,12 @@ void CHostWindow::PostOrCollect(const CRect& rect) {
 void CHostWindow::StartWaitingLocked() {
     m_waiting = true;
     m_painted = false;
+    m_posted = ::GetTickCount64();
     if (m_ending) {
         return;
     }
-    constexpr LONGLONG kPatience = -10LL * 10000;  // 10 ms from now, in units of 100 ns
     LARGE_INTEGER due;
-    due.QuadPart = kPatience;
+    due.QuadPart = -10000LL * kPatience;  // from now, in units of 100 ns
     FILETIME time{due.LowPart, static_cast<DWORD>(due.HighPart)};
     ::SetThreadpoolTimer(m_timer, &time, 0, 0);
 }
@@ -131,7 +133,8 @@ void CHostWindow::OnPainted() {
     {
         CSingleLock lock(&m_lock, TRUE);
         m_painted = true;
-        if (m_hurried) {
+        // The timer's callback may be late: others use the pool, too.
+        if (m_hurried || ::GetTickCount64() - m_posted >= ULONGLONG{kPatience}) {
             rect = TakeCollectedLocked();
         }
     }

@@ -35,7 +35,8 @@ public:
     void PostRepaint(const CRect& rect);
 
     /// The host has painted. That counts as the answer to what was posted, though it may have been
-    /// for another reason: then a message more goes out, and none is lost.
+    /// for another reason: then a message more goes out, and none is lost. What is hurried, or
+    /// waits for longer than 10 ms, goes out now.
     void OnPainted();
 
     /// The same for the whole view, which what was withheld is a part of, and which the user waits
@@ -71,6 +72,7 @@ private:
     CRect m_collected TERRASCOPE_GUARDED_BY(m_lock){0, 0, 0, 0};
     bool m_waiting TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the timer has been set
     bool m_painted TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< since the last message
+    ULONGLONG m_posted TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< GetTickCount64 at the last message
     bool m_hurried TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< what was collected is waited for
     bool m_ending TERRASCOPE_GUARDED_BY(m_lock) = false;   ///< the timer may not be set any more
 };

@@ -60,7 +60,10 @@ void PaintView(CDC& dc, CMapBitmap& bitmap, const CRect& source, CSize view, flo
     if (strip != nullptr && source.Size() == view) {
         // Of most repaints the device context wants a part alone.
         CRect wanted;
-        const int complexity = ::GetClipBox(dc.GetSafeHdc(), &wanted);
+        // A metafile has the clip box of some screen, and takes more.
+        const int complexity = ::GetObjectType(dc.GetSafeHdc()) == OBJ_ENHMETADC
+                                   ? ERROR
+                                   : ::GetClipBox(dc.GetSafeHdc(), &wanted);
         wanted.OffsetRect(source.TopLeft() - corner);
         CRect part;
         if (complexity == ERROR) {

@@ -62,16 +62,24 @@ struct CImageDecoders::Decoder {
 
 std::shared_ptr<const CImageDecoders> CImageDecoders::Installed() {
     const std::lock_guard guard(theLock);
-    if (theDecoders == nullptr) {
-        theDecoders = std::make_shared<const CImageDecoders>(GetModuleFolderPath("Terrascope.dll") +
-                                                             "\\Plugins\\Quillmont\\ImageDecoder");
+    if (theDecoders != nullptr) {
+        return theDecoders;
     }
-    return theDecoders;
+    auto decoders = std::make_shared<const CImageDecoders>(GetModuleFolderPath("Terrascope.dll") +
+                                                           "\\Plugins\\Quillmont\\ImageDecoder");
+    // What is missing or locked now may be there for the next display.
+    if (decoders->m_isComplete) {
+        theDecoders = decoders;
+    }
+    return decoders;
 }
 
 void CImageDecoders::ReleaseInstalled() {
-    const std::lock_guard guard(theLock);
-    theDecoders.reset();
+    std::shared_ptr<const CImageDecoders> last;
+    // At the end of the process a thread may have been killed while it held the lock.
+    if (const std::unique_lock guard(theLock, std::try_to_lock); guard.owns_lock()) {
+        last.swap(theDecoders);
+    }
 }
 
 CImageDecoders::CImageDecoders(const CString& folder) {
@@ -82,6 +90,7 @@ CImageDecoders::CImageDecoders(const CString& folder) {
             const CString path = folder + "\\" + entry.cFileName;
             Decoder decoder;
             if (const char* reason = decoder.Load(path)) {
+                m_isComplete = m_isComplete && decoder.library;
                 LogLine("image decoder refused: '%s': %s", path.GetString(), reason);
             } else {
                 LogLine("image decoder loaded: %s", path.GetString());
@@ -90,6 +99,7 @@ CImageDecoders::CImageDecoders(const CString& folder) {
         } while (::FindNextFileA(search.Get(), &entry) != 0);
     }
     if (m_decoders.empty()) {
+        m_isComplete = false;
         LogLine("no image decoder in '%s': GDI+ decodes", folder.GetString());
     }
 }

@@ -21,7 +21,8 @@ namespace Terrascope {
 class CImageDecoders {
 public:
     /// The decoders in Plugins\Quillmont\ImageDecoder beside the library, loaded at the first call
-    /// and again after ReleaseInstalled. Never null, but there may be none.
+    /// and again after ReleaseInstalled, or when there was none or one could not be loaded. Never
+    /// null, but there may be none.
     /// Threads: any; not under the loader lock.
     static std::shared_ptr<const CImageDecoders> Installed();
 
@@ -43,6 +44,7 @@ private:
     struct Decoder;
 
     std::vector<Decoder> m_decoders;
+    bool m_isComplete = true;  ///< there are some, and none could not be loaded
 };
 
 }  // namespace Terrascope

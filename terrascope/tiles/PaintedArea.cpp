@@ -120,6 +120,9 @@ void CPaintedArea::AddPicture(PlacedPicture picture) {
     if (IsEmpty(part)) {
         return;
     }
+    if (m_pictures.size() == m_pictures.capacity()) {
+        m_pictures.reserve(2 * m_manyPictures);  // throws before anything has changed
+    }
     Cut(m_region, part);
     for (PlainArea& plain : m_plain) {
         Cut(plain.region, part);
@@ -142,27 +145,36 @@ void CPaintedArea::DropHiddenPictures() {
         ::CombineRgn(seen.Get(), m_pictured.Get(), nullptr, RGN_COPY) == ERROR) {
         return;
     }
-    std::vector<PlacedPicture> shown;
-    for (auto each = m_pictures.rbegin(); each != m_pictures.rend(); ++each) {
-        if (seen && ::RectInRegion(seen.Get(), &each->part)) {
-            Cut(seen, each->part);
-            shown.push_back(std::move(*each));
+    std::vector<bool> isShown(m_pictures.size());
+    for (std::size_t i = m_pictures.size(); i-- > 0;) {
+        const CRect& part = m_pictures[i].part;
+        isShown[i] = ::RectInRegion(seen.Get(), &part) != FALSE;
+        const CRegionHandle cut = RegionOf(part);
+        if (!cut || ::CombineRgn(seen.Get(), seen.Get(), cut.Get(), RGN_DIFF) == ERROR) {
+            return;
         }
     }
-    std::reverse(shown.begin(), shown.end());
-    m_pictures = std::move(shown);
+    std::size_t at = 0;
+    std::erase_if(m_pictures, [&](const PlacedPicture&) { return !isShown[at++]; });
 }
 
 // The parts under what came later belong to that.
 void CPaintedArea::AddPicturesOf(const CPaintedArea& other) {
-    const CRect all(-0x8000000, -0x8000000, 0x8000000, 0x8000000);
-    for (const CRect& part : Common(other.m_pictured, all)) {
+    if (!other.m_pictured) {
+        return;
+    }
+    for (const CRect& part : RectanglesOf(other.m_pictured.Get())) {
         for (PlacedPicture picture : other.m_pictures) {
             const CRect whole = picture.part;
             picture.part.IntersectRect(&whole, &part);
             AddPicture(std::move(picture));
         }
     }
+}
+
+void CPaintedArea::ForgetPictures(const CRect& rect) {
+    Cut(m_pictured, rect);
+    DropPicturesUnder(rect);
 }
 
 void CPaintedArea::DropPicturesUnder(const CRect& rect) {

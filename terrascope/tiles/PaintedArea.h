@@ -68,11 +68,11 @@ public:
     /// All that may show somewhere. Where PicturesWithin has something, the last one there does.
     const std::vector<PlacedPicture>& Pictures() const { return m_pictures; }
 
-    /// Forgets those whose whole part is in `rect`.
-    /// Requires: PicturesWithin has nothing of it.
-    void DropPicturesUnder(const CRect& rect);
+    /// What is in pictures there is not painted any more; pictures all of whose part it is go.
+    void ForgetPictures(const CRect& rect);
 
 private:
+    void DropPicturesUnder(const CRect& rect);
     void DropHiddenPictures();
 
     struct PlainArea {

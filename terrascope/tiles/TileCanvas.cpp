@@ -42,7 +42,7 @@ void CTileCanvas::Place(const std::shared_ptr<const CTilePicture>& picture, CPoi
     if (m_painted.Pictures().size() > kMostPictures) {
         const CRect oldest = m_painted.Pictures().front().part;
         Settle(oldest);
-        m_painted.DropPicturesUnder(oldest);
+        m_painted.ForgetPictures(oldest);  // it may be hidden, or memory short
     }
 }
 

@@ -21,18 +21,22 @@ TEST(ImageDecoders, LoadsWhatFitsAndNamesWhatDoesNot) {
     const LibraryFolder library;
     CImageDecoders::Installed();
     EXPECT_EQ(1, log.Count("no image decoder in")) << log.Text();
-    CImageDecoders::ReleaseInstalled();
     for (const char* file : {"AwkwardDecoder.dll", "LaterDecoder.dll", "PartialDecoder.dll"}) {
         library.AddDecoder(file);
     }
     library.Folder().WriteFile(std::string(LibraryFolder::kDecoderFolder) + "\\Junk.dll", "junk");
-    const auto decoders = CImageDecoders::Installed();
-    EXPECT_EQ(decoders, CImageDecoders::Installed()) << "loaded again";
-    CImageDecoders::ReleaseInstalled();
+    CImageDecoders::Installed();
     EXPECT_EQ(1, log.Count("AwkwardDecoder.dll")) << log.Text();
     EXPECT_EQ(1, log.Count("LaterDecoder.dll': it was built for another version"));
     EXPECT_EQ(1, log.Count("PartialDecoder.dll': it lacks a function"));
     EXPECT_EQ(1, log.Count("Junk.dll': it cannot be loaded"));
+    CImageDecoders::Installed();
+    EXPECT_EQ(2, log.Count("Junk.dll")) << "it may be another file by now";
+    ::DeleteFileA(
+        (library.Folder() / (std::string(LibraryFolder::kDecoderFolder) + "\\Junk.dll")).c_str());
+    const auto decoders = CImageDecoders::Installed();
+    EXPECT_EQ(decoders, CImageDecoders::Installed()) << "loaded again";
+    CImageDecoders::ReleaseInstalled();
 }
 
 class AwkwardDecoders : public Display {
