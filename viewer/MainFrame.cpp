@@ -125,6 +125,9 @@ bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std:
     const bool isKept = source->remote.name != MapSource::kNoProvider;
     std::string reason;
     const bool hasRemote = UseData(source->remote, reason) || !isKept;
+    if (hasRemote) {
+        reason.clear();  // another remote one that the settings name does no harm
+    }
     if (!UseData(source->data, reason) || !hasRemote) {
         reason += ", which wins over it";
     } else if (ShowMapOfSource(choice, isAddress, reason)) {
@@ -148,7 +151,12 @@ std::optional<MapSource> CMainFrame::FindSource(const std::string& path, std::st
     if (!address) {
         return std::nullopt;
     }
-    return SourceOfAddress(*address, MakeKeptFolder(*address, m_keepIn));
+    const std::string folder = MakeKeptFolder(*address, m_keepIn);
+    if (folder.empty() && !m_keepIn.empty() && m_keepIn != "-") {
+        error = "--keep: there can be no folder \"" + m_keepIn + "\"";
+        return std::nullopt;
+    }
+    return SourceOfAddress(*address, folder);
 }
 
 void CMainFrame::WatchServers(bool isAddress, bool isKept) {

@@ -63,11 +63,11 @@ std::optional<std::string> ReadAddress(std::string_view text, std::string& error
 }
 
 std::string WithoutSecrets(std::string_view text) {
-    const size_t schemeEnd = text.find(kSchemeEnd);
-    if (schemeEnd == std::string_view::npos) {
-        return std::string(text);
+    std::string shown(text.substr(0, text.find('?')));  // which no file's name has
+    const size_t schemeEnd = shown.find(kSchemeEnd);
+    if (schemeEnd == std::string::npos) {
+        return shown;
     }
-    std::string shown(text.substr(0, text.find('?', schemeEnd)));
     const size_t host = schemeEnd + kSchemeEnd.size();
     const size_t at = shown.rfind('@', std::min(shown.find_first_of("/#", host), shown.size()));
     if (at != std::string::npos && at >= host) {

@@ -22,8 +22,10 @@ void COpenAddressDlg::OnOK() {
     if (m_address.IsEmpty()) {
         return;
     }
-    if (WithoutSecrets(m_address.GetString()) == m_address.GetString()) {
-        SaveLastAddress(m_address);
+    std::string ignored;
+    const auto address = ReadAddress(m_address.GetString(), ignored);
+    if (address && WithoutSecrets(*address) == *address) {
+        SaveLastAddress(address->c_str());
     }
     EndDialog(IDOK);
 }

@@ -8,7 +8,7 @@ namespace Viewer {
 class COpenAddressDlg : public CDialog {
 public:
     /// Offers the address of the last time; an empty one is that of the user's settings. These take
-    /// none that may have a key.
+    /// none with a query or a password, where keys are most often.
     COpenAddressDlg(CWnd* parent, const CString& last);
 
     /// As it was typed; not empty after IDOK.

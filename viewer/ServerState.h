@@ -4,7 +4,7 @@
 
 namespace Viewer {
 
-/// How the servers of the open map are, as the plug-in for maps of servers reports it.
+/// How the servers are that were asked lately, as the plug-in for maps of servers reports it.
 struct ServerState {
     enum Kind { Well = 0, Failing = 1, Unreachable = 2 };
     int kind = Well;   ///< a number of the plug-in's: others than these count as Failing

@@ -41,6 +41,7 @@ TEST(MapAddress, IsOfAWebServerAndShowsNoSecrets) {
         std::string error;
         EXPECT_FALSE(ReadAddress(text, error)) << text;
     }
+    EXPECT_EQ("h/t.json", WithoutSecrets("h/t.json?key=k")) << "its scheme was forgotten";
 }
 
 TEST(MapAddress, IsShownByTheProviderThatKeepsOrByTheServersAlone) {

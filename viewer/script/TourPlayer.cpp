@@ -1,4 +1,5 @@
 #include "viewer/script/TourPlayer.h"
+#include "viewer/MapAddress.h"
 
 #include <shlobj.h>
 
@@ -39,7 +40,7 @@ bool CTourPlayer::PlayStep(const TourStep& step, std::string& error) {
     }
     const std::chrono::duration<double, std::milli> took = Clock::now() - start;
     std::vector<JsonMember> members = {{"line", step.line},
-                                       {"step", step.text},
+                                       {"step", WithoutSecrets(step.text)},
                                        {"milliseconds", took.count()},
                                        {"frames", view.Statistics().frames},
                                        {"longest_frame", view.Statistics().longestFrameMs}};
