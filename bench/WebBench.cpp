@@ -51,15 +51,16 @@ void Check(bool isDone, const char* what) {
 /// The tiles of a map of files, in a folder by zoom level, column and row; in a random order.
 std::vector<Tile> CopyTiles(const TileFiles& files, const std::string& folder) {
     std::vector<Tile> tiles;
+    const std::string zoom = folder + "\\5\\";
+    ::CreateDirectoryA(zoom.c_str(), nullptr);
     for (unsigned column = 0; column < kSide; ++column) {
-        const std::string path = "5\\" + std::to_string(column);
-        ::CreateDirectoryA((folder + "\\5").c_str(), nullptr);
-        ::CreateDirectoryA((folder + "\\" + path).c_str(), nullptr);
+        const std::string columnFolder = zoom + std::to_string(column);
+        ::CreateDirectoryA(columnFolder.c_str(), nullptr);
         for (unsigned row = 0; row < kSide; ++row) {
-            const std::string file = "\\" + std::to_string(row) + ".jpg";
+            std::string copy = columnFolder;
+            copy += "\\" + std::to_string(row) + ".jpg";
             const std::string from = files.PathOf({column, row});
-            Check(::CopyFileA(from.c_str(), (folder + "\\" + path + file).c_str(), FALSE),
-                  "a tile was not copied");
+            Check(::CopyFileA(from.c_str(), copy.c_str(), FALSE), "a tile was not copied");
             tiles.push_back({"/5/" + std::to_string(column) + "/" + std::to_string(row) + ".jpg",
                              MakeTileKey(column, row, kZoom), ReadWholeFile(from).size()});
         }
@@ -197,7 +198,7 @@ std::string KeepAll(ITileMapInfoProvider& keeping, const std::vector<Tile>& tile
         ::Sleep(1000);
     }
     folder.MakeFolder("archive");
-    const std::string copy = folder / "archive\\web.mbtiles";
+    std::string copy = folder / "archive\\web.mbtiles";
     Check(::CopyFileA(archive.c_str(), copy.c_str(), FALSE), "the archive was not copied");
     return copy;
 }
