@@ -1,146 +1,21 @@
 #include "plugins/web/HttpTransfer.h"
 
-#include <afxmt.h>
-
 #include <algorithm>
-#include <array>
-#include <atomic>
 #include <charconv>
 #include <memory>
 
-#include "plugins/common/LeasePool.h"
 #include "plugins/web/HttpErrors.h"
+#include "plugins/web/HttpOperation.h"
 #include "terrascope/support/Handles.h"
-#include "terrascope/support/ThreadAnnotations.h"
 
 namespace Terrascope::Plugins {
 namespace {
 
 using InternetHandle = CUniqueHandle<HINTERNET, &::WinHttpCloseHandle>;
 
-constexpr DWORD kBufferBytes = 64 * 1024;
 constexpr std::size_t kUsualHeaders = 1024;  // letters
 /// WINHTTP_AUTOLOGON_SECURITY_LEVEL_PROXY_ONLY of newer headers.
 constexpr DWORD kLogOnToProxiesOnly = 3;
-constexpr int kOk = 200;
-constexpr int kPartialContent = 206;
-
-Milliseconds Now() {
-    return static_cast<Milliseconds>(::GetTickCount64());
-}
-
-/// What WinHTTP's threads write to, and the event that wakes the caller. They take a request from
-/// its sending to the first part of the body by themselves, so that the caller wakes once. There is
-/// one step at a time, and the caller reads what else was written only when `completed` is set.
-struct Operation {
-    CUniqueHandle<HANDLE, &::CloseHandle> event{::CreateEventW(nullptr, FALSE, FALSE, nullptr)};
-    std::atomic<Milliseconds> connected{0};  ///< when the request began to be sent; 0: not yet
-    std::atomic<Milliseconds> answered{0};   ///< when the answer's headers were there; 0: not yet
-    std::atomic<DWORD> completed{0};         ///< WINHTTP_CALLBACK_STATUS_...; 0: nothing yet
-    DWORD error = 0;
-    DWORD bytes = 0;
-    std::size_t mostBytes = 0;                        ///< a longer answer is not read
-    std::array<std::uint8_t, kBufferBytes> buffer{};  ///< of the body's type: copied at once
-
-    /// Ends the threads' own steps; then the request may be closed. A step that is being taken at
-    /// this moment is waited for: its handle would be another request's after the closing.
-    void Abandon() {
-        CSingleLock lock(&m_lock, TRUE);
-        m_isAbandoned = true;
-    }
-    void Reset(std::size_t most) {
-        CSingleLock lock(&m_lock, TRUE);
-        connected = 0;
-        answered = 0;
-        completed = 0;
-        error = 0;
-        bytes = 0;
-        mostBytes = most;
-        m_isAbandoned = false;
-    }
-
-    static void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void* info,
-                                  DWORD length);
-
-private:
-    /// Takes a step that WinHTTP completes later; what it answers at once is an error or nothing.
-    template <class TStep>
-    void Take(TStep step) {
-        CSingleLock lock(&m_lock, TRUE);
-        if (!m_isAbandoned && !step()) {
-            error = ::GetLastError();
-            Complete(WINHTTP_CALLBACK_STATUS_REQUEST_ERROR);
-        }
-    }
-    void Complete(DWORD status) {
-        completed = status;
-        ::SetEvent(event.Get());
-    }
-    bool MayRead(HINTERNET request) const;
-
-    CCriticalSection m_lock;  ///< steps are taken under it, and may complete at once
-    bool m_isAbandoned TERRASCOPE_GUARDED_BY(m_lock) = false;
-};
-
-/// The request's share of its operation, from its opening to its very last notification.
-using Share = std::shared_ptr<Operation>;
-
-/// Whether the answer has a body that is wanted. What is odd about its length the caller finds out.
-bool Operation::MayRead(HINTERNET request) const {
-    DWORD number = 0;
-    DWORD size = sizeof number;
-    const auto query = [&](DWORD what) {
-        return ::WinHttpQueryHeaders(request, what | WINHTTP_QUERY_FLAG_NUMBER,
-                                     WINHTTP_HEADER_NAME_BY_INDEX, &number, &size,
-                                     WINHTTP_NO_HEADER_INDEX) != FALSE;
-    };
-    if (!query(WINHTTP_QUERY_STATUS_CODE) || (number != kOk && number != kPartialContent)) {
-        return false;
-    }
-    return query(WINHTTP_QUERY_CONTENT_LENGTH) ? number > 0 && number <= mostBytes
-                                               : ::GetLastError() == ERROR_WINHTTP_HEADER_NOT_FOUND;
-}
-
-void CALLBACK Operation::OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void* info,
-                                  DWORD length) {
-    auto* share = reinterpret_cast<Share*>(context);
-    if (share == nullptr) {
-        return;
-    }
-    Operation& operation = **share;
-    switch (status) {
-        case WINHTTP_CALLBACK_STATUS_HANDLE_CLOSING:
-            delete share;
-            return;
-        case WINHTTP_CALLBACK_STATUS_SENDING_REQUEST:
-            operation.connected = Now();  // the caller looks when its time for that is over
-            return;
-        case WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE:
-            operation.Take([=] { return ::WinHttpReceiveResponse(request, nullptr) != FALSE; });
-            return;
-        case WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE:
-            operation.answered = Now();
-            operation.Take([&] {
-                if (!operation.MayRead(request)) {
-                    operation.Complete(status);
-                    return true;
-                }
-                return ::WinHttpReadData(request, operation.buffer.data(), kBufferBytes, nullptr) !=
-                       FALSE;
-            });
-            return;
-        case WINHTTP_CALLBACK_STATUS_READ_COMPLETE:
-            operation.bytes = length;
-            operation.Complete(status);
-            return;
-        case WINHTTP_CALLBACK_STATUS_REQUEST_ERROR:
-            operation.error = static_cast<const WINHTTP_ASYNC_RESULT*>(info)->dwError;
-            operation.Complete(status);
-            return;
-        default:
-            return;
-    }
-}
 
 /// ASCII only: addresses and headers have nothing else.
 std::wstring Widened(const std::string& text) {
@@ -164,43 +39,15 @@ std::string SmallLetters(std::string text) {
     return text;
 }
 
-/// An operation for one request after the other: an event and a cleared buffer cost a good part of
-/// what a whole request does.
-class Loan {
-public:
-    explicit Loan(std::size_t mostBytes) : m_share(Spares().Take()) {
-        // One whose request has not ended is still written to.
-        if (m_share == nullptr || m_share->use_count() != 1) {
-            m_share = std::make_unique<Share>(std::make_shared<Operation>());
-        }
-        std::atomic_thread_fence(std::memory_order_acquire);  // after the count
-        (*m_share)->Reset(mostBytes);
-    }
-    ~Loan() { Spares().PutBack(std::move(m_share)); }
-    Loan(const Loan&) = delete;
-    Loan& operator=(const Loan&) = delete;
-
-    const Share& Shared() const { return *m_share; }
-    Operation* operator->() const { return m_share->get(); }
-
-private:
-    /// Never destroyed: a request may outlive the module's end at the end of the process.
-    static CLeasePool<Share>& Spares() {
-        static auto* const spares = new CLeasePool<Share>;
-        return *spares;
-    }
-
-    std::unique_ptr<Share> m_share;
-};
-
 /// One request on its way.
 class Request {
 public:
     Request(const HttpLimits& limits, const Cancellation& cancellation)
         : m_limits(limits),
           m_cancellation(cancellation),
-          m_end(Now() + limits.total),
-          m_operation(limits.bytes) {}
+          m_end(HttpOperation::Now() + limits.total),
+          m_operation(limits.bytes),
+          m_waiting(cancellation, *m_operation.Shared()) {}
     ~Request() { m_operation->Abandon(); }
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
@@ -245,17 +92,17 @@ private:
                       WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES,
                       WINHTTP_FLAG_ESCAPE_DISABLE | (address.isSecure ? WINHTTP_FLAG_SECURE : 0U))
                 : nullptr);
-        if (!m_request || !m_operation->event) {
+        if (!m_request) {
             return Refuse("no request could be made", ::GetLastError());
         }
-        auto share = std::make_unique<Share>(m_operation.Shared());
+        auto share = std::make_unique<HttpOperation::Share>(m_operation.Shared());
         m_context = reinterpret_cast<DWORD_PTR>(share.get());
         constexpr DWORD kNotifications = WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS |
                                          WINHTTP_CALLBACK_FLAG_SEND_REQUEST |
                                          WINHTTP_CALLBACK_FLAG_HANDLES;
         if (!SetOption(WINHTTP_OPTION_CONTEXT_VALUE, m_context) ||
-            ::WinHttpSetStatusCallback(m_request.Get(), &Operation::OnStatus, kNotifications, 0) ==
-                WINHTTP_INVALID_STATUS_CALLBACK) {
+            ::WinHttpSetStatusCallback(m_request.Get(), &HttpOperation::OnStatus, kNotifications,
+                                       0) == WINHTTP_INVALID_STATUS_CALLBACK) {
             // Nobody will be notified of the handle's end.
             return Refuse("no request could be made", ::GetLastError());
         }
@@ -322,17 +169,16 @@ private:
         if (!begun) {
             return Fail(Missing(), ::GetLastError());
         }
-        const std::array<HANDLE, 2> handles{m_operation->event.Get(), m_cancellation.Event()};
         while (m_operation->completed == 0) {
-            const Milliseconds left = std::min(StepEnd(), m_end) - Now();
-            if (left <= 0) {
-                return Fail((std::string(Missing()) + ": it takes too long").c_str(), 0);
-            }
-            if (::WaitForMultipleObjects(2, handles.data(), FALSE, static_cast<DWORD>(left)) ==
-                WAIT_OBJECT_0 + 1) {
+            if (m_cancellation.IsCancelled()) {
                 m_response.wasCancelled = true;
                 return false;
             }
+            const Milliseconds left = std::min(StepEnd(), m_end) - HttpOperation::Now();
+            if (left <= 0) {
+                return Fail((std::string(Missing()) + ": it takes too long").c_str(), 0);
+            }
+            m_operation->Wait(m_cancellation, static_cast<DWORD>(left));
         }
         if (m_operation->completed != WINHTTP_CALLBACK_STATUS_REQUEST_ERROR) {
             return true;
@@ -407,7 +253,7 @@ private:
     }
 
     void Read() {
-        if (m_response.status != kOk && m_response.status != kPartialContent) {
+        if (!HttpOperation::HasBody(m_response.status)) {
             return;
         }
         const std::string text = m_response.Header("content-length");
@@ -430,9 +276,9 @@ private:
         while (!isAnnounced || body.size() < announced) {
             if (!isRead) {
                 m_operation->completed = 0;
-                m_readStart = Now();
+                m_readStart = HttpOperation::Now();
                 if (!Await(::WinHttpReadData(m_request.Get(), m_operation->buffer.data(),
-                                             kBufferBytes, nullptr))) {
+                                             HttpOperation::kBufferBytes, nullptr))) {
                     return;
                 }
             }
@@ -456,10 +302,11 @@ private:
     const HttpLimits& m_limits;
     const Cancellation& m_cancellation;
     const Milliseconds m_end;
-    const Milliseconds m_start = Now();
-    Milliseconds m_readStart = 0;  ///< of a part behind the first
-    DWORD m_error = 0;             ///< of the failure; 0: it took too long
-    const Loan m_operation;        ///< put back when the request is closed
+    const Milliseconds m_start = HttpOperation::Now();
+    Milliseconds m_readStart = 0;           ///< of a part behind the first
+    DWORD m_error = 0;                      ///< of the failure; 0: it took too long
+    const HttpOperation::Loan m_operation;  ///< put back when the request is closed
+    const Cancellation::Waiting m_waiting;
     HttpResponse m_response;
     DWORD_PTR m_context = 0;  ///< a Share*, which the request's end deletes
     InternetHandle m_connection;
