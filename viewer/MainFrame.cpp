@@ -1,7 +1,6 @@
 #include "viewer/MainFrame.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
 #include <shellapi.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 
 #include "terrascope/api/MapAssistant.h"
 #include "viewer/AboutDlg.h"
+#include "viewer/FilePrompt.h"
 #include "viewer/KeptFolder.h"
 #include "viewer/LibraryFolder.h"
 #include "viewer/MapAddress.h"
@@ -140,6 +140,9 @@ bool CMainFrame::OpenFile(const std::string& path, const MapChoice& wanted, std:
     std::string ignored;
     UseData(formerLocal, ignored);
     UseData(formerRemote, ignored);
+    if (isKept && m_keepIn.empty()) {
+        ::RemoveDirectoryA(source->data.path.c_str());  // if nothing was kept in it
+    }
     return false;
 }
 
@@ -168,7 +171,7 @@ void CMainFrame::WatchServers(bool isAddress, bool isKept) {
     } else {
         ::KillTimer(m_hWnd, kServerTimer);
     }
-    ShowStatus();
+    SetStatusText(kServerPart, ServerText().c_str());
 }
 
 std::string CMainFrame::ServerText() const {
@@ -316,7 +319,6 @@ void CMainFrame::ShowStatus() {
     SetStatusText(1, layer);
     SetStatusText(2, kTools[tool].text);
     SetStatusText(3, point);
-    SetStatusText(kServerPart, ServerText().c_str());
     m_toolbar.SendMessage(TB_CHECKBUTTON, kTools[tool].command, TRUE);
     CheckMenuRadioItem(::GetMenu(m_hWnd), ID_TOOL_ARROW, ID_TOOL_PAN, kTools[tool].command,
                        MF_BYCOMMAND);
@@ -364,16 +366,7 @@ void CMainFrame::OnLayer(UINT command) {
 }
 
 void CMainFrame::OnFileOpen() {
-    char path[1024] = "";
-    OPENFILENAMEA dialog = {};
-    dialog.lStructSize = sizeof(dialog);
-    dialog.hwndOwner = m_hWnd;
-    dialog.lpstrFilter =
-        "Maps\0*.mbtiles;*.gpkg;*.pmtiles;map.ini;tilemapresource.xml\0All files\0*.*\0";
-    dialog.lpstrFile = path;
-    dialog.nMaxFile = sizeof(path);
-    dialog.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (::GetOpenFileNameA(&dialog)) {
+    if (const std::string path = AskForMapFile(*this); !path.empty()) {
         OpenFileOfUser(path);
     }
 }
