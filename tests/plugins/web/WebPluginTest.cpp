@@ -183,10 +183,10 @@ TEST_F(WebPlugin, TheUserInterfaceDoesNotWaitForAServerWhoseMapIsKept) {
             step();
             pump();
         }
-        const int before = m_server.Requests();
+        // Other tiles may all have been asked for before one comes here to wait for them.
         EXPECT_TRUE(Await([&] {
             pump();
-            return m_server.Requests() > before || m_server.Requests("/2/1/1") > 0;
+            return m_server.Requests("/2/1/1") > 0;
         }));
         display.reset();
     };
