@@ -137,6 +137,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
     for (int redirects = 0;; ++redirects) {
         const std::string origin = result.address.Origin();
         if (!m_hosts.MayAsk(origin)) {
+            m_states.NotAsked(origin);
             return Failure(result.address, "its host is left alone for a while");
         }
         const HttpRequest request{result.address,

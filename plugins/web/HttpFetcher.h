@@ -44,12 +44,13 @@ struct HttpResult {
 /// Threads: any.
 class HttpFetcher {
 public:
-    explicit HttpFetcher(Clock& clock) : m_clock(clock), m_hosts(clock), m_absent(clock) {}
+    explicit HttpFetcher(Clock& clock)
+        : m_clock(clock), m_hosts(clock), m_absent(clock), m_states(clock) {}
 
     /// For all providers of the process: what a server has not got, it has for none of them.
     static HttpFetcher& OfProcess();
 
-    /// What is wrong with the servers now. Never waits for one.
+    /// What is wrong with the servers, by about the last two minutes. Never waits for one.
     ServerState State() { return m_states.Now(); }
 
     /// `extra` are headers of this request alone.

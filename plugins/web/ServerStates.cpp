@@ -7,6 +7,7 @@ namespace Terrascope::Plugins {
 namespace {
 
 constexpr std::size_t kMostHosts = 64;
+constexpr Milliseconds kCounts = 120'000;  // two minutes
 
 std::string WithoutScheme(const std::string& host) {
     constexpr std::string_view kBehind = "://";
@@ -27,7 +28,8 @@ void CServerStates::Failed(const std::string& host, bool isUnreachable, bool isL
             [](const auto& a, const auto& b) { return a.second.order < b.second.order; }));
     }
     m_failing[host] = {++m_failures,
-                       {isUnreachable ? ServerState::NoConnection : ServerState::Failing, text}};
+                       {isUnreachable ? ServerState::NoConnection : ServerState::Failing, text},
+                       m_clock.Now() + kCounts};
 }
 
 void CServerStates::Answered(const std::string& host) {
@@ -35,8 +37,18 @@ void CServerStates::Answered(const std::string& host) {
     m_failing.erase(host);
 }
 
+void CServerStates::NotAsked(const std::string& host) {
+    CSingleLock lock(&m_lock, TRUE);
+    const auto found = m_failing.find(host);
+    if (found != m_failing.end()) {
+        found->second.end = m_clock.Now() + kCounts;
+    }
+}
+
 ServerState CServerStates::Now() {
     CSingleLock lock(&m_lock, TRUE);
+    std::erase_if(m_failing,
+                  [now = m_clock.Now()](const auto& one) { return one.second.end <= now; });
     const Failure* last = nullptr;
     for (const auto& [host, failure] : m_failing) {
         const bool goesBefore =

@@ -267,10 +267,20 @@ TEST_F(Fetching, RemembersWhichServersFail) {
     m_clock.now += 50020;
     FetchPath("/up");
     EXPECT_THAT(state(), testing::StartsWith("2 ")) << "that one is still as it was";
+    m_clock.now += 69980;
+    EXPECT_EQ("0 ", state()) << "two minutes after its last failure";
+    FetchPath("/busy");
+    m_clock.now += 40000;
+    FetchPath("/busy");
+    m_clock.now += 119999;
+    EXPECT_EQ("1 " + here + " is left alone: status 503", state()) << "it was to be asked";
+    m_clock.now += 1;
+    EXPECT_EQ("0 ", state());
 }
 
 TEST(ServerStates, AreBoundedAndHandedOverInTheRoomThereIs) {
-    CServerStates states;
+    SetClock clock;
+    CServerStates states(clock);
     for (int i = 0; i < 100; ++i) {
         states.Failed("http://" + std::to_string(i), i != 20 && i != 90, false, "down");
     }
