@@ -11,6 +11,16 @@ namespace {
 
 constexpr std::size_t kLongest = 64;
 
+/// Also all that a header's value may have, so that a date can be sent as one.
+bool IsPrintable(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+}
+
+bool IsOfLetters(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
+}
+
 /// The texts between blanks, commas and hyphens.
 std::vector<std::string_view> Words(std::string_view text) {
     constexpr std::string_view kBetween = " ,-";
@@ -72,7 +82,7 @@ int TimeOfDay(std::string_view text) {
 }  // namespace
 
 std::optional<UnixSeconds> ParseHttpDate(std::string_view text, UnixSeconds now) {
-    if (text.size() > kLongest) {
+    if (text.size() > kLongest || !IsPrintable(text)) {
         return std::nullopt;
     }
     std::vector<std::string_view> words = Words(text);
@@ -80,7 +90,7 @@ std::optional<UnixSeconds> ParseHttpDate(std::string_view text, UnixSeconds now)
         // Day, month, date, time, year: in the order of the other two forms.
         words = {words[0], words[2], words[1], words[4], words[3], "GMT"};
     }
-    if (words.size() != 6 || words[5] != "GMT") {
+    if (words.size() != 6 || words[5] != "GMT" || !IsOfLetters(words[0])) {
         return std::nullopt;
     }
     const int day = Number(words[1], 1, 2);

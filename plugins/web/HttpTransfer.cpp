@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <string_view>
 
 #include "plugins/web/HttpErrors.h"
 #include "plugins/web/HttpOperation.h"
@@ -16,6 +17,8 @@ using InternetHandle = CUniqueHandle<HINTERNET, &::WinHttpCloseHandle>;
 constexpr std::size_t kUsualHeaders = 1024;  // letters
 /// WINHTTP_AUTOLOGON_SECURITY_LEVEL_PROXY_ONLY of newer headers.
 constexpr DWORD kLogOnToProxiesOnly = 3;
+/// What a header must not have: its value would end there, and another header begin.
+constexpr std::wstring_view kEndsOfLines(L"\r\n\0", 3);
 
 /// ASCII only: addresses and headers have nothing else.
 std::wstring Widened(const std::string& text) {
@@ -136,6 +139,9 @@ private:
         for (const auto& [name, value] : headers) {
             std::wstring line = Widened(name);
             (line += L": ") += Widened(value);
+            if (line.find_first_of(kEndsOfLines) != std::wstring::npos) {
+                return Refuse("a header has more than one line", 0);
+            }
             if (!::WinHttpAddRequestHeaders(
                     m_request.Get(), line.c_str(), static_cast<DWORD>(line.size()),
                     WINHTTP_ADDREQ_FLAG_ADD | WINHTTP_ADDREQ_FLAG_REPLACE)) {

@@ -41,7 +41,8 @@ TEST(HttpDate, HasThreeForms) {
           "Sun, 31 Feb 1994 08:49:37 GMT", "Sun, 06 Nox 1994 08:49:37 GMT",
           "Sun, 06 Nov 1994 24:00:00 GMT", "Sun, 06 Nov 1994 08:49 GMT",
           "Sun, 06 Nov 19944 08:49:37 GMT", "Sun, 06 Nov 0000 08:49:37 GMT",
-          "Sun, 99999999999 Nov 1994 08:49:37 GMT", "Sun, 6x Nov 1994 08:49:37 GMT"}) {
+          "Sun, 99999999999 Nov 1994 08:49:37 GMT", "Sun, 6x Nov 1994 08:49:37 GMT",
+          "Host:evil, 06 Nov 1994 08:49:37 GMT", "S\xC3\xA9, 06 Nov 1994 08:49:37 GMT"}) {
         EXPECT_EQ(std::nullopt, ParseHttpDate(none, kNow)) << none;
     }
 }
@@ -110,8 +111,11 @@ TEST(CacheHeaders, OnlyWhatIsATagOrADateIsSent) {
          {std::string(), std::string("*"), std::string("\"a\", \"b\""), std::string("bare"),
           std::string("\"a\r\nX-Key: b\""), std::string("\"a\0b\"", 5), std::string("\"\xC3\xA9\""),
           std::string("\""), std::string("W/"), tooLong}) {
-        EXPECT_THAT(ConditionsOf({true, tag, std::string(kTime) + "\r\nHost: x", 0, 0}), IsEmpty())
-            << tag;
+        for (const std::string& time :
+             {std::string(kTime) + "\r\nHost: x", "\r\nHost:x\r\n" + std::string(kTime),
+              "\r\n" + std::string(kTime)}) {
+            EXPECT_THAT(ConditionsOf({true, tag, time, 0, 0}), IsEmpty()) << tag << time;
+        }
         EXPECT_EQ("", FreshnessOf(Answer({{"etag", tag}, {"last-modified", "today"}})).entityTag);
     }
 }

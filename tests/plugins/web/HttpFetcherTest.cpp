@@ -120,6 +120,14 @@ TEST_F(Fetching, RefusesWhatIsNotAWholeAnswerInTime) {
     }
 }
 
+TEST_F(Fetching, SendsNoHeaderThatIsMoreThanOneLine) {
+    for (const std::string& value : {"a\r\nHost: b"s, "a\nb"s, "\ra"s, "a\0b"s}) {
+        m_identity.headers = {{"X-Key", value}};
+        EXPECT_THAT(Body(FetchPath("/a")), HasSubstr("more than one line")) << value;
+    }
+    EXPECT_EQ(0, m_server.Requests());
+}
+
 TEST_F(Fetching, AsksOnceMoreWhenTheServerHangsUp) {
     m_server.On("/a", {Reply{.kind = Reply::HangUp}, Reply{200, "on a new connection"}});
     EXPECT_EQ("on a new connection", Body(FetchPath("/a")));
