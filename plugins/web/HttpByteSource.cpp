@@ -100,6 +100,7 @@ std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& addres
         reason = result.outcome == HttpOutcome::Absent ? "it is absent" : result.reason;
         return nullptr;
     }
+    reason.clear();
     const std::vector<std::uint8_t>& body = result.response.body;
     source->m_size = body.size();
     if (result.response.status == kPartialContent) {
@@ -107,10 +108,12 @@ std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& addres
         source->m_size = range ? range->size : 0;
         if (!range || !IsRange(result, 0, std::min(kStart, range->size), range->size)) {
             reason = "its server delivers another range than it was asked for";
-            return nullptr;
         }
     } else if (body.size() > kStart) {
         reason = "its server delivers no ranges";
+    }
+    if (!reason.empty()) {
+        access.fetcher.Refused(result.address, reason);
         return nullptr;
     }
     source->m_version = VersionOf(result.response);
@@ -160,6 +163,9 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
     if (!IsRange(result, offset, buffer.size(), m_size) ||
         VersionOf(result.response) != m_version) {
         own.m_failure = WhyNot(result);
+        if (result.outcome == HttpOutcome::Here || result.outcome == HttpOutcome::Absent) {
+            m_access.fetcher.Refused(result.address, own.m_failure);
+        }
         return false;
     }
     std::memcpy(buffer.data(), result.response.body.data(), buffer.size());

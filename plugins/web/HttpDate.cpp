@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kLongest = 64;
 
-/// Also all that a header's value may have, so that a date can be sent as one.
+/// ASCII without control characters: what can be sent as a header's value.
 bool IsPrintable(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
 }

@@ -25,9 +25,28 @@ bool IsForNow(int status) {
            status == 504;
 }
 
-HttpOutcome OutcomeOf(const HttpResponse& response) {
+/// The headers by which a server compares what the asker knows.
+bool IsCondition(const std::pair<std::string, std::string>& header) {
+    return header.first == "If-None-Match" || header.first == "If-Modified-Since";
+}
+
+bool IsRange(const std::pair<std::string, std::string>& header) {
+    return header.first == "Range";
+}
+
+/// Whether a request without the header that asks for it has got such an answer: a part, or that
+/// what the asker knows is right.
+bool IsUnasked(int status, const HttpHeaders& sent) {
+    return (status == 304 && std::none_of(sent.begin(), sent.end(), &IsCondition)) ||
+           (status == 206 && std::none_of(sent.begin(), sent.end(), &IsRange));
+}
+
+HttpOutcome OutcomeOf(const HttpResponse& response, const HttpHeaders& sent) {
     if (response.wasCancelled) {
         return HttpOutcome::Cancelled;
+    }
+    if (IsUnasked(response.status, sent)) {
+        return HttpOutcome::Failed;
     }
     switch (response.status) {
         case 200:
@@ -78,7 +97,11 @@ HttpHeaders HeadersFor(const HttpIdentity& identity, const HttpHeaders& extra,
 }
 
 std::string ReasonOf(const HttpResponse& failed) {
-    return failed.status != 0 ? "status " + std::to_string(failed.status) : failed.failure;
+    if (failed.status == 0) {
+        return failed.failure;
+    }
+    const bool isUnasked = failed.status == 206 || failed.status == 304;
+    return "status " + std::to_string(failed.status) + (isUnasked ? " without being asked" : "");
 }
 
 HttpResult Failure(const HttpAddress& address, std::string reason) {
@@ -134,6 +157,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
                                         Milliseconds end, const Cancellation& cancellation) {
     HttpResult result;
     result.address = address;
+    HttpHeaders own = extra;
     for (int redirects = 0;; ++redirects) {
         const std::string origin = result.address.Origin();
         if (!m_hosts.MayAsk(origin)) {
@@ -141,7 +165,7 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
             return Failure(result.address, "its host is left alone for a while");
         }
         const HttpRequest request{result.address,
-                                  HeadersFor(identity, extra, result.address, address)};
+                                  HeadersFor(identity, own, result.address, address)};
         // A kept connection may have ended a moment ago; the second one is new.
         for (int attempt = 0; attempt == 0 || (attempt == 1 && result.response.wasHungUp);
              ++attempt) {
@@ -150,17 +174,21 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
             result.response = Transfer(HttpSession(), request, left, cancellation);
             result.response.received = m_clock.Utc();
         }
-        result.outcome = OutcomeOf(result.response);
+        result.outcome = OutcomeOf(result.response, request.headers);
         Report(result);
         if (!IsRedirect(result.response.status)) {
             break;
         }
         const auto next = result.address.Resolve(result.response.Header("location"));
         if (!next || !result.address.MayLeadTo(*next)) {
-            return Failure(result.address, "it leads where no redirect may lead");
+            return Refusal(result.address, "it leads where no redirect may lead");
         }
         if (redirects == kMostRedirects) {
-            return Failure(result.address, "there are too many redirects");
+            return Refusal(result.address, "there are too many redirects");
+        }
+        if (next->Origin() != origin) {
+            // What is known came from here: another server's tag may be the same by chance.
+            std::erase_if(own, &IsCondition);
         }
         result.address = *next;
     }
@@ -168,6 +196,16 @@ HttpResult HttpFetcher::FollowRedirects(const HttpAddress& address, const HttpId
         result.reason = ReasonOf(result.response);
     }
     return result;
+}
+
+void HttpFetcher::Refused(const HttpAddress& from, const std::string& reason) {
+    const std::string origin = from.Origin();
+    m_states.Failed(origin, false, m_hosts.IsLeftAlone(origin), reason);
+}
+
+HttpResult HttpFetcher::Refusal(const HttpAddress& from, const std::string& reason) {
+    Refused(from, reason);
+    return Failure(from, reason);
 }
 
 void HttpFetcher::Report(const HttpResult& result) {

@@ -21,7 +21,7 @@ struct HttpIdentity {
 
 enum class HttpOutcome {
     Here,
-    NotModified,  ///< 304
+    NotModified,  ///< 304, when it was asked for
     Absent,       ///< the server has nothing there: 404, 410, 204
     Failed,       ///< now; it may be there later
     Cancelled,
@@ -38,7 +38,9 @@ struct HttpResult {
 /// https to http; repeats twice what a server could not do now (429, 5xx), after the pause that it
 /// asks for; leaves hosts alone that fail; does not ask again for what is absent.
 ///
-/// A redirect to another origin takes no header with it but "User-Agent".
+/// A redirect to another origin takes "User-Agent" with it and the headers of the request itself
+/// (such as "Range"), but no other header of the identity, and none that compares with what is
+/// known of the first one: that goes to no later address either.
 ///
 /// Owns:    what is remembered of hosts and addresses. Borrows: the clock.
 /// Threads: any.
@@ -58,10 +60,15 @@ public:
                      const HttpLimits& limits, const Cancellation& cancellation,
                      const HttpHeaders& extra = {});
 
+    /// The answer that came from there is not what the asker can use: its server counts as failing
+    /// until it answers the next time. `reason` has no query of an address.
+    void Refused(const HttpAddress& from, const std::string& reason);
+
 private:
     HttpResult FollowRedirects(const HttpAddress& address, const HttpIdentity& identity,
                                const HttpHeaders& extra, const HttpLimits& limits, Milliseconds end,
                                const Cancellation& cancellation);
+    HttpResult Refusal(const HttpAddress& from, const std::string& reason);
     void Report(const HttpResult& result);
 
     Clock& m_clock;

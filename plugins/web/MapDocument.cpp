@@ -142,7 +142,7 @@ private:
             return ReadList(document, result.address, path.facts.updated, maps);
         }
         if (document.is_discarded()) {
-            LeaveOut(result.address.ForLog(), "it is no document that can be used");
+            Refuse(result.address, "it is no document that can be used");
             return true;
         }
         std::string reason;
@@ -151,21 +151,32 @@ private:
         return true;
     }
 
+    /// What is no document at all may be the page of a portal that wants to be logged on to.
+    void Refuse(const HttpAddress& address, const std::string& reason) {
+        LeaveOut(address.ForLog(), reason);
+        m_access.fetcher.Refused(address, reason);
+    }
+
     void ReadMarkup(const std::vector<std::uint8_t>& body, const HttpAddress& address,
                     const DataPath& path, Maps& maps) {
         const auto root = ReadXml(body);
         if (!root) {
-            LeaveOut(address.ForLog(), "it is no well-formed XML");
+            Refuse(address, "it is no well-formed XML");
             return;
         }
+        const std::size_t before = maps.size();
         std::vector<WmtsProblem> problems;
         for (auto& map : ReadWmts(*root, address, path, problems)) {
             maps.push_back(std::move(map));
         }
         for (const WmtsProblem& problem : problems) {
-            LeaveOut(address.ForLog(), problem.layer.empty()
-                                           ? problem.reason
-                                           : "layer '" + problem.layer + "': " + problem.reason);
+            if (!problem.layer.empty()) {
+                LeaveOut(address.ForLog(), "layer '" + problem.layer + "': " + problem.reason);
+            } else if (maps.size() == before) {
+                Refuse(address, problem.reason);
+            } else {
+                LeaveOut(address.ForLog(), problem.reason);
+            }
         }
     }
 

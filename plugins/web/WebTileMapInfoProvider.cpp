@@ -175,10 +175,7 @@ HttpResult CWebTileMapInfoProvider::Fetch(const WebMap& map,
     if (result.outcome == HttpOutcome::Here && !IsImage(result.response.body)) {
         result.outcome = HttpOutcome::Failed;
         result.reason = "it is no image";
-    }
-    if (result.outcome == HttpOutcome::NotModified && conditions.empty()) {
-        result.outcome = HttpOutcome::Failed;
-        result.reason = "status 304";
+        HttpFetcher::OfProcess().Refused(result.address, result.reason);
     }
     if (result.outcome == HttpOutcome::Failed) {
         LogTileFailure(key, (result.address.ForLog() + ": " + result.reason).c_str());

@@ -162,10 +162,43 @@ TEST_F(Fetching, FollowsRedirectsWithinBounds) {
     EXPECT_THAT(other.LastHead(), Not(HasSubstr("secret"))) << "the key is for the first host";
     EXPECT_THAT(Body(FetchPath("/loop")), HasSubstr("too many redirects"));
     EXPECT_EQ(6, m_server.Requests("/loop"));
+    EXPECT_THAT(m_fetcher.State().text, HasSubstr("too many redirects"));
     for (const char* path : {"/file", "/odd"}) {
         EXPECT_THAT(Body(FetchPath(path)), HasSubstr("no redirect may lead")) << path;
+        EXPECT_THAT(m_fetcher.State().text, HasSubstr("no redirect may lead")) << path;
     }
     EXPECT_EQ(HttpOutcome::Failed, FetchPath("/nowhere").outcome);
+}
+
+TEST_F(Fetching, ARedirectTakesNoConditionToAnotherServer) {
+    FaultServer other;
+    const auto leads = [](const std::string& to) {
+        return Reply{302, "", "Location: " + to + "\r\n"};
+    };
+    m_server.On("/near", leads("/here"));
+    m_server.On("/far", leads(other.Address("/there")));
+    m_server.On("/round", leads(other.Address("/back")));
+    other.On("/back", leads(m_server.Address("/here")));
+    m_server.On("/here", Reply{304});
+    other.On("/there", Reply{304});
+    const auto ask = [this](const std::string& path, const HttpHeaders& headers) {
+        return m_fetcher.Fetch(*HttpAddress::Parse(m_server.Address(path)), m_identity, m_limits,
+                               m_cancellation, headers);
+    };
+    const HttpHeaders known = {
+        {"Range", "bytes=0-9"}, {"If-Modified-Since", "x"}, {"If-None-Match", "\"1\""}};
+    EXPECT_EQ(HttpOutcome::NotModified, ask("/near", known).outcome);
+    for (const char* path : {"/far", "/round"}) {
+        EXPECT_EQ("outcome 3: status 304 without being asked", Body(ask(path, known))) << path;
+    }
+    EXPECT_THAT(m_server.LastHead(), HasSubstr("secret")) << "it is the key's own server";
+    EXPECT_THAT(m_server.LastHead(), Not(HasSubstr("\r\nIf-")));
+    ask("/far", known);
+    EXPECT_THAT(other.LastHead(), Not(HasSubstr("\r\nIf-")));
+    EXPECT_THAT(other.LastHead(), HasSubstr("\r\nRange: bytes=0-9\r\n"));
+    EXPECT_EQ("outcome 3: status 304 without being asked", Body(FetchPath("/here")));
+    m_server.On("/part", Reply{206, "x"});
+    EXPECT_EQ("outcome 3: status 206 without being asked", Body(FetchPath("/part")));
 }
 
 TEST_F(Fetching, AsksAgainWhatTheServerCannotDoNow) {
@@ -410,12 +443,14 @@ TEST_F(Ranges, AreReadOfTheSameFileAlone) {
     EXPECT_EQ(3, m_server.Requests());
     m_server.On("/f", Reply{200, content, "ETag: \"2\"\r\n", Reply::Ranges});
     EXPECT_EQ("failed", Read(*source, 20000, 10)) << "it is another file now";
+    EXPECT_THAT(m_fetcher.State().text, HasSubstr("the file there is another one now"));
 
     m_server.On("/small", Reply{200, "as a whole"});
     EXPECT_EQ("whole", Read(*Open("/small"), 5, 5));
     m_server.On("/whole", Reply{200, content});
     EXPECT_EQ(nullptr, Open("/whole"));
     EXPECT_EQ("its server delivers no ranges", reason);
+    EXPECT_THAT(m_fetcher.State().text, HasSubstr(reason));
     for (const char* range : {"bytes 1-16384/50000", "bytes 0-9/50000", "bytes 0-16383/*",
                               "bytes 0-16383/100", "0-16383/50000", ""}) {
         m_server.On("/odd", Reply{206, content.substr(0, 16384),

@@ -93,7 +93,9 @@ TEST_F(RemoteSource, AbsentAndFailedAreTwoThings) {
     }
     EXPECT_EQ(1, m_server.Requests("/1")) << "it is known to be absent";
     EXPECT_EQ(RemoteOutcome::Absent, Source().LoadTile("m", 2, "0", nullptr).outcome);
+    const auto state = [] { return HttpFetcher::OfProcess().State().text; };
     EXPECT_EQ(RemoteOutcome::Failed, Ask("2").outcome) << "it is no image";
+    EXPECT_EQ(m_server.Address(": it is no image").substr(7), state());
     EXPECT_EQ(RemoteOutcome::Failed, Ask("3").outcome) << "nothing was said to be known";
     EXPECT_EQ(RemoteOutcome::Failed, Ask("00").outcome);
     EXPECT_EQ(RemoteOutcome::Failed, Source().LoadTile("other", 1, "0", nullptr).outcome);
@@ -118,6 +120,14 @@ TEST_F(RemoteSource, MapsAreThereWithoutWaitingOnceADocumentWas) {
     EXPECT_EQ(std::nullopt, Source().MapsNow());
     EXPECT_FALSE(m_provider->UpdateMapLib(false));
     EXPECT_EQ(std::nullopt, Source().MapsNow()) << "no reading has succeeded";
+    m_server.On("/portal", Reply{200, "<html/>"});
+    OpenPath("/portal");
+    EXPECT_THAT(MapNames(), testing::IsEmpty());
+    EXPECT_THAT(HttpFetcher::OfProcess().State().text, HasSubstr(": it is no WMTS"));
+    m_server.On("/d", Reply{304});
+    OpenPath("/d");
+    EXPECT_FALSE(m_provider->UpdateMapLib(false));
+    EXPECT_LE(1, m_log.Count("/d' cannot be had: status 304 without being asked")) << m_log.Text();
     m_server.On("/d", Reply{200, R"({"tilejson":"3.0.0","name":"m","tiles":["{q}"]})"});
     EXPECT_TRUE(m_provider->UpdateMapLib(false));
     EXPECT_EQ(1U, Source().MapsNow().value().size());
