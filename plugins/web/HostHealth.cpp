@@ -9,6 +9,7 @@ constexpr std::size_t kMostHosts = 256;
 constexpr int kFailuresToRest = 5;
 constexpr Milliseconds kFirstRest = 2000;
 constexpr Milliseconds kLongestRest = 60000;
+constexpr Milliseconds kLongestAsked = 3'600'000;  // an hour
 /// As long as a tile may take: then another request may find out, if the first has not.
 constexpr Milliseconds kTrial = 8000;
 
@@ -81,7 +82,7 @@ void HostHealth::AskedForPause(const std::string& host, Milliseconds duration) {
     CSingleLock lock(&m_lock, TRUE);
     State& state = StateOf(host);
     state.isOnTrial = false;
-    state.until = std::max(state.until, m_clock.Now() + std::min(duration, kLongestRest));
+    state.until = std::max(state.until, m_clock.Now() + std::min(duration, kLongestAsked));
 }
 
 }  // namespace Terrascope::Plugins

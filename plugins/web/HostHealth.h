@@ -31,7 +31,7 @@ public:
     Milliseconds Failed(const std::string& host);
     /// The request ended for reasons of the asker's.
     void Undecided(const std::string& host);
-    /// The host itself asked for a pause. At most a minute is kept.
+    /// The host itself asked for a pause. At most an hour is kept.
     void AskedForPause(const std::string& host, Milliseconds duration);
 
 private:

@@ -359,6 +359,15 @@ TEST(HostHealth, RestsLongerEachTimeAndSendsOneToFindOut) {
     health.Answered("h");
     EXPECT_TRUE(health.MayAsk("h"));
     EXPECT_EQ(0, health.Failed("h"));
+    health.AskedForPause("h", 1'800'000);
+    health.AskedForPause("g", 86'400'000);
+    clock.now += 1'799'999;
+    EXPECT_FALSE(health.MayAsk("h")) << "it asked for half an hour";
+    clock.now += 1;
+    EXPECT_TRUE(health.MayAsk("h"));
+    EXPECT_FALSE(health.MayAsk("g"));
+    clock.now += 1'800'000;
+    EXPECT_TRUE(health.MayAsk("g")) << "no host keeps itself from us for longer than an hour";
     for (int i = 0; i < 300; ++i) {
         health.AskedForPause(std::to_string(i), 1000 + i);
     }
