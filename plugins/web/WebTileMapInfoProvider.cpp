@@ -30,7 +30,8 @@ bool IsImage(const std::vector<std::uint8_t>& bytes) {
     }
 }
 
-/// FNV-1a in 64 bits: a name, and no protection of what it is made of.
+/// FNV-1a in 64 bits: a name, not meant to protect what it is made of. A short key in an address
+/// that is known otherwise could be found by trial.
 std::string HashOf(std::string_view text) {
     std::uint64_t hash = 0xCBF29CE484222325;
     for (const char c : text) {

@@ -20,8 +20,10 @@ namespace Terrascope::Plugins {
 /// describes them, or a template for the addresses of tiles: see the README.
 ///
 /// Owns:    the remote provider that was attached to it, which it asks for tiles that are missing.
-/// Threads: every operation may run beside every other. No server is waited for under a lock, and
-///          for long by LoadTiles alone: 8 s, or until Cancel.
+/// Threads: every operation may run beside every other. No server is waited for under a lock.
+///          LoadTiles and LoadTile wait up to 8 s for each tile, UpdateMapLib up to 6 s, and so
+///          does what needs the maps until they have been read once: each until Cancel at most.
+///          SetDataPath, MapsNow and Identity wait for none.
 /// Errors:  nothing throws; what is missing or cannot be had is null or empty.
 class CWebTileMapInfoProvider : public ITileMapInfoProvider, public IRemoteSource {
 public:

@@ -43,8 +43,9 @@ public:
     /// The maps, without waiting for a server; nothing as long as no server has answered.
     virtual std::optional<std::vector<tagTILE_MAP_INFO>> MapsNow() = 0;
 
-    /// Sixteen hexadecimal digits that are the same for the same data path, in every process. No
-    /// key of a paid service can be read from them.
+    /// Sixteen hexadecimal digits that are the same for the same data path, in every process: a
+    /// hash that is not meant to protect it. A short key of a paid service in a path that is known
+    /// otherwise could be found by trial.
     virtual std::string Identity() = 0;
 
     /// Ends what waits for a server, now and from now on.
