@@ -6,6 +6,7 @@
 #include "plugins/common/WithoutThrowing.h"
 #include "plugins/web/DataPath.h"
 #include "plugins/web/MapDocument.h"
+#include "terrascope/support/LogSink.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -14,6 +15,7 @@ constexpr Milliseconds kFirstWait = 6000;
 constexpr Milliseconds kLaterWait = 1000;
 constexpr Milliseconds kRetry = 30'000;
 constexpr Milliseconds kFresh = 300'000;  // five minutes
+constexpr Milliseconds kClockStep = 20;   // the clock has steps of 16 ms
 constexpr std::size_t kMostReadings = 16;
 
 Milliseconds Now() {
@@ -64,6 +66,7 @@ void CMapReading::Begin() {
             return;
         }
         m_isReading = true;
+        m_isLogged = false;
         m_start = Now();
         ::ResetEvent(m_idle.Get());
     }
@@ -134,6 +137,19 @@ void CMapReading::WaitUntil(Milliseconds end, const Cancellation& cancellation) 
         static_cast<DWORD>(std::clamp<Milliseconds>(end - Now(), 0, kFirstWait)));
 }
 
+void CMapReading::LogIfLate() {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        if (!m_isReading || m_isLogged || Now() - m_start < kFirstWait - kClockStep) {
+            return;
+        }
+        m_isLogged = true;
+    }
+    const auto address = HttpAddress::Parse(DataPath::Parse(m_dataPath).address);
+    LogLine("'%s' has not answered in full within %d s; it is still being read",
+            address ? address->ForLog().c_str() : "", static_cast<int>(kFirstWait / 1000));
+}
+
 std::shared_ptr<const WebLibrary> CMapReading::Library(const Cancellation& cancellation) {
     Milliseconds end = 0;
     {
@@ -144,6 +160,7 @@ std::shared_ptr<const WebLibrary> CMapReading::Library(const Cancellation& cance
     }
     if (end > 0) {
         WaitUntil(end, cancellation);
+        LogIfLate();
     }
     CSingleLock lock(&m_lock, TRUE);
     return m_library;
@@ -156,6 +173,7 @@ std::shared_ptr<const WebLibrary> CMapReading::LibraryNow() {
 
 bool CMapReading::Await(const Cancellation& cancellation) {
     WaitUntil(Now() + kFirstWait, cancellation);
+    LogIfLate();
     CSingleLock lock(&m_lock, TRUE);
     return m_hasSucceeded && !m_isReading;
 }

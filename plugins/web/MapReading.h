@@ -49,6 +49,8 @@ private:
     static void CALLBACK Run(PTP_CALLBACK_INSTANCE instance, void* context);
     void Read();
     void WaitUntil(Milliseconds end, const Cancellation& cancellation);
+    /// Logs, once for each reading, that it takes longer than the first wait.
+    void LogIfLate();
 
     const std::string m_dataPath;
     const WebAccess m_access;
@@ -58,7 +60,8 @@ private:
     bool m_isReading TERRASCOPE_GUARDED_BY(m_lock) = false;
     bool m_hasSucceeded TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< the last one that ended
     bool m_hasEverSucceeded TERRASCOPE_GUARDED_BY(m_lock) = false;
-    int m_readings TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< that ended
+    bool m_isLogged TERRASCOPE_GUARDED_BY(m_lock) = false;  ///< that the reading is late
+    int m_readings TERRASCOPE_GUARDED_BY(m_lock) = 0;       ///< that ended
     Milliseconds m_start TERRASCOPE_GUARDED_BY(m_lock) = 0;
     Milliseconds m_end TERRASCOPE_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<const WebLibrary> m_library TERRASCOPE_GUARDED_BY(m_lock);
