@@ -5,11 +5,16 @@
 #include <cstring>
 #include <optional>
 
+#include "plugins/web/CacheHeaders.h"
+
 namespace Terrascope::Plugins {
 namespace {
 
 constexpr std::uint64_t kStart = std::uint64_t{16} * 1024;
+constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
+/// So long may an archive take to be opened, by what is read once.
+constexpr UnixSeconds kOpening = kDocumentLimits.total / 1000;
 
 /// The innermost of this thread; null: none.
 thread_local CHttpByteSource::CReadScope* t_scope = nullptr;
@@ -118,6 +123,8 @@ std::unique_ptr<CHttpByteSource> CHttpByteSource::Open(const HttpAddress& addres
     }
     source->m_version = VersionOf(result.response);
     source->m_first = std::move(result.response);
+    source->m_firstEnd =
+        std::max(FreshnessOf(source->m_first).expires, source->m_first.received + kOpening);
     return source;
 }
 
@@ -148,7 +155,8 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
         return Read(offset, buffer);
     }
     CReadScope& own = *t_scope;
-    if (offset + buffer.size() <= m_first.body.size()) {
+    const bool isFresh = m_access.fetcher.Utc() < m_firstEnd;
+    if (isFresh && offset + buffer.size() <= m_first.body.size()) {
         std::memcpy(buffer.data(), m_first.body.data() + offset, buffer.size());
         own.m_last = WithoutBody(m_first);
         return true;
@@ -160,7 +168,10 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
     }
     const HttpResult result = Fetch(offset, buffer.size(),
                                     static_cast<Milliseconds>(own.m_end - now), own.m_cancellation);
-    if (!IsRange(result, offset, buffer.size(), m_size) ||
+    // A small file may come as a whole, as it did at first.
+    const bool isWhole = m_first.body.size() == m_size && result.outcome == HttpOutcome::Here &&
+                         result.response.status == kOk && result.response.body.size() == m_size;
+    if ((!isWhole && !IsRange(result, offset, buffer.size(), m_size)) ||
         VersionOf(result.response) != m_version) {
         own.m_failure = WhyNot(result);
         if (result.outcome == HttpOutcome::Here || result.outcome == HttpOutcome::Absent) {
@@ -168,7 +179,7 @@ bool CHttpByteSource::Read(std::uint64_t offset, std::span<std::uint8_t> buffer)
         }
         return false;
     }
-    std::memcpy(buffer.data(), result.response.body.data(), buffer.size());
+    std::memcpy(buffer.data(), result.response.body.data() + (isWhole ? offset : 0), buffer.size());
     own.m_last = WithoutBody(result.response);
     return true;
 }

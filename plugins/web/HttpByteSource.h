@@ -9,8 +9,8 @@
 
 namespace Terrascope::Plugins {
 
-/// A file on a server that delivers it in ranges (RFC 9110, section 14). Its first 16 KiB are kept,
-/// where archives have what is read first.
+/// A file on a server that delivers it in ranges (RFC 9110, section 14). Its first 16 KiB are kept
+/// while they are fresh, where archives have what is read first.
 ///
 /// Threads: any. Read waits for the server: as long as a tile may take, or until the cancellation
 ///          that the calling thread has set.
@@ -65,8 +65,9 @@ private:
     const WebAccess m_access;
     // Constant after Open:
     std::uint64_t m_size = 0;
-    std::string m_version;  ///< the entity tag or time of the file; empty: not stated
-    HttpResponse m_first;   ///< the answer that brought the start; its body is that
+    std::string m_version;       ///< the entity tag or time of the file; empty: not stated
+    HttpResponse m_first;        ///< the answer that brought the start; its body is that
+    UnixSeconds m_firstEnd = 0;  ///< from then on the start is read from the server
 };
 
 }  // namespace Terrascope::Plugins

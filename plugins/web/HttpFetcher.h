@@ -55,6 +55,9 @@ public:
     /// What is wrong with the servers, by about the last two minutes. Never waits for one.
     ServerState State() { return m_states.Now(); }
 
+    /// The time by which the answers' `received` is stated.
+    UnixSeconds Utc() { return m_clock.Utc(); }
+
     /// `extra` are headers of this request alone.
     HttpResult Fetch(const HttpAddress& address, const HttpIdentity& identity,
                      const HttpLimits& limits, const Cancellation& cancellation,

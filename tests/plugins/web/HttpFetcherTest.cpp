@@ -469,6 +469,26 @@ TEST_F(Ranges, AreReadOfTheSameFileAlone) {
     EXPECT_EQ(nullptr, Open("/absent"));
 }
 
+TEST_F(Ranges, TheStartIsKeptWhileItIsFresh) {
+    const std::string version = "ETag: \"1\"\r\nCache-Control: max-age=";
+    const std::string large(50000, 'x');
+    for (const auto& [kind, body, lifetime, end] :
+         {std::tuple(Reply::Ranges, large, "60", 60), std::tuple(Reply::Whole, "small"s, "60", 60),
+          std::tuple(Reply::Ranges, large, "0", 15)}) {
+        m_server.On("/f", Reply{200, body, version + lifetime + "\r\n", kind});
+        const auto source = Open("/f");
+        const int before = m_server.Requests();
+        m_clock.utc += end - 1;
+        EXPECT_EQ(body.substr(2, 3), Read(*source, 2, 3));
+        EXPECT_EQ(before, m_server.Requests()) << lifetime;
+        m_clock.utc += 1;
+        EXPECT_EQ(body.substr(2, 3), Read(*source, 2, 3));
+        EXPECT_EQ(before + 1, m_server.Requests()) << lifetime;
+        m_server.On("/f", Reply{200, body, "ETag: \"2\"\r\n", kind});
+        EXPECT_EQ("failed", Read(*source, 2, 3)) << "it is another file now";
+    }
+}
+
 TEST_F(Ranges, EndForACallerThatLeaves) {
     m_server.On("/f", {Reply{200, std::string(50000, 'x'), "", Reply::Ranges},
                        Reply{.kind = Reply::Silent}});
