@@ -83,15 +83,5 @@ TEST_F(AwkwardDecoders, AreAskedOnlyWhereTheSettingsHaveThem) {
     }
 }
 
-// The display waits for the threads that are inside; the decoder's code stays as long.
-TEST_F(AwkwardDecoders, ADisplayGoesWhileTheyHang) {
-    OpenWithTiles("AWKH");
-    ASSERT_TRUE(Await([&] { return script->Requests().size() >= 2; }, 10000));
-    display.reset();
-    OpenWithTiles("AWKG");
-    AwaitPicture();
-    EXPECT_EQ(0xFFFFFFU, PaintedAt(100, 60));
-}
-
 }  // namespace
 }  // namespace TerrascopeTest
