@@ -6,7 +6,6 @@
 
 #include "terrascope/display/DeviceUnits.h"
 #include "tests/display/DisplayFixture.h"
-#include "tests/fixtures/LogCapture.h"
 
 namespace TerrascopeTest {
 namespace {
@@ -154,18 +153,6 @@ TEST_F(Terrascope2, OneOfTwoOnAWindowGoesWhileTheOtherLoads) {
     EXPECT_EQ(FromColour(TileColour(4, 8, 4)), PaintedAt(110, 70));
     EXPECT_EQ(FromColour(TileColour(4, 7, 3)), PaintedAt(90, 50));
     EXPECT_FALSE(window->repaints.empty());
-}
-
-TEST_F(Terrascope2, LogsOnceThatARegionHasTooManyTiles) {
-    const LogCapture log;
-    ScriptedMap map = WorldMap();
-    map.tileWidth = map.tileHeight = 1;
-    map.columns = map.rows = 10000;
-    script->SetTileAnswer(TileAnswer::Nothing);
-    MakeDisplay({1000, 600});
-    Open(1, map);
-    display->RefreshTiles();
-    EXPECT_EQ(1, log.Count("too many")) << log.Text();
 }
 
 TEST_F(Terrascope2, SurvivesMapsWithImpossibleNumbers) {
