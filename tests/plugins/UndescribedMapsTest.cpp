@@ -11,16 +11,12 @@ using namespace Terrascope;
 
 std::string Resource(const std::string& profile, const std::string& box, const std::string& sets,
                      const std::string& extension = "png") {
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<TileMap version=\"1.0.0\">\n"
-           "<Title>T</Title><Abstract>of &amp; for</Abstract><SRS>EPSG:3857</SRS>\n"
-           "<BoundingBox " +
-           box +
-           "/><Origin x=\"0\" y=\"0\"/>\n"
-           "<TileFormat width=\"256\" height=\"256\" extension=\"" +
-           extension +
-           "\"/>\n"
-           "<TileSets profile=\"" +
-           profile + "\">" + sets + "</TileSets>\n</TileMap>";
+    return R"(<?xml version="1.0" encoding="utf-8"?><TileMap version="1.0.0"><Title>T</Title>)"
+           R"(<Abstract>of &amp; for</Abstract><SRS>EPSG:3857</SRS>)"
+           "\n<BoundingBox " +
+           box + R"(/><Origin x="0" y="0"/><TileFormat width="256" height="256" extension=")" +
+           extension + "\"/><TileSets profile=\"" + profile + "\">" + sets +
+           "</TileSets>\n</TileMap>";
 }
 
 std::string TileSet(int order, const std::string& unitsPerPixel = "1") {

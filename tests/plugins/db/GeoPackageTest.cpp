@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <memory>
+
 #include "tests/plugins/db/ArchiveFixture.h"
 
 namespace {
@@ -20,12 +22,11 @@ constexpr char kTables[] =
     "pixel_y_size DOUBLE);"
     "INSERT INTO gpkg_spatial_ref_sys VALUES ('', 7, 'NONE', 25832, '', '');";
 
-std::string Quoted(const std::string& name, char quote) {
-    std::string text(1, quote);
-    for (const char c : name) {
-        text.append(c == quote ? 2 : 1, c);
-    }
-    return text + quote;
+/// SQL with values: %Q is a text in its quotes, %w is quoted as the name in double quotes it is.
+std::string Filled(const char* pattern, auto... values) {
+    const std::unique_ptr<char, void (*)(void*)> sql(sqlite3_mprintf(pattern, values...),
+                                                     &sqlite3_free);
+    return sql.get();
 }
 
 struct Level {
@@ -38,28 +39,21 @@ struct Level {
 
 /// A table whose tiles hold "zoom/column/row": all of each level's matrix. `set` is its corners,
 /// `contents` the numbers of gpkg_contents.
-std::string TableSql(const std::string& name, int system, const std::string& set,
-                     const std::string& contents, const std::vector<Level>& levels) {
-    const std::string text = Quoted(name, '\'');
-    const std::string table = Quoted(name, '"');
-    std::string sql = "INSERT INTO gpkg_contents VALUES (" + text + ", 'tiles', NULL, 'about " +
-                      std::to_string(system) + "', '', " + contents +
-                      ", 0);INSERT INTO gpkg_tile_matrix_set VALUES (" + text + ", " +
-                      std::to_string(system) + ", " + set + ");CREATE TABLE " + table +
-                      " (id INTEGER PRIMARY KEY, zoom_level INTEGER, tile_column INTEGER, tile_row "
-                      "INTEGER, tile_data BLOB, UNIQUE (zoom_level, tile_column, tile_row));";
-    for (const Level& level : levels) {
-        const auto number = [](auto value) { return std::to_string(value); };
-        const std::string zoom = number(level.zoom);
-        sql += "INSERT INTO gpkg_tile_matrix VALUES (" + text + ", " + zoom + ", " +
-               number(level.columns) + ", " + number(level.rows) + ", " + number(level.tileSide) +
-               ", " + number(level.tileSide) + ", " + number(level.pixel) + ", " +
-               number(level.pixel) +
-               ");WITH RECURSIVE x(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM x WHERE i + 1 < " +
-               number(level.columns) +
-               "), y(j) AS (SELECT 0 UNION ALL SELECT j + 1 FROM y WHERE j + 1 < " +
-               number(level.rows) + ") INSERT INTO " + table + " SELECT NULL, " + zoom +
-               ", i, j, CAST('" + zoom + "/' || i || '/' || j AS BLOB) FROM x, y;";
+std::string TableSql(const char* name, int system, const char* set, const char* contents,
+                     const std::vector<Level>& levels) {
+    std::string sql = Filled(
+        "INSERT INTO gpkg_contents VALUES (%Q, 'tiles', NULL, 'about %d', '', %s, 0);"
+        "INSERT INTO gpkg_tile_matrix_set VALUES (%Q, %d, %s);"
+        "CREATE TABLE \"%w\" (id INTEGER PRIMARY KEY, zoom_level INTEGER, tile_column INTEGER, "
+        "tile_row INTEGER, tile_data BLOB, UNIQUE (zoom_level, tile_column, tile_row));",
+        name, system, contents, name, system, set, name);
+    for (const auto& [zoom, columns, rows, pixel, side] : levels) {
+        sql += Filled(
+            "INSERT INTO gpkg_tile_matrix VALUES (%Q, %d, %d, %d, %d, %d, %f, %f);"
+            "WITH RECURSIVE x(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM x WHERE i + 1 < %d), "
+            "y(j) AS (SELECT 0 UNION ALL SELECT j + 1 FROM y WHERE j + 1 < %d) INSERT INTO "
+            "\"%w\" SELECT NULL, %d, i, j, CAST('%d/' || i || '/' || j AS BLOB) FROM x, y;",
+            name, zoom, columns, rows, side, side, pixel, pixel, columns, rows, name, zoom, zoom);
     }
     return sql;
 }
@@ -74,7 +68,7 @@ protected:
 TEST_F(GeoPackage, EachTableOfTilesIsAMap) {
     // 78271.5: the pixel of 512 over the Mercator world; 0.703125: of two tiles over the degrees.
     const double world = 20037508.342789244 / 256;
-    const std::string degrees = "-180, -90, 180, 90";
+    const char* degrees = "-180, -90, 180, 90";
     Execute("g.gpkg",
             kTables +
                 TableSql("world", 3857, kMercator, kNoContents,
