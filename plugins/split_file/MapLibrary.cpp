@@ -4,6 +4,7 @@
 #include <set>
 
 #include "plugins/common/SafePath.h"
+#include "plugins/common/kept/KeptSettings.h"
 #include "plugins/split_file/NumberedTiles.h"
 #include "plugins/split_file/TileResource.h"
 #include "terrascope/support/LogSink.h"
@@ -138,6 +139,7 @@ std::shared_ptr<const LibraryReading> ReadMapLibrary(const std::wstring& folder,
     if (!listed) {
         return nullptr;
     }
+    std::erase_if(*listed, [](const FolderFacts& facts) { return IsKeptFolder(facts.name); });
     auto reading = std::make_shared<LibraryReading>();
     MapFolder whole;
     LookAtDescription(folder, start, whole, {kTileResource});

@@ -9,6 +9,7 @@
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/MapRemark.h"
 #include "plugins/common/SafePath.h"
+#include "plugins/common/kept/KeptSettings.h"
 #include "terrascope/tiles/ImageHeader.h"
 
 namespace Terrascope::Plugins {
@@ -87,6 +88,9 @@ std::optional<FirstLevel> ReadFirstLevel(const std::wstring& folder, int zoom) {
 std::vector<std::uint32_t> NumberedFolders(const std::wstring& folder, std::uint32_t end) {
     std::vector<std::uint32_t> numbers;
     for (const FolderFacts& facts : ListFolders(folder).value_or(std::vector<FolderFacts>())) {
+        if (IsKeptFolder(facts.name)) {
+            continue;
+        }
         const auto number = ParseNumber(facts.name, end);
         if (!number) {
             return {};

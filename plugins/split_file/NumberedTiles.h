@@ -12,7 +12,7 @@
 namespace Terrascope::Plugins {
 
 /// The names of all folders in a folder as plain numbers below `end`, ordered; empty when one is
-/// none.
+/// none, but for that of kept tiles.
 std::vector<std::uint32_t> NumberedFolders(const std::wstring& folder, std::uint32_t end);
 
 /// A folder whose tiles are zoom\column\row.ending and which has no description, as tilers leave

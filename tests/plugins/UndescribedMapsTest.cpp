@@ -137,6 +137,10 @@ TEST_F(UndescribedMaps, AreFoldersOfNumberedTiles) {
     EXPECT_EQ(osm, OnlyMap(m_folder / "lib\\osm")) << "the folder itself";
     EXPECT_TRUE(HasTile("osm", "001", "lib\\osm\\3\\3\\2.png"));
 
+    // What is kept of a remote provider's maps lies there.
+    m_folder.MakeFolder("lib\\osm\\Kept");
+    EXPECT_EQ(osm, OnlyMap(m_folder / "lib\\osm"));
+
     // What is not unmistakable is no map.
     for (const char* file : {"lib\\osm\\2\\2\\4.png", "lib\\osm\\2\\2\\2.jpg"}) {
         WriteImage(file);

@@ -16,6 +16,11 @@ constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
 
 }  // namespace
 
+bool IsKeptFolder(std::wstring_view name) {
+    return ::CompareStringOrdinal(name.data(), static_cast<int>(name.size()), kKeptFolder, -1,
+                                  TRUE) == CSTR_EQUAL;
+}
+
 std::uint64_t ReadKeptLimit(const CString& settingsFile, const char* provider) {
     CMemIniFile settings(settingsFile, false);
     const CString text = settings.ReadString(provider, kKey, "");
