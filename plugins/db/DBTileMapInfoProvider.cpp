@@ -17,7 +17,7 @@ std::shared_ptr<const CArchiveLibrary> CDBTileMapInfoProvider::Library() {
     return m_library;
 }
 
-bool CDBTileMapInfoProvider::Reopen() {
+std::shared_ptr<const CArchiveLibrary> CDBTileMapInfoProvider::OpenLibrary() {
     CString dataPath;
     {
         CSingleLock lock(&m_lock, TRUE);
@@ -25,7 +25,7 @@ bool CDBTileMapInfoProvider::Reopen() {
     }
     std::optional<std::wstring> path = ToWide(ViewOf(dataPath));
     if (!path || path->empty()) {
-        return false;
+        return nullptr;
     }
     if (path->back() == L'\\' || path->back() == L'/') {
         path->pop_back();
@@ -34,19 +34,27 @@ bool CDBTileMapInfoProvider::Reopen() {
     if (library == nullptr) {
         LogLine("the data path '%s' is neither an archive nor a folder of them",
                 dataPath.GetString());
-        return false;
     }
-    CSingleLock lock(&m_lock, TRUE);
-    m_library.swap(library);
-    // The former archives are closed behind the lock.
-    lock.Unlock();
+    return library;
+}
+
+void CDBTileMapInfoProvider::Use(std::shared_ptr<const CArchiveLibrary> library) {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_library.swap(library);  // the former archives are closed behind the lock
+    }
     m_remote.ForgetOwnMaps();
-    return true;
 }
 
 bool CDBTileMapInfoProvider::UpdateMapLib(bool flag) {
-    return WithoutThrowing<bool>(kName, [&] { return m_remote.Update(flag); }) &&
-           WithoutThrowing<bool>(kName, [this] { return Reopen(); });
+    return WithoutThrowing<bool>(kName, [&] {
+        auto library = OpenLibrary();
+        const bool isUpdated = library != nullptr && m_remote.Update(flag);
+        if (isUpdated) {
+            Use(std::move(library));
+        }
+        return isUpdated;
+    });
 }
 
 void CDBTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -58,7 +66,10 @@ void CDBTileMapInfoProvider::SetDataPath(const CString& path) {
         const std::wstring data = ToWide(ViewOf(path)).value_or(L"");
         m_remote.KeepIn(LookAtFile(data) ? data.substr(0, data.find_last_of(L"\\/"))
                                          : data.substr(0, data.find_last_not_of(L"\\/") + 1));
-        return Reopen();
+        if (auto library = OpenLibrary(); library != nullptr) {
+            Use(std::move(library));
+        }
+        return true;
     });
 }
 

@@ -27,7 +27,7 @@ public:
 
     ~CDBTileMapInfoProvider() override;
 
-    /// Opens the archives anew, after the remote provider has updated its maps; with the flag,
+    /// Opens the archives anew, and has the remote provider update its maps; with the flag,
     /// kept tiles of maps that are newer there go. False, and the maps stay, when the data path is
     /// neither a file nor a folder, or when a server could not be reached.
     bool UpdateMapLib(bool flag) override;
@@ -41,7 +41,8 @@ public:
 
 private:
     std::shared_ptr<const CArchiveLibrary> Library();
-    bool Reopen();
+    std::shared_ptr<const CArchiveLibrary> OpenLibrary();
+    void Use(std::shared_ptr<const CArchiveLibrary> library);
     std::list<tagTILE_IMAGE*> LoadTile(const LibraryMap& map, int layerNumber, const CString& key);
 
     CRemoteMaps m_remote{*this, kName};

@@ -30,7 +30,7 @@ std::shared_ptr<const MapLibrary> CSplittedFileTileMapInfoProvider::Library() {
     return m_library;
 }
 
-bool CSplittedFileTileMapInfoProvider::Rescan() {
+CSplittedFileTileMapInfoProvider::Scan CSplittedFileTileMapInfoProvider::ReadLibrary() {
     CString dataPath;
     {
         CSingleLock lock(&m_lock, TRUE);
@@ -38,12 +38,12 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
     }
     std::optional<std::wstring> folder = ToWide(ViewOf(dataPath));
     if (!folder || folder->empty()) {
-        return false;
+        return {};
     }
     if (folder->starts_with(L"\\\\")) {
         // The settings reader takes it for a relative path.
         LogLine("the data path '%s' needs a drive letter", dataPath.GetString());
-        return false;
+        return {};
     }
     if (folder->back() == L'\\' || folder->back() == L'/') {
         folder->pop_back();
@@ -51,19 +51,29 @@ bool CSplittedFileTileMapInfoProvider::Rescan() {
     std::shared_ptr<const MapLibrary> library = CLibraryCache::OfProcess().Read(*folder);
     if (library == nullptr) {
         LogLine("the data path '%s' is not a folder that can be read", dataPath.GetString());
-        return false;
+        return {};
     }
-    CSingleLock lock(&m_lock, TRUE);
-    m_library = std::move(library);
-    lock.Unlock();
-    m_remote.KeepIn(*folder);
+    return {*std::move(folder), std::move(library)};
+}
+
+void CSplittedFileTileMapInfoProvider::Use(const Scan& scan) {
+    {
+        CSingleLock lock(&m_lock, TRUE);
+        m_library = scan.library;
+    }
+    m_remote.KeepIn(scan.folder);
     m_remote.ForgetOwnMaps();
-    return true;
 }
 
 bool CSplittedFileTileMapInfoProvider::UpdateMapLib(bool flag) {
-    return Safely<bool>([&] { return m_remote.Update(flag); }) &&
-           Safely<bool>([this] { return Rescan(); });
+    return Safely<bool>([&] {
+        const Scan scan = ReadLibrary();
+        const bool isUpdated = scan.library != nullptr && m_remote.Update(flag);
+        if (isUpdated) {
+            Use(scan);
+        }
+        return isUpdated;
+    });
 }
 
 void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
@@ -72,7 +82,11 @@ void CSplittedFileTileMapInfoProvider::SetDataPath(const CString& path) {
             CSingleLock lock(&m_lock, TRUE);
             m_dataPath = path;
         }
-        return Rescan();
+        const Scan scan = ReadLibrary();
+        if (scan.library != nullptr) {
+            Use(scan);
+        }
+        return true;
     });
 }
 

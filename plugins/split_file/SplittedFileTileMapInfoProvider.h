@@ -28,8 +28,8 @@ public:
 
     ~CSplittedFileTileMapInfoProvider() override;
 
-    /// Reads what has changed in the library since it was last read in this process, after the
-    /// remote provider has updated its maps; with the flag, kept tiles of maps that are newer there
+    /// Reads what has changed in the library since it was last read in this process, and has the
+    /// remote provider update its maps; with the flag, kept tiles of maps that are newer there
     /// go. False, and the maps stay, when the folder cannot be read, or when a server could not be
     /// reached.
     bool UpdateMapLib(bool flag) override;
@@ -43,7 +43,12 @@ public:
 
 private:
     std::shared_ptr<const MapLibrary> Library();
-    bool Rescan();
+    struct Scan {
+        std::wstring folder;
+        std::shared_ptr<const MapLibrary> library;  ///< null: the folder cannot be read
+    };
+    Scan ReadLibrary();
+    void Use(const Scan& scan);
     std::list<tagTILE_IMAGE*> LoadTile(const MapDescription& map,
                                        const tagTILE_MAP_LAYER_INFO& layer, const CString& key);
 

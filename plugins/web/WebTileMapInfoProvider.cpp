@@ -255,7 +255,7 @@ std::optional<std::vector<tagTILE_MAP_INFO>> CWebTileMapInfoProvider::MapsNow() 
 std::string CWebTileMapInfoProvider::Identity() {
     return Safely<std::string>([this] {
         CSingleLock lock(&m_lock, TRUE);
-        return HashOf(m_dataPath);
+        return m_dataPath.empty() ? std::string() : HashOf(m_dataPath);
     });
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
+#include <utility>
 
 #include "plugins/common/FolderFiles.h"
 #include "plugins/common/MapRemark.h"
@@ -10,7 +11,7 @@
 #include "plugins/common/SafePath.h"
 #include "plugins/common/TileGrid.h"
 #include "plugins/common/TileImageHeader.h"
-#include "terrascope/support/LogSink.h"
+#include "plugins/common/kept/KeptRemoval.h"
 #include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::uint64_t kTimeForTile = 1000;  // milliseconds
 constexpr std::size_t kLongestField = 1024;   // bytes, of a header's value
-constexpr std::size_t kLongestNote = 400;
 
 /// In the order of their names, by which they are compared with what a file has.
 constexpr std::array<const char*, 4> kTables{
@@ -45,10 +45,6 @@ constexpr char kTileQuery[] =
     "WHERE t.zoom_level = ?1 AND t.tile_column = ?2 AND t.tile_row = ?3 AND "
     "EXISTS (SELECT 1 FROM metadata WHERE name = 'kept_grid' AND value = ?4)";
 constexpr char kAtPlace[] = " WHERE zoom_level = ?1 AND tile_column = ?2 AND tile_row = ?3";
-
-CString Shown(const std::wstring& path) {
-    return NarrowFromUtf8(Utf8FromWide(path), kLongestNote);
-}
 
 std::string Utf8(const CString& text) {
     return Utf8FromWide(ToWide(ViewOf(text)).value_or(L""));
@@ -101,21 +97,29 @@ void Recover(const std::wstring& path) {
     }
 }
 
-/// The path may have a file that others have open meanwhile: they see that it is no longer in its
-/// place.
-void MoveAside(const std::wstring& path) {
-    const std::wstring aside = path + L".damaged";
-    ::MoveFileExW(path.c_str(), aside.c_str(), MOVEFILE_REPLACE_EXISTING);
-    ::DeleteFileW((path + L"-journal").c_str());  // it is of no other file
-    LogLine("'%s' is damaged: it is called '.damaged' from now on, and a new one is begun",
-            Shown(path).GetString());
-}
-
 std::string BoundsOf(const tagTILE_MAP_INFO& info) {
     return TextOfReal(info.dLongitudeStart) + ',' +
            TextOfReal(MercatorLatitude(info.dLatitudeStart)) + ',' +
            TextOfReal(info.dLongitudeStart + info.dLongitude) + ',' +
            TextOfReal(MercatorLatitude(info.dLatitudeStart + info.dLatitude));
+}
+
+/// The rows of the metadata that describe a map; those with an empty value are left out.
+std::vector<std::pair<const char*, std::string>> MetadataFor(const KeptMap& map) {
+    const MapRemarkParts remark = PartsOf(map.info.strRemark);
+    std::string description = Utf8(remark.description);
+    if (!map.IsOnWorldGrid()) {
+        description += (description.empty() ? "" : " ") + std::string(kOwnGridNote);
+    }
+    return {{"bounds", map.IsOnWorldGrid() ? BoundsOf(map.info) : std::string()},
+            {"name", Utf8(map.info.strName)},
+            {"type", "baselayer"},
+            {"description", description},
+            {"attribution", Utf8(remark.attribution)},
+            {"minzoom", std::to_string(map.layers.front().nLayerNumber)},
+            {"maxzoom", std::to_string(map.layers.back().nLayerNumber)},
+            {kSourceRow, map.Key()},
+            {kGridRow, map.GridText()}};
 }
 
 }  // namespace
@@ -125,14 +129,30 @@ std::int64_t SecondsNow() {
 }
 
 bool HasKeptTiles(const std::wstring& path) {
-    std::string ignored;
-    const auto database = CSqliteConnection::Open(path, ignored);
-    if (database == nullptr) {
-        return false;
+    constexpr int kAttempts = 2;  // the second one after a killed writer's journal is gone
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        {
+            std::string ignored;
+            const auto database = CSqliteConnection::Open(path, ignored);
+            if (database == nullptr) {
+                return false;
+            }
+            database->AllowTime(kTimeForTile);
+            SqliteFailure failure = SqliteFailure::None;
+            const Tables tables = TablesOf(*database, failure);
+            if (failure != SqliteFailure::Unfinished) {
+                return tables == Tables::Ours && failure == SqliteFailure::None;
+            }
+        }
+        Recover(path);
     }
-    database->AllowTime(kTimeForTile);
+    return false;
+}
+
+bool IsFileOf(CSqliteWriter& database, const KeptMap& map) {
     SqliteFailure failure = SqliteFailure::None;
-    return TablesOf(*database, failure) == Tables::Ours && failure == SqliteFailure::None;
+    return TablesOf(database, failure) == Tables::Ours && failure == SqliteFailure::None &&
+           MetadataOf(database, kSourceRow) == map.Key();
 }
 
 std::unique_ptr<CKeptReader> CKeptReader::Open(const std::wstring& folder, const KeptMap& map) {
@@ -200,11 +220,10 @@ std::unique_ptr<CKeptWriter> CKeptWriter::Open(const std::wstring& folder, const
         if (writer != nullptr) {
             return writer;
         }
-        if (content == Content::Damaged) {
-            MoveAside(path);
-        } else if (content == Content::Others && path != own) {
+        if (content == Content::Others && path != own) {
             path = own;
-        } else if (failure != SqliteFailure::None || content == Content::Others) {
+        } else if (content != Content::Damaged &&
+                   (failure != SqliteFailure::None || content == Content::Others)) {
             break;
         }
     }
@@ -234,7 +253,10 @@ std::unique_ptr<CKeptWriter> CKeptWriter::OpenAt(const std::wstring& path, const
     for (const char* setting : {vacuum, "PRAGMA cache_spill = OFF", "BEGIN IMMEDIATE"}) {
         failure = writer->m_database->Run(setting);
         if (failure != SqliteFailure::None) {
-            content = failure == SqliteFailure::Damaged ? Content::Damaged : content;
+            if (failure == SqliteFailure::Damaged) {
+                content = Content::Damaged;
+                MoveAside(*writer->m_file, *writer->m_database);
+            }
             return nullptr;
         }
     }
@@ -242,6 +264,11 @@ std::unique_ptr<CKeptWriter> CKeptWriter::OpenAt(const std::wstring& path, const
         return nullptr;  // the next attempt has the one that is
     }
     content = writer->Look(map);
+    if (content == Content::Damaged) {
+        MoveAside(*writer->m_file, *writer->m_database);
+        return nullptr;
+    }
+    writer->m_isNew = content == Content::New;
     if (content == Content::New) {
         for (const std::size_t table : kOrder) {
             CSqliteStatement create = writer->m_database->Prepare(kTables[table]);
@@ -250,9 +277,8 @@ std::unique_ptr<CKeptWriter> CKeptWriter::OpenAt(const std::wstring& path, const
         writer->Describe(map);
     } else if (content != Content::Ours) {
         return nullptr;
-    } else if (MetadataOf(*writer->m_database, kGridRow) != map.GridText()) {
-        writer->DropAll();
-        writer->Describe(map);
+    } else {
+        writer->DescribeAnew(map);
     }
     writer->m_hasFormat = !MetadataOf(*writer->m_database, "format").empty();
     return writer;
@@ -274,26 +300,27 @@ CKeptWriter::Content CKeptWriter::Look(const KeptMap& map) {
 }
 
 void CKeptWriter::Describe(const KeptMap& map) {
-    CSqliteStatement clear = m_database->Prepare("DELETE FROM metadata");
+    CSqliteStatement clear = m_database->Prepare("DELETE FROM metadata WHERE name <> 'format'");
     Run(clear);
     CSqliteStatement mark = m_database->Prepare("PRAGMA application_id = 0x4d504258");
     Run(mark);
-    const MapRemarkParts remark = PartsOf(map.info.strRemark);
-    std::string description = Utf8(remark.description);
-    if (map.IsOnWorldGrid()) {
-        PutMetadata("bounds", BoundsOf(map.info));
-    } else {
-        description += (description.empty() ? "" : " ") + std::string(kOwnGridNote);
+    for (const auto& [name, value] : MetadataFor(map)) {
+        PutMetadata(name, value);
     }
-    PutMetadata("name", Utf8(map.info.strName));
-    PutMetadata("type", "baselayer");
-    PutMetadata("description", description);
-    PutMetadata("attribution", Utf8(remark.attribution));
-    PutMetadata("minzoom", std::to_string(map.layers.front().nLayerNumber));
-    PutMetadata("maxzoom", std::to_string(map.layers.back().nLayerNumber));
-    PutMetadata(kSourceRow, map.Key());
-    PutMetadata(kGridRow, map.GridText());
-    m_hasFormat = false;
+}
+
+void CKeptWriter::DescribeAnew(const KeptMap& map) {
+    if (MetadataOf(*m_database, kGridRow) != map.GridText()) {
+        DropAll();
+        CSqliteStatement clear = m_database->Prepare("DELETE FROM metadata");
+        Run(clear);
+    }
+    const auto metadata = MetadataFor(map);
+    if (std::any_of(metadata.begin(), metadata.end(), [this](const auto& row) {
+            return MetadataOf(*m_database, row.first) != row.second;
+        })) {
+        Describe(map);
+    }
 }
 
 void CKeptWriter::PutMetadata(const char* name, const std::string& value) {
@@ -369,8 +396,7 @@ SqliteFailure CKeptWriter::Commit() {
     CSqliteStatement commit = m_database->Prepare("COMMIT");
     Run(commit);
     if (m_failure == SqliteFailure::Damaged) {
-        m_database.reset();
-        MoveAside(m_file->Path());
+        MoveAside(*m_file, *m_database);
     }
     return m_failure;
 }

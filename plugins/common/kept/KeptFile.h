@@ -29,8 +29,12 @@ struct KeptTile {
 /// Seconds since 1970, UTC.
 std::int64_t SecondsNow();
 
-/// Whether a file is one of kept tiles, of any map and source, and may be changed.
+/// Whether a file is one of kept tiles, of any map and source, and may be changed. What a writer
+/// that was killed left half done is undone.
 bool HasKeptTiles(const std::wstring& path);
+
+/// Whether a database is the file of that map's tiles.
+bool IsFileOf(CSqliteWriter& database, const KeptMap& map);
 
 /// A connection for reading a map's tiles. Threads: one at a time.
 class CKeptReader {
@@ -65,6 +69,7 @@ public:
                                              SqliteFailure& failure);
 
     const std::wstring& Path() const { return m_file->Path(); }
+    bool IsNew() const { return m_isNew; }  ///< made by this change
 
     void Keep(const KeptPlace& place, std::span<const std::uint8_t> bytes,
               const TileFreshness& freshness);
@@ -85,6 +90,7 @@ private:
                                                SqliteFailure& failure, Content& content);
     Content Look(const KeptMap& map);
     void Describe(const KeptMap& map);
+    void DescribeAnew(const KeptMap& map);
     void PutMetadata(const char* name, const std::string& value);
     CSqliteStatement At(const KeptPlace& place, std::string_view sql);
     void Run(CSqliteStatement& statement);
@@ -93,6 +99,7 @@ private:
     std::unique_ptr<CSqliteWriter> m_database;
     SqliteFailure m_failure = SqliteFailure::None;  ///< the first one
     bool m_hasFormat = false;
+    bool m_isNew = false;
 };
 
 }  // namespace Terrascope::Plugins

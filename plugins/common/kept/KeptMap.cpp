@@ -75,15 +75,21 @@ std::shared_ptr<const KeptMap> KeptMap::Make(const std::string& identity,
     map->info = info;
     map->layers = std::move(layers);
     map->tilesSince = info.stUpdateTime;
+    map->m_identity = identity;
     map->m_key = identity + " " + Utf8FromWide(*folded);
     const std::wstring extension = WideFromUtf8(kExtension);
     const std::wstring stem = SafeStem(*name, DigestOf(Utf8FromWide(*folded)));
     map->m_fileName = stem + extension;
     map->m_ownFileName = stem + L'-' + WideFromUtf8(identity.substr(0, kDigits)) + extension;
     map->PlaceOnWorldGrid();
+    map->m_gridText =
+        std::to_string(info.nTileWidth) + 'x' + std::to_string(info.nTileHeight) + ' ';
+    if (map->m_isOnWorldGrid) {
+        map->m_gridText += "world";  // a tile's place is the same whatever part of it the map is
+        return map;
+    }
     for (const double number :
-         {info.dLongitudeStart, info.dLatitudeStart, info.dLongitude, info.dLatitude,
-          double{1} * info.nTileWidth, double{1} * info.nTileHeight}) {
+         {info.dLongitudeStart, info.dLatitudeStart, info.dLongitude, info.dLatitude}) {
         map->m_gridText += TextOfReal(number) + ' ';
     }
     for (const tagTILE_MAP_LAYER_INFO& layer : map->layers) {
@@ -91,7 +97,7 @@ std::shared_ptr<const KeptMap> KeptMap::Make(const std::string& identity,
                            std::to_string(layer.nTileCountX) + 'x' +
                            std::to_string(layer.nTileCountY) + ' ';
     }
-    map->m_gridText += map->m_isOnWorldGrid ? "world" : "own";
+    map->m_gridText += "own";
     return map;
 }
 

@@ -40,6 +40,7 @@ public:
     /// The update time of the map that the kept tiles come from, or of an earlier one.
     SYSTEMTIME tilesSince{};
 
+    const std::string& Identity() const { return m_identity; }  ///< the source's
     bool IsOnWorldGrid() const { return m_isOnWorldGrid; }
     /// Whose it is: the same for names that differ in case alone. UTF-8.
     const std::string& Key() const { return m_key; }
@@ -58,6 +59,7 @@ private:
     KeptMap() = default;
     void PlaceOnWorldGrid();
 
+    std::string m_identity;
     std::string m_key;
     std::wstring m_fileName;
     std::wstring m_ownFileName;

@@ -1,6 +1,7 @@
 #include "plugins/common/kept/KeptTiles.h"
 
 #include <algorithm>
+#include <set>
 #include <system_error>
 
 #include "plugins/common/FolderFiles.h"
@@ -8,6 +9,7 @@
 #include "plugins/common/WithoutThrowing.h"
 #include "plugins/common/kept/KeptDescriptions.h"
 #include "plugins/common/kept/KeptLimit.h"
+#include "plugins/common/kept/KeptRemoval.h"
 
 namespace Terrascope::Plugins {
 namespace {
@@ -120,10 +122,11 @@ CKeptTiles::Answer CKeptTiles::FindIn(const CKeptWork& work, const KeptMap& map,
             return Answer::NotKept;
         case KeptChange::Refresh:
             freshness = freshness ? freshness : change.freshness;
-            return Answer::Unknown;
+            break;
         default:
-            return Answer::Unknown;
+            break;
     }
+    return changes->dropsAll ? Answer::NotKept : Answer::Unknown;
 }
 
 std::optional<KeptTile> CKeptTiles::Find(const Map& map, const KeptPlace& place) {
@@ -267,14 +270,16 @@ void CKeptTiles::WriteAll() {
         CSignal::WaitForEither(m_hasWork, m_ends, INFINITE);
         CSignal::WaitForEither(m_hasMuch, m_ends, kBatchTime);
         isLast = m_ends.Wait(0);
-        if (const auto work = TakeWork(); !work->IsEmpty()) {
-            WithoutThrowing<bool>("kept tiles", [&] {
+        WithoutThrowing<bool>("kept tiles", [&] {
+            const auto work = TakeWork();
+            if (!work->IsEmpty()) {
                 Write(*work);
-                return true;
-            });
-            CSingleLock lock(&m_lock, TRUE);
-            m_written.reset();
-        }
+            }
+            return true;
+        });
+        std::shared_ptr<const CKeptWork> written;  // goes behind the lock
+        CSingleLock lock(&m_lock, TRUE);
+        m_written.swap(written);
     }
 }
 
@@ -310,20 +315,30 @@ void CKeptTiles::Write(const CKeptWork& work) {
     if (!MakeFolder()) {
         return;
     }
-    for (const auto& [identity, text] : work.Descriptions()) {
-        if (!ReplaceFile(PathOf(identity), text)) {
-            LogOnce("cannot be written to: ", "descriptions");
-        }
-    }
+    std::set<std::string> unfinished;  // sources whose descriptions would hide that tiles are older
     for (const auto& [key, map] : work.Maps()) {
-        SqliteFailure failure = WriteMap(map);
-        for (int i = 1; i < kAttempts && failure == SqliteFailure::Locked && MayWait(); ++i) {
+        SqliteFailure failure = SqliteFailure::Locked;
+        for (int i = 0; i < kAttempts && failure == SqliteFailure::Locked && MayWait(); ++i) {
             failure = WriteMap(map);
         }
-        if (failure != SqliteFailure::None) {
-            LogOnce("cannot be written to: ", failure == SqliteFailure::Locked
-                                                  ? "another program has a file locked"
-                                                  : "the disk is full, or it is protected");
+        if (failure == SqliteFailure::None) {
+            continue;
+        }
+        LogOnce("cannot be written to: ", failure == SqliteFailure::Locked
+                                              ? "another program has a file locked"
+                                              : "the disk is full, or it is protected");
+        if (map.dropsAll) {
+            unfinished.insert(map.map->Identity());
+            CSingleLock lock(&m_lock, TRUE);
+            m_waiting->PutBackDrop(map.map);
+        }
+    }
+    for (const auto& [identity, text] : work.Descriptions()) {
+        if (unfinished.contains(identity)) {
+            CSingleLock lock(&m_lock, TRUE);
+            m_waiting->PutBackDescription(identity, text);
+        } else if (!ReplaceFile(PathOf(identity), text)) {
+            LogOnce("cannot be written to: ", "descriptions");
         }
     }
     if (!m_ends.Wait(0)) {
@@ -331,11 +346,26 @@ void CKeptTiles::Write(const CKeptWork& work) {
     }
 }
 
+void CKeptTiles::CloseReaders() {
+    std::map<std::string, std::shared_ptr<Readers>> readers;  // closed behind the lock
+    CSingleLock lock(&m_lock, TRUE);
+    m_readers.swap(readers);
+}
+
 SqliteFailure CKeptTiles::WriteMap(const KeptMapWork& work) {
     const std::uint64_t lastWait = ::GetTickCount64() + kLockWait;
     const auto mayWait = [&] { return ::GetTickCount64() < lastWait && MayWait(); };
-    SqliteFailure failure = SqliteFailure::None;
     bool dropsAll = work.dropsAll;
+    if (dropsAll) {
+        const SqliteFailure removal = RemoveMap(m_folder, *work.map, mayWait);
+        if (removal == SqliteFailure::Locked) {
+            return removal;
+        }
+        dropsAll = removal != SqliteFailure::None;  // if need be, tile by tile
+        CloseReaders();                             // they notice it only after a while
+    }
+    SqliteFailure failure = SqliteFailure::None;
+    bool mayBeEmpty = dropsAll;
     auto change = work.tiles.begin();
     std::wstring path;
     // A transaction for each batch, so that readers have their turn between two of them.
@@ -349,8 +379,10 @@ SqliteFailure CKeptTiles::WriteMap(const KeptMapWork& work) {
         }
         for (std::size_t i = 0; i < kBatchTiles && change != work.tiles.end(); ++i, ++change) {
             Apply(*writer, change->first, change->second);
+            mayBeEmpty = mayBeEmpty || change->second.kind == KeptChange::Drop;
         }
         dropsAll = false;
+        mayBeEmpty = mayBeEmpty || writer->IsNew();
         path = writer->Path();
         failure = writer->Commit();
         if (!MayWait()) {
@@ -360,7 +392,7 @@ SqliteFailure CKeptTiles::WriteMap(const KeptMapWork& work) {
     const bool keepsAny = std::any_of(work.tiles.begin(), work.tiles.end(), [](const auto& entry) {
         return entry.second.kind == KeptChange::Keep;
     });
-    if (failure == SqliteFailure::None && !keepsAny) {
+    if (failure == SqliteFailure::None && mayBeEmpty && !keepsAny) {
         DeleteIfEmpty(path, mayWait);
     }
     return failure;

@@ -69,6 +69,7 @@ private:
     std::shared_ptr<const CKeptWork> TakeWork();
     void Write(const CKeptWork& work);
     SqliteFailure WriteMap(const KeptMapWork& work);
+    void CloseReaders();
     bool MakeFolder();
     bool MayWait() const;
     void LogOnce(const char* what, const std::string& reason);

@@ -32,6 +32,9 @@ void CKeptWork::Add(const std::shared_ptr<const KeptMap>& map, const KeptPlace& 
     if (!isNew && change.kind == KeptChange::Touch) {
         return;  // what waits uses it too
     }
+    if (!isNew && change.kind == KeptChange::Refresh && former.kind == KeptChange::Drop) {
+        return;  // there is nothing left that could be fresh
+    }
     if (!isNew && change.kind == KeptChange::Refresh && former.kind == KeptChange::Keep) {
         former.freshness = std::move(change.freshness);
         return;
@@ -44,6 +47,12 @@ void CKeptWork::Add(const std::shared_ptr<const KeptMap>& map, const KeptPlace& 
 void CKeptWork::DropAll(const std::shared_ptr<const KeptMap>& map) {
     KeptMapWork& work = Of(map);
     DropTiles(work);
+    work.dropsAll = true;
+}
+
+void CKeptWork::PutBackDrop(const std::shared_ptr<const KeptMap>& map) {
+    KeptMapWork& work = m_maps[map->Key()];
+    work.map = work.map != nullptr ? work.map : map;
     work.dropsAll = true;
 }
 

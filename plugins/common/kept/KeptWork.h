@@ -36,6 +36,11 @@ public:
     void Describe(const std::string& identity, const std::string& text) {
         m_descriptions[identity] = text;
     }
+    /// What could not be written, and comes before what was added since.
+    void PutBackDrop(const std::shared_ptr<const KeptMap>& map);
+    void PutBackDescription(const std::string& identity, const std::string& text) {
+        m_descriptions.try_emplace(identity, text);
+    }
 
     /// Null when nothing is to be written for that grid of the map.
     const KeptMapWork* Find(const KeptMap& map) const;

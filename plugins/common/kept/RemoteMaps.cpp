@@ -1,23 +1,23 @@
 #include "plugins/common/kept/RemoteMaps.h"
 
 #include <algorithm>
-#include <typeinfo>
 #include <utility>
 
 #include "plugins/common/TileDelivery.h"
 #include "plugins/common/WithoutThrowing.h"
 #include "plugins/common/kept/KeptSettings.h"
+#include "plugins/common/kept/RemoteIdentity.h"
 #include "terrascope/support/text/MultibyteText.h"
 
 namespace Terrascope::Plugins {
 namespace {
 
-constexpr std::int64_t kUsualAge =
-    std::int64_t{7} * 24 * 3600;                     // seconds, of a tile without a server's word
 constexpr std::uint64_t kBetweenRefreshes = 10'000;  // milliseconds
-constexpr std::uint64_t kBetweenLooks = 250;
-constexpr std::uint64_t kPauseAfterFailure = 60'000;
-constexpr std::size_t kMostPauses = 10'000;
+constexpr std::uint64_t kBetweenLooks = 250;         // until the remote provider's maps are there,
+constexpr std::uint64_t kBetweenComparisons = 10'000;  // and then
+constexpr std::int64_t kDay = 24 * 3600;               // seconds
+constexpr std::int64_t kLongestAge = 365 * kDay;
+constexpr std::int64_t kUsualAge = 7 * kDay;  // of a tile without a server's word
 
 /// The records that a provider returned, which it leaves to the caller.
 template <class TRecord>
@@ -37,6 +37,13 @@ std::string NameOf(const KeptMap& map, const KeptPlace& place) {
            std::to_string(place.row);
 }
 
+/// A time that a clock that was wrong has left does not count.
+bool IsExpired(const TileFreshness& freshness) {
+    const std::int64_t now = SecondsNow();
+    return freshness.expires <= now || freshness.fetched > now + kDay ||
+           freshness.expires > now + kLongestAge + kDay;
+}
+
 }  // namespace
 
 void CRemoteMaps::KeepIn(const std::wstring& folder) {
@@ -50,13 +57,14 @@ void CRemoteMaps::KeepIn(const std::wstring& folder) {
 }
 
 void CRemoteMaps::End() {
-    Link link;
     {
         CSingleLock lock(&m_lock, TRUE);
-        link = m_link;
+        if (std::exchange(m_hasEnded, true)) {
+            return;  // the remote provider may be gone already
+        }
     }
-    if (link.source != nullptr) {
-        link.source->Cancel();
+    if (auto* source = dynamic_cast<IRemoteSource*>(m_local.m_pRemoteProvider)) {
+        source->Cancel();
     }
     m_tasks.End();
     CSingleLock lock(&m_lock, TRUE);
@@ -77,15 +85,13 @@ CRemoteMaps::Link CRemoteMaps::Attached() {
     link.provider = m_local.m_pRemoteProvider;
     if (link.provider != nullptr) {
         link.source = dynamic_cast<IRemoteSource*>(link.provider);
-        // A class's name is all that is known of another plug-in's provider.
-        link.identity = link.source != nullptr
-                            ? link.source->Identity()
-                            : DigestOf(std::string("remote ") + typeid(*link.provider).name());
+        link.identity =
+            link.source != nullptr ? link.source->Identity() : IdentityOf(*link.provider);
         const bool isFolder = !folder.empty();
         const bool hasOwnFiles = dynamic_cast<IHasOwnFiles*>(link.provider) != nullptr;
         const std::uint64_t limit = isFolder && !hasOwnFiles ? ReadKeptLimit(m_name) : 0;
         if (limit > 0 && !link.identity.empty()) {
-            link.kept = CKeptTiles::Of(folder + L"\\kept", limit);
+            link.kept = CKeptTiles::Of(folder + L'\\' + kKeptFolder, limit);
         }
     }
     CSingleLock lock(&m_lock, TRUE);
@@ -106,7 +112,11 @@ CRemoteMaps::LibraryPtr CRemoteMaps::FromKept(const Link& link) {
     if (maps.empty()) {
         return nullptr;
     }
-    LibraryPtr library = RemoteLibrary::Make(std::move(maps), false);
+    std::vector<tagTILE_MAP_INFO> records;
+    for (const MapPtr& map : maps) {
+        records.push_back(map->info);
+    }
+    LibraryPtr library = RemoteLibrary::Make(std::move(maps), std::move(records), false);
     CSingleLock lock(&m_lock, TRUE);
     m_library = m_library != nullptr ? m_library : library;
     return m_library;
@@ -114,7 +124,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::FromKept(const Link& link) {
 
 CRemoteMaps::LibraryPtr CRemoteMaps::Publish(const Link& link,
                                              const std::vector<tagTILE_MAP_INFO>& maps,
-                                             bool dropsNewer) {
+                                             bool isCurrent, bool dropsNewer) {
     LibraryPtr former = Current();
     former = former != nullptr ? former : FromKept(link);
     KeptMaps made;
@@ -138,7 +148,7 @@ CRemoteMaps::LibraryPtr CRemoteMaps::Publish(const Link& link,
         }
         made.push_back(std::move(map));
     }
-    LibraryPtr library = RemoteLibrary::Make(std::move(made), true);
+    LibraryPtr library = RemoteLibrary::Make(std::move(made), maps, isCurrent);
     if (former == nullptr || former->text != library->text) {
         link.kept->Describe(link.identity, library->text);
     }
@@ -156,32 +166,47 @@ CRemoteMaps::LibraryPtr CRemoteMaps::Maps(const Link& link, bool mayWait) {
         if (const auto maps = link.source->MapsNow()) {
             const bool isSame =
                 library != nullptr && library->isCurrent && library->HasRecords(*maps);
-            return isSame ? library : Publish(link, *maps, false);
+            return isSame ? library : Publish(link, *maps, true, false);
         }
     }
     library = library != nullptr ? library : FromKept(link);
-    if (library != nullptr) {
+    if (library != nullptr && link.source != nullptr) {
         RefreshLater(link);
         return library;
     }
-    const auto maps =
-        mayWait ? Taken(link.provider->GetMapList()) : std::vector<tagTILE_MAP_INFO>();
-    return maps.empty() ? nullptr : Publish(link, maps, false);
+    if (!mayWait) {
+        return library;
+    }
+    const bool isDue = IsRefreshDue();
+    if (library != nullptr && !isDue) {
+        return library;
+    }
+    const auto maps = Taken(link.provider->GetMapList());
+    const auto all = link.source != nullptr ? link.source->MapsNow() : std::optional(maps);
+    if (all && !all->empty()) {
+        return Publish(link, *all, true, false);
+    }
+    // Better than nothing, though some servers' maps are missing.
+    return maps.empty() ? library : Publish(link, maps, false, false);
+}
+
+bool CRemoteMaps::IsRefreshDue() {
+    CSingleLock lock(&m_lock, TRUE);
+    const std::uint64_t now = ::GetTickCount64();
+    const bool isDue = now >= m_nextRefresh;
+    m_nextRefresh = isDue ? now + kBetweenRefreshes : m_nextRefresh;
+    return isDue;
 }
 
 void CRemoteMaps::RefreshLater(const Link& link) {
-    {
-        CSingleLock lock(&m_lock, TRUE);
-        const std::uint64_t now = ::GetTickCount64();
-        if (now < m_nextRefresh) {
-            return;
-        }
-        m_nextRefresh = now + kBetweenRefreshes;
+    if (!IsRefreshDue()) {
+        return;
     }
     m_tasks.Add("maps", [this, link] {
-        const auto maps = Taken(link.provider->GetMapList());
-        if (!maps.empty()) {
-            Publish(link, maps, false);
+        Taken(link.provider->GetMapList());  // waits for the servers
+        const auto maps = link.source->MapsNow();
+        if (maps && !maps->empty()) {
+            Publish(link, *maps, true, false);
         }
     });
 }
@@ -196,9 +221,7 @@ void CRemoteMaps::AppendMaps(std::list<tagTILE_MAP_INFO*>& maps,
     if (link.kept == nullptr) {
         others = Taken(link.provider->GetMapList());
     } else if (const LibraryPtr library = Maps(link, true); library != nullptr) {
-        for (const MapPtr& map : library->maps) {
-            others.push_back(map->info);
-        }
+        others = library->records;
     }
     for (const tagTILE_MAP_INFO& map : others) {
         if (!isOwn(map.strName)) {
@@ -255,14 +278,16 @@ bool CRemoteMaps::Update(bool flag) {
     }
     const bool isUpdated =
         WithoutThrowing<bool>(m_name, [&] { return link.provider->UpdateMapLib(flag); });
-    if (link.source != nullptr && !isUpdated) {
+    const bool isToBeReached = link.source != nullptr && !link.identity.empty();
+    if (isToBeReached && !isUpdated) {
         return false;
     }
     if (link.kept != nullptr) {
-        auto maps = link.source != nullptr ? link.source->MapsNow() : std::nullopt;
-        maps = maps ? std::move(maps) : Taken(link.provider->GetMapList());
-        if (!maps->empty()) {
-            Publish(link, *maps, flag);
+        const auto maps = link.source != nullptr
+                              ? link.source->MapsNow()
+                              : std::optional(Taken(link.provider->GetMapList()));
+        if (maps && !maps->empty()) {
+            Publish(link, *maps, true, flag);
         }
     }
     m_same.Forget();
@@ -278,8 +303,9 @@ CRemoteMaps::MapPtr CRemoteMaps::FindForTile(const Link& link, const CString& na
         CSingleLock lock(&m_lock, TRUE);
         library = m_library;
         const std::uint64_t now = ::GetTickCount64();
-        if ((library == nullptr || !library->isCurrent) && now >= m_nextLook) {
-            m_nextLook = now + kBetweenLooks;
+        if (now >= m_nextLook) {
+            const bool isCurrent = library != nullptr && library->isCurrent;
+            m_nextLook = now + (isCurrent ? kBetweenComparisons : kBetweenLooks);
             isLookDue = true;
         }
     }
@@ -329,10 +355,12 @@ std::list<tagTILE_IMAGE*> CRemoteMaps::FillGap(const tagTILE_MAP_INFO& map,
 
 RemoteTile CRemoteMaps::Ask(const Link& link, const KeptMap& map, int layerNumber,
                             const CString& key, const TileFreshness* known) {
-    if (link.source != nullptr) {
-        return link.source->LoadTile(map.info.strName, layerNumber, key, known);
-    }
     RemoteTile tile;
+    if (link.source != nullptr) {
+        tile = link.source->LoadTile(map.info.strName, layerNumber, key, known);
+        tile.freshness.expires = std::min(tile.freshness.expires, SecondsNow() + kLongestAge);
+        return tile;
+    }
     std::vector<std::unique_ptr<tagTILE_IMAGE>> images;
     for (tagTILE_IMAGE* image : link.provider->LoadTiles(map.info.strName, layerNumber, {key})) {
         images.emplace_back(image);
@@ -354,52 +382,58 @@ std::list<tagTILE_IMAGE*> CRemoteMaps::LoadTile(const Link& link, const MapPtr& 
     if (!place) {
         return {};
     }
-    if (const auto tile = link.kept->Find(map, *place)) {
-        if (tile->freshness.expires <= SecondsNow()) {
-            AskAgainLater(link, map, *place, key, tile->freshness);
+    const auto kept = link.kept->Find(map, *place);
+    const std::string name = kept ? NameOf(*map, *place) : std::string();
+    if (kept && (!IsExpired(kept->freshness) || !m_pauses.MayTry(name) || link.source != nullptr)) {
+        if (link.source != nullptr && IsExpired(kept->freshness) && m_pauses.MayTry(name)) {
+            AskAgainLater(link, map, *place, key, kept->freshness);
         }
-        return OneTile(*address, key, tile->bytes);
+        return OneTile(*address, key, kept->bytes);
     }
-    const RemoteTile tile = Ask(link, *map, address->layer, key, nullptr);
+    const auto tile = WithoutThrowing<RemoteTile>(
+        m_name, [&] { return Ask(link, *map, address->layer, key, nullptr); });
     if (tile.outcome != RemoteOutcome::Here || tile.bytes.empty()) {
-        return {};
+        if (kept) {
+            m_pauses.NoteFailure(name);
+        }
+        return kept ? OneTile(*address, key, kept->bytes) : std::list<tagTILE_IMAGE*>();
     }
-    if (tile.freshness.mayBeKept) {
+    if (tile.freshness.mayBeKept && IsPresent(link, *map)) {
         link.kept->Keep(map, *place, tile.bytes, tile.freshness);
     }
     return OneTile(*address, key, tile.bytes);
 }
 
-bool CRemoteMaps::MayTry(const std::string& tile) {
-    CSingleLock lock(&m_lock, TRUE);
-    const auto pause = m_pauses.find(tile);
-    return pause == m_pauses.end() || ::GetTickCount64() >= pause->second;
-}
-
-void CRemoteMaps::NoteFailure(const std::string& tile) {
-    const std::uint64_t now = ::GetTickCount64();
-    CSingleLock lock(&m_lock, TRUE);
-    if (m_pauses.size() >= kMostPauses) {
-        std::erase_if(m_pauses, [now](const auto& pause) { return pause.second <= now; });
+bool CRemoteMaps::IsPresent(const Link& link, const KeptMap& map) {
+    const std::unique_ptr<tagTILE_MAP_INFO> present(link.provider->GetMapInfo(map.info.strName));
+    if (present != nullptr && HasSamePlaces(*present, map.info)) {
+        return true;
     }
-    m_pauses[tile] = now + kPauseAfterFailure;
+    CSingleLock lock(&m_lock, TRUE);
+    m_nextLook = 0;
+    return false;
 }
 
 void CRemoteMaps::AskAgainLater(const Link& link, const MapPtr& map, const KeptPlace& place,
                                 const CString& key, const TileFreshness& known) {
     const std::string name = NameOf(*map, place);
-    if (!MayTry(name)) {
-        return;
-    }
     m_tasks.Add(name, [=, this] {
         RemoteTile tile = Ask(link, *map, place.zoom, key, &known);
+        if (tile.outcome == RemoteOutcome::Failed) {
+            m_pauses.NoteFailure(name);
+            return;
+        }
+        if (!IsPresent(link, *map)) {
+            return;  // it is of another place
+        }
+        const bool isHere =
+            tile.outcome == RemoteOutcome::Here || tile.outcome == RemoteOutcome::NotModified;
+        if (isHere && !tile.freshness.mayBeKept) {
+            tile.outcome = RemoteOutcome::Absent;
+        }
         switch (tile.outcome) {
             case RemoteOutcome::Here:
-                if (tile.freshness.mayBeKept) {
-                    link.kept->Keep(map, place, std::move(tile.bytes), tile.freshness);
-                } else {
-                    link.kept->Drop(map, place);
-                }
+                link.kept->Keep(map, place, std::move(tile.bytes), tile.freshness);
                 break;
             case RemoteOutcome::NotModified:
                 if (tile.freshness.entityTag.empty() && tile.freshness.lastModified.empty()) {
@@ -408,11 +442,8 @@ void CRemoteMaps::AskAgainLater(const Link& link, const MapPtr& map, const KeptP
                 }
                 link.kept->Refresh(map, place, tile.freshness);
                 break;
-            case RemoteOutcome::Absent:
+            default:
                 link.kept->Drop(map, place);
-                break;
-            case RemoteOutcome::Failed:
-                NoteFailure(name);
                 break;
         }
     });

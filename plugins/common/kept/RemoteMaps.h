@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <list>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 #include "plugins/common/kept/KeptTiles.h"
 #include "plugins/common/kept/RemoteLibrary.h"
 #include "plugins/common/kept/RemoteSource.h"
+#include "plugins/common/kept/RetryPauses.h"
 #include "plugins/common/kept/SameMaps.h"
 #include "terrascope/providers/ITileMapInfoProvider.h"
 #include "terrascope/support/ThreadAnnotations.h"
@@ -22,8 +22,9 @@
 namespace Terrascope::Plugins {
 
 /// What a local provider has of the remote one that is attached to it: its maps, and their tiles,
-/// which are kept. What is kept answers at once; the remote provider is asked in the background
-/// then. A remote provider whose tiles are files of this machine is asked each time.
+/// which are kept. What is kept answers at once; a remote provider that is an IRemoteSource, and so
+/// can be cancelled, is asked in the background then, any other one while the caller waits. One
+/// whose tiles are files of this machine is asked each time.
 ///
 /// Borrows: the local provider, whose m_pRemoteProvider is looked at with every call.
 /// Threads: every operation may run beside every other; under the lock the remote provider is not
@@ -78,8 +79,9 @@ private:
     LibraryPtr Current();
     LibraryPtr FromKept(const Link& link);
     LibraryPtr Maps(const Link& link, bool mayWait);
-    LibraryPtr Publish(const Link& link, const std::vector<tagTILE_MAP_INFO>& maps,
+    LibraryPtr Publish(const Link& link, const std::vector<tagTILE_MAP_INFO>& maps, bool isCurrent,
                        bool dropsNewer);
+    bool IsRefreshDue();
     void RefreshLater(const Link& link);
     MapPtr FindForTile(const Link& link, const CString& name);
 
@@ -88,20 +90,22 @@ private:
                           const TileFreshness* known);
     void AskAgainLater(const Link& link, const MapPtr& map, const KeptPlace& place,
                        const CString& key, const TileFreshness& known);
-    bool MayTry(const std::string& tile);
-    void NoteFailure(const std::string& tile);
+    /// Whether a key still leads to the same place at the remote provider, which may have read its
+    /// maps anew meanwhile.
+    bool IsPresent(const Link& link, const KeptMap& map);
 
     const ITileMapInfoProvider& m_local;
     const char* const m_name;
     CSameMaps m_same;
+    CRetryPauses m_pauses;
 
     CCriticalSection m_lock;
     std::wstring m_folder TERRASCOPE_GUARDED_BY(m_lock);
     Link m_link TERRASCOPE_GUARDED_BY(m_lock);
+    bool m_hasEnded TERRASCOPE_GUARDED_BY(m_lock) = false;
     LibraryPtr m_library TERRASCOPE_GUARDED_BY(m_lock);
     std::uint64_t m_nextRefresh TERRASCOPE_GUARDED_BY(m_lock) = 0;  ///< GetTickCount64's
     std::uint64_t m_nextLook TERRASCOPE_GUARDED_BY(m_lock) = 0;
-    std::map<std::string, std::uint64_t> m_pauses TERRASCOPE_GUARDED_BY(m_lock);
 
     CBackgroundTasks m_tasks;  ///< ends first
 };

@@ -46,6 +46,7 @@ public:
     /// Sixteen hexadecimal digits that are the same for the same data path, in every process: a
     /// hash that is not meant to protect it. A short key of a paid service in a path that is known
     /// otherwise could be found by trial.
+    /// Empty: it has no data path, and so neither maps nor a server.
     virtual std::string Identity() = 0;
 
     /// Ends what waits for a server, now and from now on.

@@ -4,16 +4,19 @@
 #include <windows.h>
 
 #include <mutex>
+#include <string_view>
 
 namespace Terrascope::Plugins {
 namespace {
 
-/// SQLite's own way to open a file keeps it from being renamed and deleted.
+/// SQLite's own way to open a file keeps it from being renamed and deleted. For a journal that is
+/// right: without it, a change that is under way could not be undone.
 HANDLE WINAPI OpenForDeletion(LPCWSTR name, DWORD access, DWORD share,
                               SECURITY_ATTRIBUTES* security, DWORD creation, DWORD flags,
                               HANDLE pattern) {
-    return ::CreateFileW(name, access, share | FILE_SHARE_DELETE, security, creation, flags,
-                         pattern);
+    const bool isJournal = std::wstring_view(name).ends_with(L"-journal");
+    return ::CreateFileW(name, access, isJournal ? share : share | FILE_SHARE_DELETE, security,
+                         creation, flags, pattern);
 }
 
 }  // namespace

@@ -48,13 +48,18 @@ inline std::vector<tagTILE_MAP_LAYER_INFO> LayersOf(const tagTILE_MAP_INFO& info
     return layers;
 }
 
+inline const std::int64_t kLater = SecondsNow() + 3600;
+
 /// A server, for the providers that ask it.
 struct Server {
     std::mutex mutex;
     std::vector<tagTILE_MAP_INFO> maps{WebMapInfo()};
-    RemoteTile tile{RemoteOutcome::Here, {'t', 'i', 'l', 'e'}, {true, "\"1\"", "", 1, INT64_MAX}};
+    RemoteTile tile{RemoteOutcome::Here, {'t', 'i', 'l', 'e'}, {true, "\"1\"", "", 1, kLater}};
     std::string asked;  ///< the keys, each with the entity tag that was known
+    std::string identity = "0123456789abcdef";
+    std::atomic<int> lists{0};  ///< that were asked for
     std::atomic<bool> isUp{true};
+    std::atomic<bool> isPartial{false};  ///< only the first map's part of it is up
     std::atomic<bool> hangs{false};
     std::atomic<int> waiting{0};
 };
@@ -68,15 +73,29 @@ public:
     std::list<tagTILE_MAP_INFO*> GetMapList() override {
         std::list<tagTILE_MAP_INFO*> list;
         WaitForServer();
-        for (const tagTILE_MAP_INFO& map : MapsNow().value_or(std::vector<tagTILE_MAP_INFO>())) {
+        auto maps = MapsNow().value_or(std::vector<tagTILE_MAP_INFO>());
+        if (m_server.isPartial) {
+            maps = {m_server.maps.front()};
+        }
+        for (const tagTILE_MAP_INFO& map : maps) {
             list.push_back(new tagTILE_MAP_INFO(map));
         }
+        ++m_server.lists;
         return list;
     }
-    tagTILE_MAP_INFO* GetMapInfo(const CString&) override { return nullptr; }
+    tagTILE_MAP_INFO* GetMapInfo(const CString& name) override {
+        const std::lock_guard lock(m_server.mutex);
+        for (const tagTILE_MAP_INFO& map : m_server.maps) {
+            if (map.strName.CompareNoCase(name) == 0) {
+                return new tagTILE_MAP_INFO(map);
+            }
+        }
+        return nullptr;
+    }
     std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& name) override {
         std::list<tagTILE_MAP_LAYER_INFO*> list;
-        for (const tagTILE_MAP_INFO& map : MapsNow().value_or(std::vector<tagTILE_MAP_INFO>())) {
+        const std::lock_guard lock(m_server.mutex);
+        for (const tagTILE_MAP_INFO& map : m_server.maps) {
             for (const auto& layer : LayersOf(map)) {
                 if (map.strName == name) {
                     list.push_back(new tagTILE_MAP_LAYER_INFO(layer));
@@ -100,9 +119,11 @@ public:
     }
     std::optional<std::vector<tagTILE_MAP_INFO>> MapsNow() override {
         const std::lock_guard lock(m_server.mutex);
-        return m_server.isUp && !m_server.hangs ? std::optional(m_server.maps) : std::nullopt;
+        return m_server.isUp && !m_server.hangs && !m_server.isPartial
+                   ? std::optional(m_server.maps)
+                   : std::nullopt;
     }
-    std::string Identity() override { return "0123456789abcdef"; }
+    std::string Identity() override { return m_server.identity; }
     void Cancel() override { m_isCancelled = true; }
 
 private:

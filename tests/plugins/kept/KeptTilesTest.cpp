@@ -90,6 +90,7 @@ TEST_F(KeptTiles, AreFoundBeforeTheyAreWrittenAndAfter) {
     later.expires = 77;
     tiles->Refresh(map, {2, 1, 3}, later);
     tiles->Drop(map, {2, 2, 3});
+    tiles->Refresh(map, {2, 2, 3}, later);
     EXPECT_EQ("one none", Both(*tiles, map));
     EXPECT_EQ(77, tiles->Find(map, {2, 1, 3})->freshness.expires);
     tiles = nullptr;
@@ -104,6 +105,7 @@ TEST_F(KeptTiles, AreFoundBeforeTheyAreWrittenAndAfter) {
         return Query(KeptPath(), "SELECT count(*) FROM kept_tiles WHERE last_use > 5") == "1 ";
     })) << "the use is noted";
     tiles->DropMap(map);
+    tiles->Refresh(map, {2, 1, 3}, later);
     EXPECT_EQ("none none", Both(*tiles, map));
     tiles = nullptr;
     EXPECT_EQ(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesA(KeptPath().c_str()));
@@ -124,6 +126,11 @@ TEST_F(KeptTiles, GoWhenTheyWereLongestUnusedBeyondTheLimit) {
         Query(KeptPath(file), "UPDATE kept_tiles SET last_use = tile_column + 1");
     }
     m_folder.WriteFile("data\\kept\\mine.mbtiles", std::string(1'000'000, 'x'));
+    const std::string damaged = "data\\kept\\Web.mbtiles.damaged";
+    m_folder.WriteFile(damaged, std::string(1'000'000, 'x'));
+    KeepWithin(Kept(), 900'000, [] { return true; });
+    EXPECT_EQ("", m_folder.ReadFile(damaged)) << "what is damaged goes first";
+    EXPECT_EQ("30 ", Query(KeptPath(), "SELECT count(*) FROM tiles"));
     KeepWithin(Kept(), 500'000, [] { return true; });
     const auto size = [this] {
         return m_folder.ReadFile("data\\kept\\Web.mbtiles").size() +
@@ -141,6 +148,15 @@ TEST_F(KeptTiles, GoWhenTheyWereLongestUnusedBeyondTheLimit) {
         EXPECT_EQ("ok ", Query(KeptPath(file), "PRAGMA integrity_check"));
     }
     EXPECT_EQ(1'000'000U, m_folder.ReadFile("data\\kept\\mine.mbtiles").size());
+    // A file that another program has locked is left for the next time.
+    sqlite3* locker = nullptr;
+    sqlite3_open(KeptPath().c_str(), &locker);
+    sqlite3_exec(locker, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    const ULONGLONG start = ::GetTickCount64();
+    KeepWithin(Kept(), 450'000, [start] { return ::GetTickCount64() - start < 5000; });
+    EXPECT_LT(::GetTickCount64() - start, 4000U);
+    EXPECT_LE(size(), 450'000U);
+    sqlite3_close(locker);
     // By itself after a batch.
     const auto tiles = Open(400'000);
     tiles->Keep(other, {9, 100, 0}, std::vector<std::uint8_t>(60'000, 1), kFresh);
@@ -189,6 +205,8 @@ TEST_F(KeptTiles, AreDroppedAtTheEndWhileAnotherHasTheFileLocked) {
     sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
     auto tiles = Open();
     EXPECT_EQ("none none", Both(*tiles, map)) << "not now";
+    tiles->DropMap(map);
+    tiles->Describe("0123456789abcdef", "what would hide that the old tiles are still there");
     tiles->Keep(map, {2, 2, 3}, Bytes("two"), kFresh);
     EXPECT_EQ("two", Found(*tiles, map, {2, 2, 3}));
     const ULONGLONG start = ::GetTickCount64();
@@ -196,6 +214,7 @@ TEST_F(KeptTiles, AreDroppedAtTheEndWhileAnotherHasTheFileLocked) {
     EXPECT_LT(::GetTickCount64() - start, 1000U);
     sqlite3_close(other);
     EXPECT_EQ("one none", Both(*Open(), map));
+    EXPECT_EQ("", Open()->Descriptions("0123456789abcdef"));
 }
 
 TEST_F(KeptTiles, AreNotWrittenToAFileThatWasMovedAway) {
@@ -270,6 +289,7 @@ TEST_F(KeptTiles, AreAsTheyWereAfterAWriterWasKilled) {
         EXPECT_LT(100'000U, bytes.size()) << file;
         m_folder.WriteFile(std::string("killed\\kept\\") + file, bytes);
     }
+    EXPECT_FALSE(::DeleteFileA(KeptPath("Web.mbtiles-journal").c_str()));
     sqlite3_close(writer);
     const std::string path = m_folder / "killed\\kept";
     CKeptTiles tiles({path.begin(), path.end()}, kPlenty);

@@ -134,6 +134,7 @@ TEST_F(RemoteMap, ShowsAnExpiredTileAndAsksAgain) {
         {RemoteOutcome::NotModified, true, true, "old", "still the same"},
         {RemoteOutcome::Here, true, true, "new", "another"},
         {RemoteOutcome::Here, true, false, "none", "another that may not be kept"},
+        {RemoteOutcome::NotModified, true, false, "none", "the same, not to be kept any more"},
         {RemoteOutcome::Absent, true, true, "none", "gone"},
         {RemoteOutcome::Here, false, true, "old", "out of reach"},
     };
@@ -146,7 +147,7 @@ TEST_F(RemoteMap, ShowsAnExpiredTileAndAsksAgain) {
         Open();
         EXPECT_THAT(MapNames(), ElementsAre("Web"));
         m_server.isUp = c.isUp;
-        Answer(c.outcome, "new", INT64_MAX, c.mayBeKept);
+        Answer(c.outcome, "new", kLater, c.mayBeKept);
         m_server.asked.clear();
         EXPECT_EQ("old", Tile("Web", "03")) << c.text;
         EXPECT_TRUE(Await([&] { return Asked() == "03\"old\" "; })) << c.text << Asked();
@@ -170,10 +171,100 @@ TEST_F(RemoteMap, ShowsAnExpiredTileAndAsksAgain) {
     EXPECT_EQ("old", Tile("Web", "03"));
     EXPECT_EQ("old", Tile("Web", "02"));
     EXPECT_TRUE(Await([&] { return Asked() == "03\"old\" 02\"old\" "; })) << Asked();
+    // By a clock that was days ahead.
+    m_server.isUp = true;
+    Answer(RemoteOutcome::Here, "old", kLater);
+    m_server.tile.freshness.fetched = kLater + std::int64_t{2} * 24 * 3600;
+    EXPECT_EQ("old", Tile("Web", "00"));
+    EXPECT_EQ("old", Tile("Web", "00"));
+    EXPECT_TRUE(Await([&] { return Asked().ends_with(" 00 00\"old\" "); })) << Asked();
+}
+
+TEST_F(RemoteMap, StaysWhileOnlyOtherServersAnswer) {
+    m_server.maps = {WebMapInfo(), WebMapInfo("Second"), WebMapInfo("Bare")};
+    m_server.maps[2].nLayerCount = 0;
+    Open();
+    EXPECT_THAT(MapNames(), ElementsAre("Web", "Second", "Bare")) << "one has no layers yet";
+    m_server.isPartial = true;
+    Open();
+    const int lists = m_server.lists;
+    EXPECT_THAT(MapNames(), ElementsAre("Web", "Second"));
+    EXPECT_TRUE(Await([&] { return m_server.lists > lists; }));
+    m_provider.reset();
+    m_server.isUp = m_server.isPartial = false;
+    Open();
+    EXPECT_THAT(MapNames(), ElementsAre("Web", "Second"));
+    // One that was set up without a server is no hindrance.
+    EXPECT_FALSE(m_provider->UpdateMapLib(false));
+    m_server.identity = "";
+    Open();
+    EXPECT_TRUE(m_provider->UpdateMapLib(false));
+}
+
+TEST_F(RemoteMap, IsKeptAtTheRightPlaceWhenItChanges) {
+    Open();
+    EXPECT_EQ("tile", Tile("Web", "03"));
+    // More layers: the grid stays, and what describes the file follows.
+    m_server.maps[0].nLayerCount = 3;
+    EXPECT_TRUE(m_provider->UpdateMapLib(true));
+    EXPECT_EQ("tile", Tile("Web", "0333"));
+    // Elsewhere, which this display has not seen yet.
+    m_server.maps[0].dLongitudeStart = -180;
+    EXPECT_EQ("tile", Tile("Web", "02"));
+    m_provider.reset();
+    EXPECT_EQ("2 4 4 ", KeptQuery("SELECT zoom_level FROM tiles UNION ALL "
+                                  "SELECT value FROM metadata WHERE name = 'maxzoom'"));
+    // Tiles of another size.
+    m_server.maps[0].nTileWidth = 512;
+    Open();
+    EXPECT_EQ("tile", Tile("Web", "02"));
+    m_provider.reset();
+    EXPECT_EQ("0 ", KeptQuery("SELECT tile_column FROM tiles"));
+}
+
+TEST_F(RemoteMap, OfAnotherMakersProviderIsAskedForByWhoWaits) {
+    struct Plain : ITileMapInfoProvider {
+        explicit Plain(Server& server) : m_server(server), m_fake(server) {}
+        bool UpdateMapLib(bool) override { return true; }
+        void SetDataPath(const CString&) override {}
+        std::list<tagTILE_MAP_INFO*> GetMapList() override { return m_fake.GetMapList(); }
+        tagTILE_MAP_INFO* GetMapInfo(const CString& name) override {
+            return m_fake.GetMapInfo(name);
+        }
+        std::list<tagTILE_MAP_LAYER_INFO*> GetLayerList(const CString& name) override {
+            return m_fake.GetLayerList(name);
+        }
+        tagTILE_MAP_LAYER_INFO* GetLayerInfo(const CString&, int) override { return nullptr; }
+        std::list<tagTILE_IMAGE*> LoadTiles(const CString&, int,
+                                            const std::list<CString>& keys) override {
+            m_server.asked += keys.front().GetString();
+            auto* image = m_server.isUp ? new tagTILE_IMAGE : throw 42;
+            image->stream.Write("plain", 5);
+            return {image};
+        }
+        Server& m_server;
+        FakeRemote m_fake;
+    };
+    Open();
+    delete std::exchange(m_provider->m_pRemoteProvider, new Plain(m_server));
+    EXPECT_THAT(MapNames(), ElementsAre("Web"));
+    EXPECT_EQ("plain", Tile("Web", "03"));
+    EXPECT_EQ("plain", Tile("Web", "03"));
+    EXPECT_EQ("03", Asked());
+    m_provider.reset();
+    KeptQuery("UPDATE kept_tiles SET expires = 5");
+    m_server.isUp = false;
+    Open();
+    delete std::exchange(m_provider->m_pRemoteProvider, new Plain(m_server));
+    EXPECT_THAT(MapNames(), ElementsAre("Web"));
+    EXPECT_EQ("plain", Tile("Web", "03"));
+    EXPECT_EQ("0303", Asked());
+    EXPECT_EQ("plain", Tile("Web", "03"));
+    EXPECT_EQ("0303", Asked()) << "once in a minute";
 }
 
 TEST_F(RemoteMap, IsNotKeptWhereTheServerForbidsIt) {
-    Answer(RemoteOutcome::Here, "secret", INT64_MAX, false);
+    Answer(RemoteOutcome::Here, "secret", kLater, false);
     Open();
     EXPECT_EQ(kWeb, MapText("Web"));
     EXPECT_EQ("secret", Tile("Web", "03"));
@@ -199,16 +290,10 @@ TEST_F(RemoteMap, IsUpdatedAsAWholeOrNotAtAll) {
     Open();
     EXPECT_THAT(MapNames(), ElementsAre("Web"));
     EXPECT_TRUE(m_provider->UpdateMapLib(true));
-    Answer(RemoteOutcome::Here, "newer", INT64_MAX);
+    Answer(RemoteOutcome::Here, "newer", kLater);
     EXPECT_EQ("newer", Tile("Web", "03")) << "newer than the kept tiles since the update before";
     Open();
     EXPECT_EQ("newer", Tile("Web", "03")) << "the old one is gone from the file too";
-    // The same map with other tiles: what is kept has other places.
-    m_server.maps[0].nLayerCount = 3;
-    EXPECT_TRUE(m_provider->UpdateMapLib(false));
-    EXPECT_EQ("newer", Tile("Web", "0333"));
-    m_provider.reset();
-    EXPECT_EQ("4 ", KeptQuery("SELECT zoom_level FROM tiles"));
 }
 
 TEST_F(RemoteMap, AnswersWhileTheServerDoesNot) {

@@ -144,6 +144,8 @@ TEST_F(RemoteSource, IdentityIsThatOfTheDataPath) {
     EXPECT_EQ("ca8d0f6372a4ff06", Source().Identity());
     Open("https://example.org/{z}/{x}/{y}.png?key=other");
     EXPECT_NE("ca8d0f6372a4ff06", Source().Identity());
+    Open("");
+    EXPECT_EQ("", Source().Identity()) << "no server";
 }
 
 TEST_F(RemoteSource, AMapWithoutATimeIsNeverNewer) {
