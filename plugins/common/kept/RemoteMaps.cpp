@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t kBetweenRefreshes = 10'000;  // milliseconds
 constexpr std::uint64_t kBetweenLooks = 250;         // until the remote provider's maps are there,
 constexpr std::uint64_t kBetweenComparisons = 10'000;  // and then
-constexpr std::int64_t kDay = 24 * 3600;               // seconds
+constexpr std::int64_t kDay = 86'400;                  // seconds
 constexpr std::int64_t kLongestAge = 365 * kDay;
 constexpr std::int64_t kUsualAge = 7 * kDay;  // of a tile without a server's word
 
