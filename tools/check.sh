@@ -56,7 +56,7 @@ header_flags=(-DWINVER=0x0A00 -D_WIN32_WINNT=0x0A00 -DNOMINMAX -D_MBCS -DTERRASC
     -I. -Iplatform/framework -isystem "$build/header-libraries")
 
 check_format() {
-    printf '%s\n' "${files[@]}" | xargs -r -d '\n' clang-format-14 --dry-run -Werror
+    printf '%s\n' "${files[@]}" | sed '/^$/d' | xargs -r -d '\n' clang-format-14 --dry-run -Werror
 }
 
 # An include points into the same room or one further down. Of the library, the viewer and the
