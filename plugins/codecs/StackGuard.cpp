@@ -22,8 +22,8 @@ std::uintptr_t __stack_chk_guard = 0;
 
 namespace {
 
-// Before all other constructors; itself it must not be protected.
-__attribute__((constructor(101), optimize("no-stack-protector"))) void SetGuard() {
+// Before all other constructors; this file is built without protection, as the number changes here.
+__attribute__((constructor(101))) void SetGuard() {
     unsigned high = 0;
     unsigned low = 0;
     if (::rand_s(&high) != 0 || ::rand_s(&low) != 0) {
