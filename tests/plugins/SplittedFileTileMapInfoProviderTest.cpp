@@ -180,7 +180,7 @@ TEST_F(SplitFile, MayBeCalledFromManyThreads) {
 TEST(SplitFilePlugin, RegistersItsProviderAndLogsBesideTheLibrary) {
     const TerrascopeTest::LibraryFolder library;
     library.Folder().WriteFile("maps\\n\\map.ini", "");
-    EXPECT_NE("", library.LogOf(CSplittedFileTileMapInfoProvider::kName));
+    EXPECT_NE("", LogOf(library, CSplittedFileTileMapInfoProvider::kName));
 }
 
 }  // namespace

@@ -271,7 +271,7 @@ TEST(DbPlugin, RegistersTheDefaultRemoteProvider) {
     const LibraryFolder library;
     library.Folder().WriteFile("maps\\p.pmtiles", PmtilesWorld().Bytes());
     library.Folder().WriteFile("maps\\q.pmtiles", "damaged");
-    const std::string log = library.LogOf("DBTileMapInfoProvider");
+    const std::string log = LogOf(library, "DBTileMapInfoProvider");
     EXPECT_THAT(log, HasSubstr("q.pmtiles"));
     EXPECT_THAT(log, testing::Not(HasSubstr("p.pmtiles")));
 }
