@@ -1,7 +1,6 @@
 // The real plug-in, as the library and other modules meet it.
 #include <gtest/gtest.h>
 
-#include "plugins/common/kept/RemoteSource.h"
 #include "tests/display/DisplayFixture.h"
 #include "tests/plugins/web/FaultServer.h"
 
@@ -49,24 +48,6 @@ TEST_F(WebPlugin, NorDoesALocalProviderWhoseRemoteOneWaits) {
                                  "LONGITUDE=360\nLATITUDE=360\n[LAYER_1]\nTILE_COUNT_X=2\n"
                                  "TILE_COUNT_Y=2\n");
     ExpectQuickEnd("LOCAL=SplittedFileTileMapInfoProvider\nREMOTE=WebTileMapInfoProvider\n");
-}
-
-TEST_F(WebPlugin, AnotherModuleFindsWhatKeepsTiles) {
-    m_server.On("/0", Reply{200, "\xFF\xD8\xFF\xE0 a JPEG"});
-    int found = 0;
-    for (auto* factory :
-         Terrascope::CTileMapInfoProviderPluginKernel::GetInstance().GetFactories()) {
-        const std::unique_ptr<Terrascope::ITileMapInfoProvider> provider(factory->Create());
-        auto* const source = dynamic_cast<Terrascope::Plugins::IRemoteSource*>(provider.get());
-        if (source == nullptr) {
-            continue;
-        }
-        ++found;
-        provider->SetDataPath(m_server.Address("/{q}#name=m").c_str());
-        EXPECT_EQ("m", source->MapsNow().value().at(0).strName);
-        EXPECT_EQ(11U, source->LoadTile("m", 1, "0", nullptr).bytes.size());
-    }
-    EXPECT_EQ(1, found);
 }
 
 TEST_F(WebPlugin, ALocalProviderKeepsWhatItDelivers) {
