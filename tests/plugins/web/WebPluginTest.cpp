@@ -12,7 +12,7 @@ protected:
     WebPlugin() {
         m_server.On("/0", Reply{.kind = Reply::Silent});
         m_server.On("/1", Reply{.body = "x", .kind = Reply::Endless});
-        m_plugin = m_library.AddPlugin("WebTileMapInfoProvider.dll");
+        m_library.AddPlugin("WebTileMapInfoProvider.dll");
         m_library.AddPlugin("SplittedFileTileMapInfoProvider.dll");
         m_library.LoadPlugins();
     }
@@ -35,7 +35,6 @@ protected:
 
     FaultServer m_server;
     LibraryFolder m_library;
-    std::string m_plugin;
 };
 
 TEST_F(WebPlugin, ADisplayDoesNotWaitForAServer) {
@@ -202,31 +201,6 @@ TEST_F(WebPlugin, TheUserInterfaceDoesNotWaitForAServerWhoseMapIsKept) {
         EXPECT_LT(asked, m_server.Requests("/m.json")) << "it was forgotten";
     }
     EXPECT_GE(50U, longest);
-}
-
-TEST_F(WebPlugin, AHostLearnsOfServersThatFail) {
-    auto* const state = reinterpret_cast<int (*)(char*, int)>(reinterpret_cast<void*>(
-        ::GetProcAddress(::GetModuleHandleA(m_plugin.c_str()), "serverState")));
-    ASSERT_NE(nullptr, state);
-    char text[64] = "";
-    m_server.On("/0", {Reply{403}, Reply{200, "\xFF\xD8\xFF\xE0 a JPEG"}});
-    m_library.WriteSettings(
-        "[TILE_MAP_INFO_PROVIDER_LOCAL_REMOTE]\nLOCAL=WebTileMapInfoProvider\n"
-        "[WebTileMapInfoProvider]\nDATA_PATH=" +
-        m_server.Address("/{q}#name=m") + "\n");
-    Terrascope::CTileMapInfoProviderWrapper provider;
-    ASSERT_TRUE(provider.SelectProvider());
-    EXPECT_EQ(0, state(text, sizeof text));
-    const auto load = [&] {
-        for (Terrascope::tagTILE_IMAGE* tile : provider.LoadTiles("m", 1, {"0"})) {
-            delete tile;
-        }
-        return state(text, sizeof text);
-    };
-    EXPECT_EQ(1, load());
-    EXPECT_EQ(m_server.Address(": status 403").substr(7), text);
-    EXPECT_EQ(0, load());
-    EXPECT_STREQ("", text);
 }
 
 }  // namespace
