@@ -37,8 +37,8 @@ namespace Terrascope {
 /// Locks:   tile lock -> bitmap lock -> switch lock -> view lock, in this order. The tile set, the
 ///          picture and the layer switch have one each; the view lock guards the numbers of the
 ///          viewport and is held only to copy them. The queue's own lock may be taken under any of
-///          them. Members without a lock belong to the user-interface thread. Tiles are
-///          decoded under none of them, and painted under the tile and bitmap locks.
+///          them. Members without a lock belong to the user-interface thread. A loading
+///          thread decodes before it takes any; tiles are painted under the tile and bitmap locks.
 /// Ends:    the destructor; its order is written there.
 class CTerrascope2 : public ITerrascope, public ITileLoadedSlot, public ILayerSwitchTool {
 public:
